@@ -1,0 +1,39 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+
+# govd_install_library(TARGET lib HEADERS h... NAME Package TARGET_NAME Lib DESCRIPTION text
+#                      [REQUIRES pkg-config-module...])
+#
+# Installs one platform substitute as a library that others can build against: the library with
+# its versioned names, its headers below include/<output name>/, a CMake package and a pkg-config
+# file.
+function(govd_install_library)
+  cmake_parse_arguments(ARG "" "TARGET;NAME;TARGET_NAME;DESCRIPTION" "HEADERS;REQUIRES" ${ARGN})
+  get_target_property(module ${ARG_TARGET} OUTPUT_NAME)
+  set_target_properties(${ARG_TARGET} PROPERTIES EXPORT_NAME ${ARG_TARGET_NAME})
+
+  install(TARGETS ${ARG_TARGET} EXPORT ${ARG_NAME}Targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${module})
+  install(EXPORT ${ARG_NAME}Targets NAMESPACE ${ARG_NAME}:: DESTINATION
+    ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME})
+
+  set(ARG_DEPENDENCIES "")
+  if("Qt5Core" IN_LIST ARG_REQUIRES)
+    set(ARG_DEPENDENCIES "find_dependency(Qt5 5.15 COMPONENTS Core)")
+  endif()
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/LibraryConfig.cmake.in
+    ${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}Config.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME})
+  write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}ConfigVersion.cmake
+    VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
+  install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}Config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}ConfigVersion.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME})
+
+  string(JOIN " " requires ${ARG_REQUIRES})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in
+    ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
