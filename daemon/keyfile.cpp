@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "daemon/keyfile.h"
+
+#include <QDebug>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+template <typename Operation> KeyFileError errorOf(Operation operation)
+{
+    GError *error = nullptr;
+    operation(&error);
+    return KeyFileError(error);
+}
+
+KeyFileError parseError(const QString &message)
+{
+    return KeyFileError(g_error_new_literal(G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_PARSE,
+                                            message.toUtf8().constData()));
+}
+
+/// @p text in quotes and with escapes, so that it stays on one line of the log.
+QString quoted(const QString &text)
+{
+    QString result;
+    QDebug(&result).nospace() << text;
+    return result;
+}
+
+bool isForbidden(QChar character)
+{
+    return character.category() == QChar::Other_Control
+        || QStringLiteral("=[]").contains(character);
+}
+
+/// Whether @p key reads back from a line of a key file. GLib's writer takes more than its parser,
+/// and one line that does not parse makes the whole file unreadable, with every policy in it.
+bool readsBack(const QByteArray &group, const QByteArray &key, bool isFirstGroup)
+{
+    // In the first group GLib takes "Encoding" for itself.
+    const QByteArray text = (isFirstGroup ? "[" : "[first]\n[") + group + "]\n" + key + "=true\n";
+    const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(),
+                                                                      g_key_file_unref);
+    return g_key_file_load_from_data(file.get(), text.constData(), static_cast<gsize>(text.size()),
+                                     G_KEY_FILE_NONE, nullptr)
+        && g_key_file_get_boolean(file.get(), group.constData(), key.constData(), nullptr);
+}
+
+bool canHold(GKeyFile *file, const QByteArray &group, const QString &key)
+{
+    const QByteArray localKey = key.toLocal8Bit();
+    if (QString::fromLocal8Bit(localKey) != key || std::any_of(key.begin(), key.end(), isForbidden))
+        return false;
+    const std::unique_ptr<gchar, decltype(&g_free)> first(g_key_file_get_start_group(file), g_free);
+    return readsBack(group, localKey, !first || group == first.get());
+}
+
+} // namespace
+
+KeyFile::KeyFile()
+    : m_file(g_key_file_new())
+{
+}
+
+KeyFileError KeyFile::load(const QString &path)
+{
+    // GLib says the same of what is no regular file, but only after it has opened it, and opening
+    // a pipe waits until somebody writes into it.
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile())
+        return parseError(QStringLiteral("Not a regular file"));
+
+    return errorOf([&](GError **error) {
+        g_key_file_load_from_file(m_file.get(), path.toLocal8Bit().constData(), G_KEY_FILE_NONE,
+                                  error);
+    });
+}
+
+KeyFileError KeyFile::save(const QString &path) const
+{
+    return errorOf([&](GError **error) {
+        g_key_file_save_to_file(m_file.get(), path.toLocal8Bit().constData(), error);
+    });
+}
+
+QStringList KeyFile::keys(const QString &group) const
+{
+    const std::unique_ptr<gchar *, decltype(&g_strfreev)> names(
+        g_key_file_get_keys(m_file.get(), group.toLocal8Bit().constData(), nullptr, nullptr),
+        g_strfreev);
+    QStringList result;
+    for (gchar **name = names.get(); name && *name; ++name)
+        result.append(QString::fromLocal8Bit(*name));
+    return result;
+}
+
+std::optional<bool> KeyFile::boolean(const QString &group, const QString &key) const
+{
+    bool value = false;
+    const KeyFileError error = errorOf([&](GError **slot) {
+        value = g_key_file_get_boolean(m_file.get(), group.toLocal8Bit().constData(),
+                                       key.toLocal8Bit().constData(), slot);
+    });
+    return error ? std::nullopt : std::optional(value);
+}
+
+KeyFileError KeyFile::setBoolean(const QString &group, const QString &key, bool value)
+{
+    const QByteArray localGroup = group.toLocal8Bit();
+    if (!canHold(m_file.get(), localGroup, key))
+        return parseError(QStringLiteral("Key file cannot hold the key %1").arg(quoted(key)));
+    g_key_file_set_boolean(m_file.get(), localGroup.constData(), key.toLocal8Bit().constData(),
+                           value);
+    return nullptr;
+}
+
+bool saveKeyValue(const QString &path, const QString &group, const QString &key, bool value)
+{
+    KeyFile file;
+    if (QFileInfo::exists(path)) {
+        if (const KeyFileError error = file.load(path)) {
+            qWarning() << "Error loading key file" << error->code << error->message;
+            return false;
+        }
+    }
+    KeyFileError error = file.setBoolean(group, key, value);
+    if (!error)
+        error = file.save(path);
+    if (error) {
+        qWarning() << "Error saving key file" << error->code << error->message;
+        return false;
+    }
+    return true;
+}

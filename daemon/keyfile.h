@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_DAEMON_KEYFILE_H
+#define GOVD_DAEMON_KEYFILE_H
+
+#include <QString>
+#include <QStringList>
+
+#include <glib.h>
+
+#include <memory>
+#include <optional>
+
+struct GErrorDeleter
+{
+    void operator()(GError *error) const { g_error_free(error); }
+};
+
+/// What went wrong in a key-file operation, as GLib tells it; null when nothing did.
+using KeyFileError = std::unique_ptr<GError, GErrorDeleter>;
+
+/// A configuration file in the format of GLib's key files, in memory.
+///
+/// Comments, blank lines and translations are not kept. Texts are converted to and from the local
+/// 8-bit encoding.
+class KeyFile
+{
+public:
+    KeyFile();
+
+    /// Replaces the content by that of the file at @p path. Fails when it is missing, unreadable,
+    /// no regular file, or malformed.
+    KeyFileError load(const QString &path);
+
+    /// Writes the content to a new file and renames it to @p path.
+    KeyFileError save(const QString &path) const;
+
+    /// The keys of @p group in file order; empty when there is no such group.
+    QStringList keys(const QString &group) const;
+
+    /// The boolean of @p key, or nothing when it is missing or no boolean.
+    std::optional<bool> boolean(const QString &group, const QString &key) const;
+
+    /// Sets @p key, at its place or at the end of its group. Fails, and changes nothing, when a
+    /// key file cannot hold such a key and give it back.
+    KeyFileError setBoolean(const QString &group, const QString &key, bool value);
+
+private:
+    struct Deleter
+    {
+        void operator()(GKeyFile *file) const { g_key_file_unref(file); }
+    };
+
+    std::unique_ptr<GKeyFile, Deleter> m_file;
+};
+
+/// Records the boolean @p value of @p key in the file at @p path, which is created if need be, and
+/// keeps all its other keys and groups.
+///
+/// False, after a warning that says why, when the file exists and cannot be loaded, when it cannot
+/// hold the key, or when it cannot be written; the file is then as it was.
+bool saveKeyValue(const QString &path, const QString &group, const QString &key, bool value);
+
+#endif
