@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "daemon/policymanager.h"
+
+#include <QDBusPendingCallWatcher>
+
+#include <syslog.h>
+
+/// Records a change in the system log and with the system-log service; neither outcome is looked
+/// at. A null @p oldValue stands for the value of the policy as a reader sees it now.
+void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
+                                   const QVariant &oldValue)
+{
+    const QVariant old = oldValue.isNull() ? policyValue(key) : oldValue;
+    // Filled in one after the other, so a "%" in the key can be filled too: the text is fixed so.
+    const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
+                             .arg(key)
+                             .arg(old.toString())
+                             .arg(newValue.toString());
+
+    syslog(LOG_INFO, "%s", text.toUtf8().constData());
+
+    const QDBusPendingCall call = systemLogs.asyncCall(QStringLiteral("sendEventStringAlt"),
+                                                       QStringLiteral("security-policy-changed"),
+                                                       QStringLiteral("INFO_LEVEL"), text);
+    auto *watcher = new QDBusPendingCallWatcher(call, this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [](QDBusPendingCallWatcher *finished) { finished->deleteLater(); });
+}

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "common/names.h"
+#include "daemon/policymanager.h"
+#include "daemon/removablestorage.h"
+#include "daemon/shutdown.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDebug>
+
+int main(int argc, char **argv)
+{
+    Shutdown::holdTerminationSignals();
+    QCoreApplication application(argc, argv);
+    const Shutdown shutdown(&application);
+
+    PolicyManager manager(nullptr);
+    QObject::connect(&partitionManager, &PartitionManager::partitionAdded, &manager,
+                     &PolicyManager::processPartition);
+    manager.setupPolicies();
+
+    // All values are loaded and enforced by now, and the object is there before the name: the
+    // first client that sees the name finds everything in place.
+    QDBusConnection bus = QDBusConnection::systemBus();
+    if (!bus.registerObject(Names::ObjectPath, &manager, QDBusConnection::ExportAdaptors)
+        || !bus.registerService(Names::Service)) {
+        qCritical() << bus.lastError().message();
+        return 1;
+    }
+
+    application.exec();
+    return 0;
+}

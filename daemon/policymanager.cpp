@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "daemon/policymanager.h"
+
+#include "accessswitch/accessswitchpluginloader.h"
+#include "common/neighbour.h"
+#include "daemon/policytypes.h"
+#include "dbus/policyadaptor.h"
+#include "dbus/switchadaptor.h"
+
+#include <QDBusReply>
+#include <QDBusVariant>
+
+namespace {
+
+/// The one policy whose default depends on the device.
+const QString UserReportKey = QStringLiteral("UserReportExportEnabled");
+
+/// Whether user reports may be exported unless somebody decides otherwise: only from a device that
+/// says that its operating system is not certified.
+bool userReportDefault()
+{
+    QDBusInterface features = neighbour(Names::DeviceFeatureProperties);
+    const QDBusReply<QDBusVariant> reply = features.call(
+        QStringLiteral("Get"), Names::DeviceFeatures, QStringLiteral("isOsCertified"));
+    const QVariant isOsCertified = reply.value().variant();
+    return isOsCertified.canConvert<bool>() && !isOsCertified.toBool();
+}
+
+} // namespace
+
+PolicyManager::PolicyManager(QObject *parent)
+    : QObject(parent)
+    , systemLogs(neighbour(Names::SystemLogs))
+    , enforcer(this)
+    , restriction(this)
+{
+    exportInterfaces();
+    connect(&restriction, &PolicyRestriction::policyIsLockedChanged, this,
+            &PolicyManager::onPolicyIsLockedChanged);
+    readConfiguration();
+    storeDefaults();
+}
+
+PolicyManager::~PolicyManager() = default;
+
+void PolicyManager::exportInterfaces()
+{
+    auto *policyAdaptor = new PolicyAdaptor(this);
+    connect(this, &PolicyManager::policyChanged, policyAdaptor,
+            [policyAdaptor](const QString &key, const QVariant &value) {
+                Q_EMIT policyAdaptor->PolicyChanged(key, QDBusVariant(value));
+            });
+    auto *switchAdaptor = new SwitchAdaptor(this);
+    connect(this, &PolicyManager::switchChanged, switchAdaptor,
+            [switchAdaptor](const QString &key, const QVariant &value) {
+                Q_EMIT switchAdaptor->SwitchChanged(key, QDBusVariant(value));
+            });
+}
+
+void PolicyManager::storeDefaults()
+{
+    const QMetaEnum types = PolicyTypes::enumeration();
+    for (int i = 0; i < types.keyCount(); ++i) {
+        const QString key = QString::fromLatin1(types.key(i));
+        if (policies.contains(key))
+            continue;
+        const bool value = key == UserReportKey ? userReportDefault() : true;
+        setPolicyValue(key, value, false);
+    }
+}
+
+void PolicyManager::setupPolicies()
+{
+    static const QMetaEnum types = PolicyTypes::enumeration();
+    for (int value = 1; value < types.keyCount(); ++value) {
+        const QString key = typeToKey(static_cast<PolicyType>(value));
+        enforcePolicy(key, policyValue(key).toBool());
+    }
+}

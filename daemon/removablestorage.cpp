@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "daemon/removablestorage.h"
+
+#include "daemon/policymanager.h"
+#include "daemon/policytypes.h"
+#include "enforcer/handlers.h"
+
+PartitionManager partitionManager;
+
+namespace {
+
+/// The policy that governs storage on the drive's bus; none for a bus that no policy governs.
+///
+/// A drive that does not tell its bus counts as being on the memory-card bus, the number 0.
+PolicyType governingPolicy(const Partition &partition)
+{
+    switch (partition.drive().value(QStringLiteral("connectionBus")).toInt()) {
+    case 0:
+        return PolicyTypes::MemoryCard;
+    case 1:
+        return PolicyTypes::UsbStorage;
+    default:
+        return PolicyTypes::None;
+    }
+}
+
+bool isMountedExternally(const Partition &partition)
+{
+    return partition.storageType() == Partition::External
+        && partition.status() == Partition::Mounted;
+}
+
+} // namespace
+
+void PolicyManager::processPartition(const Partition &partition)
+{
+    const PolicyType type = governingPolicy(partition);
+    if (type == PolicyTypes::None || policyValue(typeToKey(type)).toBool())
+        return;
+    if (isMountedExternally(partition))
+        partitionManager.unmount(partition, QVariantMap());
+}
+
+void unmountRemovableStorage(PolicyEnforcementTask task)
+{
+    // A manager of its own, which lives until the process ends: the first sweep comes before the
+    // event loop, the other manager's time.
+    static auto *const manager = new PartitionManager;
+    if (task.value)
+        return;
+
+    const auto partitions = manager->partitions(Partition::Any | Partition::ExcludeParents);
+    for (const Partition &partition : partitions) {
+        if (governingPolicy(partition) == task.type && isMountedExternally(partition))
+            manager->unmount(partition, QVariantMap());
+    }
+}

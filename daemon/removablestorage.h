@@ -1,0 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_DAEMON_REMOVABLESTORAGE_H
+#define GOVD_DAEMON_REMOVABLESTORAGE_H
+
+#include <systemsettings/partitionmanager.h>
+
+/// Announces the partitions that appear while the daemon runs, and unmounts them if need be.
+extern PartitionManager partitionManager;
+
+#endif
