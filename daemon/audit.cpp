@@ -6,6 +6,17 @@
 
 #include <syslog.h>
 
+namespace {
+
+QString toText(const QVariant &value)
+{
+    // Qt takes a byte for a character, and one of them ends the line in the system log.
+    return value.userType() == QMetaType::UChar ? QString::number(value.toUInt())
+                                                : value.toString();
+}
+
+} // namespace
+
 /// Records a change in the system log and with the system-log service; neither outcome is looked
 /// at. A null @p oldValue stands for the value of the policy as a reader sees it now.
 void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
@@ -15,8 +26,8 @@ void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
     // Filled in one after the other, so a "%" in the key can be filled too: the text is fixed so.
     const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
                              .arg(key)
-                             .arg(old.toString())
-                             .arg(newValue.toString());
+                             .arg(toText(old))
+                             .arg(toText(newValue));
 
     syslog(LOG_INFO, "%s", text.toUtf8().constData());
 

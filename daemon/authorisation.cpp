@@ -27,7 +27,8 @@ bool PolicyManager::isCallAllowed()
         return false; // the bus is lost, and with it every caller
     const QString sender = message().service();
 
-    // A query that fails gives 0: no process has that id, and its user decides.
+    // A query that fails gives 0. No process has that id, and root, whose user id it is, belongs
+    // to the management group only by mistake: a caller that is gone is refused.
     const int pid = static_cast<int>(bus->servicePid(sender).value());
     const QFileInfo process(QStringLiteral("/proc/%1").arg(pid));
     if (process.group() == Names::PrivilegedGroup || process.owner() == Names::RootUser)

@@ -1,6 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "accessswitch/accessswitchpluginloader.h"
 #include "common/names.h"
 #include "daemon/keyfile.h"
 #include "daemon/policymanager.h"
@@ -27,9 +26,7 @@ QStringList configurationFiles(const QString &file, const QString &directory)
 
 void PolicyManager::readConfiguration()
 {
-    if (auto *plugin = Pellora::AccessSwitchPluginLoader::instance()->plugin()) {
-        connect(plugin, &Pellora::AccessSwitchPlugin::keyValueChanged, this,
-                &PolicyManager::enforceSwitchPolicies);
+    if (switchPlugin()) { // without it nobody could keep the values
         const QStringList switchFiles =
             configurationFiles(Names::SwitchFile, Names::SwitchDirectory);
         for (const QString &path : switchFiles)
@@ -43,7 +40,7 @@ void PolicyManager::readConfiguration()
 void PolicyManager::readPolicyFile(const QString &path)
 {
     KeyFile file;
-    file.load(path); // a file that did not load has no keys: all is left to the defaults
+    file.load(path); // of a malformed file, what stands before the fault still counts
     const QMetaEnum types = PolicyTypes::enumeration();
     for (int i = 0; i < types.keyCount(); ++i) {
         const QString key = QString::fromLatin1(types.key(i));
@@ -57,9 +54,7 @@ void PolicyManager::readSwitchFile(const QString &path)
     KeyFile file;
     if (file.load(path))
         return;
-    const QStringList keys = file.keys(Names::ConfigurationGroup);
-    for (const QString &key : keys) {
-        if (const std::optional<bool> value = file.boolean(Names::ConfigurationGroup, key))
-            setSwitchValue(key, *value);
-    }
+    const auto values = file.booleans(Names::ConfigurationGroup);
+    for (const auto &[key, value] : values)
+        setSwitchValue(key, value);
 }

@@ -16,6 +16,14 @@ template <typename Operation> KeyFileError errorOf(Operation operation)
     return KeyFileError(error);
 }
 
+std::optional<bool> booleanOf(GKeyFile *file, const char *group, const char *key)
+{
+    bool value = false;
+    const KeyFileError error =
+        errorOf([&](GError **slot) { value = g_key_file_get_boolean(file, group, key, slot); });
+    return error ? std::nullopt : std::optional(value);
+}
+
 KeyFileError parseError(const QString &message)
 {
     return KeyFileError(g_error_new_literal(G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_PARSE,
@@ -86,25 +94,22 @@ KeyFileError KeyFile::save(const QString &path) const
     });
 }
 
-QStringList KeyFile::keys(const QString &group) const
-{
-    const std::unique_ptr<gchar *, decltype(&g_strfreev)> names(
-        g_key_file_get_keys(m_file.get(), group.toLocal8Bit().constData(), nullptr, nullptr),
-        g_strfreev);
-    QStringList result;
-    for (gchar **name = names.get(); name && *name; ++name)
-        result.append(QString::fromLocal8Bit(*name));
-    return result;
-}
-
 std::optional<bool> KeyFile::boolean(const QString &group, const QString &key) const
 {
-    bool value = false;
-    const KeyFileError error = errorOf([&](GError **slot) {
-        value = g_key_file_get_boolean(m_file.get(), group.toLocal8Bit().constData(),
-                                       key.toLocal8Bit().constData(), slot);
-    });
-    return error ? std::nullopt : std::optional(value);
+    return booleanOf(m_file.get(), group.toLocal8Bit().constData(), key.toLocal8Bit().constData());
+}
+
+std::vector<std::pair<QString, bool>> KeyFile::booleans(const QString &group) const
+{
+    const QByteArray localGroup = group.toLocal8Bit();
+    const std::unique_ptr<gchar *, decltype(&g_strfreev)> keys(
+        g_key_file_get_keys(m_file.get(), localGroup.constData(), nullptr, nullptr), g_strfreev);
+    std::vector<std::pair<QString, bool>> result;
+    for (gchar **key = keys.get(); key && *key; ++key) {
+        if (const auto value = booleanOf(m_file.get(), localGroup.constData(), *key))
+            result.emplace_back(QString::fromLocal8Bit(*key), *value);
+    }
+    return result;
 }
 
 KeyFileError KeyFile::setBoolean(const QString &group, const QString &key, bool value)

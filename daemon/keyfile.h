@@ -4,12 +4,13 @@
 #define GOVD_DAEMON_KEYFILE_H
 
 #include <QString>
-#include <QStringList>
 
 #include <glib.h>
 
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 struct GErrorDeleter
 {
@@ -29,17 +30,17 @@ public:
     KeyFile();
 
     /// Replaces the content by that of the file at @p path. Fails when it is missing, unreadable,
-    /// no regular file, or malformed.
+    /// no regular file, or malformed; of a malformed file, what stands before the fault is kept.
     KeyFileError load(const QString &path);
 
     /// Writes the content to a new file and renames it to @p path.
     KeyFileError save(const QString &path) const;
 
-    /// The keys of @p group in file order; empty when there is no such group.
-    QStringList keys(const QString &group) const;
-
     /// The boolean of @p key, or nothing when it is missing or no boolean.
     std::optional<bool> boolean(const QString &group, const QString &key) const;
+
+    /// The keys of @p group that are booleans, in file order; none when there is no such group.
+    std::vector<std::pair<QString, bool>> booleans(const QString &group) const;
 
     /// Sets @p key, at its place or at the end of its group. Fails, and changes nothing, when a
     /// key file cannot hold such a key and give it back.

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "daemon/policymanager.h"
 
-#include "accessswitch/accessswitchpluginloader.h"
 #include "common/neighbour.h"
 #include "daemon/policytypes.h"
 #include "dbus/policyadaptor.h"
@@ -11,13 +10,15 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 
+#include <pellorapolicy/accessswitchplugin.h>
+
 namespace {
 
 /// The one policy whose default depends on the device.
 const QString UserReportKey = QStringLiteral("UserReportExportEnabled");
 
 /// Whether user reports may be exported unless somebody decides otherwise: only from a device that
-/// says that its operating system is not certified.
+/// says that its operating system is not certified. An answer that is no boolean says nothing.
 bool userReportDefault()
 {
     QDBusInterface features = neighbour(Names::DeviceFeatureProperties);
@@ -38,6 +39,7 @@ PolicyManager::PolicyManager(QObject *parent)
     exportInterfaces();
     connect(&restriction, &PolicyRestriction::policyIsLockedChanged, this,
             &PolicyManager::onPolicyIsLockedChanged);
+    followSwitches();
     readConfiguration();
     storeDefaults();
 }
@@ -56,6 +58,14 @@ void PolicyManager::exportInterfaces()
             [switchAdaptor](const QString &key, const QVariant &value) {
                 Q_EMIT switchAdaptor->SwitchChanged(key, QDBusVariant(value));
             });
+}
+
+void PolicyManager::followSwitches()
+{
+    if (auto *plugin = switchPlugin()) {
+        connect(plugin, &Pellora::AccessSwitchPlugin::keyValueChanged, this,
+                &PolicyManager::enforceSwitchPolicies);
+    }
 }
 
 void PolicyManager::storeDefaults()

@@ -14,6 +14,10 @@
 
 #include <systemsettings/partition.h>
 
+namespace Pellora {
+class AccessSwitchPlugin;
+}
+
 /// The one central object: holds every policy's value, answers reads, and takes changes through
 /// their whole life: caller check, lock, file, audit event, store, enforcement, announcement.
 ///
@@ -62,8 +66,8 @@ public:
     void processPartition(const Partition &partition);
 
 Q_SIGNALS:
-    /// A policy was stored, a switch that governs it changed, or its lock did. @p value is the
-    /// effective one.
+    /// A policy was stored, a switch that governs it changed, or its lock did. @p value is what
+    /// was enforced, or after a change of the lock what readers see. It can be the old one.
     void policyChanged(const QString &key, const QVariant &value);
 
     /// The plugin announced @p value for the access switch @p key.
@@ -81,7 +85,10 @@ private Q_SLOTS:
     void onPolicyIsLockedChanged(const QString &key, bool isLocked);
 
 private:
+    static Pellora::AccessSwitchPlugin *switchPlugin();
+
     void exportInterfaces();
+    void followSwitches();
     void readConfiguration();
     void readPolicyFile(const QString &path);
     void readSwitchFile(const QString &path);

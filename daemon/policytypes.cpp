@@ -15,6 +15,9 @@ QString typeToKey(Pellora::PolicyValue::PolicyType type)
 
 Pellora::PolicyValue::PolicyType keyToType(const QString &key)
 {
+    // Qt takes a qualified name too. As a second name of a policy it would get past its lock.
+    if (key.contains(QLatin1String("::")))
+        return PolicyTypes::None;
     const int value = PolicyTypes::enumeration().keyToValue(key.toUtf8().constData());
     return value == -1 ? PolicyTypes::None : static_cast<PolicyType>(value);
 }

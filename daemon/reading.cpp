@@ -6,14 +6,10 @@
 
 #include <QDebug>
 
-namespace {
-
-Pellora::AccessSwitchPlugin *switchPlugin()
+Pellora::AccessSwitchPlugin *PolicyManager::switchPlugin()
 {
     return Pellora::AccessSwitchPluginLoader::instance()->plugin();
 }
-
-} // namespace
 
 QVariant PolicyManager::policyValue(const QString &key)
 {

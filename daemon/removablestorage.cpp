@@ -44,8 +44,8 @@ void PolicyManager::processPartition(const Partition &partition)
 
 void unmountRemovableStorage(PolicyEnforcementTask task)
 {
-    // A manager of its own, which lives until the process ends: the first sweep comes before the
-    // event loop, the other manager's time.
+    // A manager of its own, which lives until the process ends: it looks as soon as it is asked,
+    // while the other one begins with the event loop, after the first sweep.
     static auto *const manager = new PartitionManager;
     if (task.value)
         return;

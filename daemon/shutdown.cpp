@@ -33,8 +33,8 @@ Shutdown::Shutdown(QCoreApplication *application)
 {
     const sigset_t signals = terminationSignals();
     m_signals = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    auto *notifier = new QSocketNotifier(m_signals, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, application, &QCoreApplication::quit);
+    m_notifier.reset(new QSocketNotifier(m_signals, QSocketNotifier::Read));
+    connect(m_notifier.data(), &QSocketNotifier::activated, application, &QCoreApplication::quit);
 
     QDBusConnection::systemBus().connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                                          QStringLiteral("org.freedesktop.DBus.Local"),
@@ -43,5 +43,6 @@ Shutdown::Shutdown(QCoreApplication *application)
 
 Shutdown::~Shutdown()
 {
+    m_notifier.reset(); // before its descriptor can become another file's
     close(m_signals);
 }

@@ -4,8 +4,10 @@
 #define GOVD_DAEMON_SHUTDOWN_H
 
 #include <QObject>
+#include <QScopedPointer>
 
 class QCoreApplication;
+class QSocketNotifier;
 
 /// Ends the event loop, and with it the process in good order, at SIGTERM, at SIGINT, and when the
 /// connection to the system bus is lost: nobody could reach the daemon any more, and the service
@@ -25,6 +27,7 @@ public:
 
 private:
     int m_signals;
+    QScopedPointer<QSocketNotifier> m_notifier;
 };
 
 #endif

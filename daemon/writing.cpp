@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "accessswitch/accessswitchpluginloader.h"
 #include "common/names.h"
 #include "daemon/keyfile.h"
 #include "daemon/policymanager.h"
 #include "daemon/policytypes.h"
 
 #include <QDebug>
+
+#include <pellorapolicy/accessswitchplugin.h>
 
 bool PolicyManager::setPolicyValue(const QString &key, const QVariant &value, bool logEvent)
 {
@@ -29,7 +30,7 @@ bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
 {
     if (!isCallAllowed())
         return false;
-    auto *plugin = Pellora::AccessSwitchPluginLoader::instance()->plugin();
+    auto *plugin = switchPlugin();
     if (!plugin)
         return false;
 
@@ -65,7 +66,7 @@ void PolicyManager::updatePolicyValue(const QString &key, const QVariant &value)
 /// governing switches and the locks as well; what is enforced follows the first switch alone.
 bool PolicyManager::combineWithSwitch(const QString &key, bool value)
 {
-    auto *plugin = Pellora::AccessSwitchPluginLoader::instance()->plugin();
+    auto *plugin = switchPlugin();
     if (!plugin)
         return value;
 

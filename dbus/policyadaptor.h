@@ -37,7 +37,7 @@ public:
     explicit PolicyAdaptor(PolicyManager *manager);
 
 Q_SIGNALS:
-    /// A policy has changed; @p value is the effective one.
+    /// A policy was changed, or what decides about it was; see PolicyManager::policyChanged().
     void PolicyChanged(const QString &key, const QDBusVariant &value);
 
 public Q_SLOTS:

@@ -7,8 +7,8 @@
 
 #include <QDebug>
 
-/// A policy that stands for no application sends an empty list all the same: the sandbox takes
-/// each call as the news that the policy changed.
+/// A policy that stands for no application sends an empty list all the same: the sandbox has always
+/// been told of each change of these policies.
 void updateDenylist(PolicyEnforcementTask task)
 {
     const QStringList applications = policyApplications.value(task.type);

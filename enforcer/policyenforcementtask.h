@@ -14,8 +14,9 @@ struct PolicyEnforcementTask
 
 Q_DECLARE_TYPEINFO(PolicyEnforcementTask, Q_PRIMITIVE_TYPE);
 
-/// Carries out a task. A handler reports its failures in the log itself, and never calls back into
-/// the enforcer, whose lock may be held.
+/// Carries out a task. A handler reports its failures in the log itself. The enforcer's lock may be
+/// held: a handler never calls back into the enforcer, and neither may what it asks, such as the
+/// plugins behind another policy's value.
 using PolicyHandler = void (*)(PolicyEnforcementTask task);
 
 #endif

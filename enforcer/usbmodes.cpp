@@ -15,8 +15,8 @@ namespace {
 /// Set when the service has taken the whole whitelist; from then on each change is sent alone.
 bool usbWhitelistSent = false;
 
-/// The modes that policies allow now, joined. A mode that two policies allow is there twice, which
-/// the service takes like once. Nothing when there is no manager to ask.
+/// The modes that policies allow now, joined; a mode that two policies allow is there twice.
+/// Nothing when there is no manager to ask.
 std::optional<QString> allowedModes()
 {
     QStringList modes;

@@ -22,7 +22,8 @@
 /// The daemon loads every plugin once, at its start, before it is on the bus, becomes the parent
 /// of the root object, and deletes it when it ends. Calls come from the main thread only and must
 /// return at once: the daemon answers nobody else meanwhile. Of two plugins of one name the daemon
-/// heeds only the one that it loaded last.
+/// heeds only the one that it loaded last; the other is deleted when the process ends, after the
+/// application object. A plugin never deletes its root object itself.
 class Q_DECL_EXPORT SourceRestriction : public QObject
 {
     Q_OBJECT
@@ -34,8 +35,9 @@ public:
     /// The plugin's unique name.
     virtual QString name();
 
-    /// Whether this source locks @p policy now. Asked for at every read and write of a policy that
-    /// supportedPolicies() lists; nothing is remembered.
+    /// Whether this source locks @p policy now. Asked for whenever a policy that
+    /// supportedPolicies() lists is read or written, unless something else forbids it already;
+    /// nothing is remembered. Must not emit policyIsLockedChanged(), which asks again.
     virtual bool policyIsLocked(const QString &policy);
 
     /// The keys of the policies that this source can lock. Asked for once, after name().

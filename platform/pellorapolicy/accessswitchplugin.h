@@ -21,7 +21,8 @@ namespace Pellora {
 /// Q_INTERFACES(Pellora::AccessSwitchPlugin) and carries
 /// Q_PLUGIN_METADATA(IID PELLORA_ACCESSSWITCHPLUGIN_IID). All calls come from the main thread of
 /// the process that loaded the plugin; none of them may block for long, because that process
-/// answers nobody else meanwhile. The process that loads the plugin owns the root object.
+/// answers nobody else meanwhile. The process that loads the plugin owns the root object: a plugin
+/// never deletes it itself.
 class Q_DECL_EXPORT AccessSwitchPlugin : public QObject
 {
     Q_OBJECT
@@ -42,7 +43,9 @@ public:
     virtual QHash<QString, QList<int>> keyPolicyTypes() const = 0;
 
 Q_SIGNALS:
-    /// The switch @p key has taken @p value, by whatever route.
+    /// The switch @p key has taken @p value, by whatever route. Never emitted from within
+    /// keyValue() or keyPolicyTypes(): those may be asked for while policies are being enforced,
+    /// and enforcement waits for itself then.
     void keyValueChanged(const QString &key, const QVariant &value);
 };
 
