@@ -15,9 +15,9 @@ int main(int argc, char **argv)
     Shutdown::holdTerminationSignals();
     QCoreApplication application(argc, argv);
     const Shutdown shutdown(&application);
-    // A new connection holds back what it receives, the loss of the bus included, until the
-    // application gets its first event: a blocking call before that would never return.
-    QCoreApplication::sendPostedEvents(&application);
+    // A new connection holds back what it receives, the loss of the bus included, until the first
+    // events are delivered: a blocking call before that would never return.
+    QCoreApplication::sendPostedEvents();
 
     PolicyManager manager(nullptr);
     QObject::connect(&partitionManager, &PartitionManager::partitionAdded, &manager,
