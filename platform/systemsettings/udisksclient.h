@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SYSTEMSETTINGS_UDISKSCLIENT_H
+#define SYSTEMSETTINGS_UDISKSCLIENT_H
+
+#include "udisksobjects.h"
+
+#include <QDBusMessage>
+#include <QObject>
+
+class QDBusPendingCallWatcher;
+
+namespace UDisks {
+
+/// Follows the storage service on the system bus.
+///
+/// One listing of all objects, then signals. Order: the reply of an asynchronous call and the
+/// signals of one connection reach this object through the event queue of its thread in the
+/// order in which they came from the bus. So a signal that is delivered before the listing's
+/// reply is older than the listing and is ignored; each later one is newer and is applied. Who
+/// asks before the reply has come through the queue reads it ahead of its turn, which changes
+/// nothing of that order.
+class Client : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The bus is first used when the event loop starts, or when partitions are asked for; so a
+    /// client may be built before the application object.
+    explicit Client(QObject *parent = nullptr);
+
+    /// Returns the partitions whose storage type is among @p types. Waits for the listing, if one
+    /// is under way. Empty while the service is absent or there is no application object.
+    QVector<Partition> partitions(Partition::StorageTypes types);
+
+    /// Asks the service to unmount the file system of the object at @p path. Only a debug line
+    /// tells of a failure.
+    void unmount(const QString &path, const QVariantMap &options);
+
+Q_SIGNALS:
+    /// A partition is new, or newly mounted.
+    void partitionAdded(const Partition &partition);
+
+private Q_SLOTS:
+    void onOwnerChanged(const QString &name, const QString &oldOwner, const QString &newOwner);
+    void onInterfacesAdded(const QDBusMessage &message);
+    void onInterfacesRemoved(const QDBusMessage &message);
+    void onPropertiesChanged(const QDBusMessage &message);
+
+private:
+    void connectToBus();
+    void list();
+    void takeListing(const QDBusMessage &reply);
+    void onListed();
+    void fetch(const QString &path, const QString &interface, const QString &property);
+    void announceNews();
+    QDBusPendingCallWatcher *ask(const QDBusMessage &question);
+
+    Objects m_objects;
+    QDBusPendingCallWatcher *m_listing = nullptr; ///< until its turn in the event queue
+    bool m_isListingTaken = false;
+    bool m_isConnected = false;
+};
+
+} // namespace UDisks
+
+#endif
