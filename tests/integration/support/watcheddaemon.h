@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_TESTS_SUPPORT_WATCHEDDAEMON_H
+#define GOVD_TESTS_SUPPORT_WATCHEDDAEMON_H
+
+#include "support/bus.h"
+#include "support/busmonitor.h"
+#include "support/daemon.h"
+#include "support/systemlog.h"
+
+#include <QVariant>
+
+namespace Support {
+
+/// The daemon, and everybody who can tell what it does: the bus, the system log, its own log.
+///
+/// The lists below hold what happened since the last forget(), all of it and in order, as text:
+/// comparing one with what is expected also proves that nothing else happened.
+class WatchedDaemon
+{
+    Q_DISABLE_COPY(WatchedDaemon)
+
+public:
+    WatchedDaemon();
+
+    /// The process, for settings before start() and for ending it.
+    Daemon &process() { return m_daemon; }
+
+    BusMonitor &monitor() { return m_monitor; }
+    SystemLog &systemLog() { return m_systemLog; }
+    Bus &bus() { return m_bus; }
+
+    /// Starts the daemon, again if it has ended, and forgets what happened on the way.
+    [[nodiscard]] bool start();
+
+    /// Waits until the daemon has done all that it owes, then forgets everything.
+    void forget();
+
+    /// Root's write of a policy, over the bus. The answer; invalid when it was an error.
+    QVariant set(const QString &key, const QVariant &value);
+
+    /// Root's read of a policy. Invalid when the answer was an error.
+    QVariant policy(const QString &key);
+
+    /// What the daemon has sent on the bus: "call MEMBER ARGUMENT...", "signal MEMBER ARGUMENT...",
+    /// "reply ARGUMENT..." or "error NAME", arguments as JSON. Its talk with the bus itself and
+    /// introspection are left out.
+    QStringList said();
+
+    /// The lines that it has written to the system log.
+    QStringList recorded();
+
+    /// The lines of its own log.
+    QStringList logged();
+
+    /// What said() shows for the audit event of a change, and for the announcement of a policy.
+    static QString event(const QString &key, const QString &oldText, const QString &newText);
+    static QString announcement(const QString &key, bool value);
+
+    /// The text of the audit event of a change.
+    static QString eventText(const QString &key, const QString &oldText, const QString &newText);
+
+private:
+    QVariant call(const QString &method, const QVariantList &arguments);
+    QString uniqueName();
+
+    Bus m_bus;
+    BusMonitor m_monitor;
+    SystemLog m_systemLog;
+    Daemon m_daemon;
+    int m_systemLogStart = 0;
+    int m_logStart = 0;
+};
+
+} // namespace Support
+
+#endif
