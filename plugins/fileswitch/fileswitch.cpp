@@ -1,0 +1,191 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include <QDebug>
+#include <QFile>
+#include <QFileSystemWatcher>
+#include <QMetaEnum>
+
+#include <glib.h>
+#include <pellorapolicy/accessswitchplugin.h>
+#include <pellorapolicy/policyvalue.h>
+
+#include <cerrno>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace {
+
+constexpr char Directory[] = "/etc/govd";
+constexpr char Path[] = "/etc/govd/fileswitch.conf";
+
+struct Switch
+{
+    bool value = true;
+    QList<int> policies;
+};
+
+using Switches = QHash<QString, Switch>;
+using KeyFile = std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)>;
+
+/// One switch from its group; nothing when a value is missing or no boolean, or a policy unknown.
+std::optional<Switch> readSwitch(GKeyFile *file, const char *name)
+{
+    GError *error = nullptr;
+    Switch result;
+    result.value = g_key_file_get_boolean(file, name, "value", &error);
+    gchar **keys = nullptr;
+    if (!error)
+        keys = g_key_file_get_string_list(file, name, "policies", nullptr, &error);
+    bool isSound = !error;
+    for (gchar **key = keys; key && *key; ++key) {
+        const int type = QMetaEnum::fromType<Pellora::PolicyValue::PolicyType>().keyToValue(*key);
+        result.policies.append(type);
+        isSound = isSound && type > 0;
+    }
+    g_strfreev(keys);
+    g_clear_error(&error);
+    return isSound ? std::optional(result) : std::nullopt;
+}
+
+/// All switches of the file. A missing file has none; nothing when it is malformed.
+std::optional<Switches> readSwitches()
+{
+    const KeyFile file(g_key_file_new(), g_key_file_unref);
+    GError *error = nullptr;
+    g_key_file_load_from_file(file.get(), Path, G_KEY_FILE_NONE, &error);
+    bool isSound = !error || g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
+    g_clear_error(&error);
+
+    Switches switches;
+    gchar **names = g_key_file_get_groups(file.get(), nullptr);
+    for (gchar **name = names; *name && isSound; ++name) {
+        const std::optional<Switch> entry = readSwitch(file.get(), *name);
+        isSound = entry.has_value();
+        switches.insert(QString::fromUtf8(*name), entry.value_or(Switch()));
+    }
+    g_strfreev(names);
+    return isSound ? std::optional(switches) : std::nullopt;
+}
+
+/// Records the value in the file, whose comments stay, and tells whether that worked.
+bool writeValue(const QString &name, bool value)
+{
+    const KeyFile file(g_key_file_new(), g_key_file_unref);
+    if (!g_key_file_load_from_file(file.get(), Path, G_KEY_FILE_KEEP_COMMENTS, nullptr))
+        return false;
+    g_key_file_set_boolean(file.get(), qUtf8Printable(name), "value", value);
+    return g_key_file_save_to_file(file.get(), Path, nullptr);
+}
+
+} // namespace
+
+/// Keeps access switches in /etc/govd/fileswitch.conf, one group for each, and follows edits of
+/// that file:
+///
+///     [Parental control]
+///     policies=BrowserEnabled;SideLoadingEnabled
+///     value=true
+///
+/// A malformed file changes nothing: the switches stay as they were until the file is sound again.
+/// Failure codes are those of errno.h: ENOENT for an unknown switch, EIO when the file cannot be
+/// written.
+class FileSwitch : public Pellora::AccessSwitchPlugin
+{
+    Q_OBJECT
+    Q_INTERFACES(Pellora::AccessSwitchPlugin)
+    Q_PLUGIN_METADATA(IID PELLORA_ACCESSSWITCHPLUGIN_IID)
+
+public:
+    FileSwitch();
+
+    QVariant keyValue(const QString &key) override;
+    int setKeyValue(const QString &key, const QVariant &value) override;
+    QHash<QString, QList<int>> keyPolicyTypes() const override;
+
+private:
+    void follow();
+    void update();
+    void release(const Switches &next);
+
+    QFileSystemWatcher m_watcher;
+    Switches m_switches;
+    bool m_isMalformed = false;
+};
+
+FileSwitch::FileSwitch()
+{
+    // The directory tells of a file that is replaced, the file of one that is written in place.
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileSwitch::update);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileSwitch::update);
+    update();
+}
+
+QVariant FileSwitch::keyValue(const QString &key)
+{
+    const auto entry = m_switches.constFind(key);
+    return entry == m_switches.constEnd() ? QVariant(ENOENT) : QVariant(entry->value);
+}
+
+int FileSwitch::setKeyValue(const QString &key, const QVariant &value)
+{
+    if (!m_switches.contains(key))
+        return ENOENT;
+    if (!writeValue(key, value.toBool()))
+        return EIO;
+    update(); // announces the change at once, before this call returns
+    return 0;
+}
+
+QHash<QString, QList<int>> FileSwitch::keyPolicyTypes() const
+{
+    QHash<QString, QList<int>> table;
+    for (auto entry = m_switches.begin(); entry != m_switches.end(); ++entry)
+        table.insert(entry.key(), entry->policies);
+    return table;
+}
+
+void FileSwitch::follow()
+{
+    m_watcher.addPath(QLatin1String(Directory));
+    if (QFile::exists(QLatin1String(Path)))
+        m_watcher.addPath(QLatin1String(Path));
+}
+
+void FileSwitch::update()
+{
+    follow(); // first, so that an edit made while reading is seen as the next one
+    const std::optional<Switches> switches = readSwitches();
+    if (!switches) {
+        if (!m_isMalformed)
+            qWarning() << "fileswitch: malformed, switches stay as they are:" << Path;
+        m_isMalformed = true;
+        return;
+    }
+    m_isMalformed = false;
+
+    release(*switches);
+    const Switches before = std::exchange(m_switches, *switches);
+    for (auto entry = switches->begin(); entry != switches->end(); ++entry) {
+        const auto old = before.constFind(entry.key());
+        if (old == before.constEnd() || old->value != entry->value)
+            Q_EMIT keyValueChanged(entry.key(), entry->value);
+    }
+}
+
+/// Switches on whatever @p next no longer has or lets govern other policies, while the policies it
+/// governed are still known: nobody else would free them.
+void FileSwitch::release(const Switches &next)
+{
+    const QStringList keys = m_switches.keys();
+    for (const QString &key : keys) {
+        Switch &entry = m_switches[key];
+        const auto kept = next.constFind(key);
+        if (!entry.value && (kept == next.constEnd() || kept->policies != entry.policies)) {
+            entry.value = true;
+            Q_EMIT keyValueChanged(key, true);
+        }
+    }
+}
+
+#include "fileswitch.moc"
