@@ -1,0 +1,162 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "support/caller.h"
+#include "support/files.h"
+#include "support/mount.h"
+#include "support/observeddaemon.h"
+#include "support/switchplugin.h"
+#include "support/texts.h"
+
+#include <QtTest>
+
+using namespace Support;
+
+namespace {
+
+const QString Cellular = QStringLiteral("cellular");
+const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
+const QString NotSaved = QStringLiteral("warning|default|Failed to save configuration to file "
+                                        "\"/etc/policy/switch.conf\"");
+
+} // namespace
+
+/// The file of the access switches, and what happens when it cannot be written.
+class TestSwitchSaving : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void fileKeepsWhatItHolds();
+    void failures_data();
+    void failures();
+    void malformedFileIsLeftAsItIs();
+    void keyThatAFileCannotHold();
+    void savingWorksAgain();
+};
+
+void TestSwitchSaving::init()
+{
+    Files::reset();
+}
+
+void TestSwitchSaving::fileKeepsWhatItHolds()
+{
+    SwitchPlugin plugin;
+    plugin.setSwitch(Cellular, {}, true);
+    plugin.setSwitch(QStringLiteral("new"), {}, true);
+    ObservedDaemon daemon;
+    QVERIFY(daemon.start());
+    Files::write(SwitchFile,
+                 "# a comment\n[other]\ncellular=7\n\n[policy]\nunknown=yes\n"
+                 "cellular=1\nlast=true\n");
+
+    QCOMPARE(Caller().setSwitch(Cellular, true).value(), QVariant(true));
+    QCOMPARE(Caller().setSwitch(QStringLiteral("new"), false).value(), QVariant(true));
+    QCOMPARE(Files::read(SwitchFile),
+             QByteArray("[other]\ncellular=7\n\n[policy]\nunknown=yes\ncellular=true\nlast=true\n"
+                        "new=false\n"));
+}
+
+void TestSwitchSaving::failures_data()
+{
+    QTest::addColumn<bool>("value");
+    QTest::newRow("on") << true;
+    QTest::newRow("off") << false;
+}
+
+/// The plugin keeps the new value, and what it has announced is not taken back.
+void TestSwitchSaving::failures()
+{
+    QFETCH(bool, value);
+    const QString text = value ? QStringLiteral("true") : QStringLiteral("false");
+    SwitchPlugin plugin;
+    plugin.setSwitch(Cellular, {1}, !value);
+    ObservedDaemon daemon;
+    QVERIFY(daemon.start());
+    QCOMPARE(Caller().setSwitch(Cellular, !value).value(), QVariant(true));
+    const FileSnapshot before = Files::snapshot(SwitchFile);
+    daemon.forget();
+
+    const Mount disk = Mount::readOnly(QStringLiteral("/etc/policy"));
+    const Reply reply = Caller().setSwitch(Cellular, value);
+    QVERIFY(!reply.isError());
+    QCOMPARE(reply.value(), QVariant(false));
+
+    const QStringList log = daemon.log();
+    QCOMPARE(log.size(), 2);
+    QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error saving key file ")));
+    QCOMPARE(log.at(1), NotSaved);
+    QCOMPARE(daemon.messages().filter(QStringLiteral("Changed")),
+             (QStringList{QLatin1String("PolicyChanged CameraEnabled ") + text,
+                          QLatin1String("SwitchChanged cellular ") + text}));
+    QVERIFY(!daemon.messages().join(QString()).contains(QStringLiteral("sendEventStringAlt")));
+    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(plugin.value(Cellular), QJsonValue(value));
+    QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(value));
+    QCOMPARE(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")), value);
+    QCOMPARE(Files::snapshot(SwitchFile), before);
+}
+
+void TestSwitchSaving::malformedFileIsLeftAsItIs()
+{
+    SwitchPlugin plugin;
+    plugin.setSwitch(Cellular, {}, true);
+    ObservedDaemon daemon;
+    QVERIFY(daemon.start());
+    Files::write(SwitchFile, "no key file\n");
+    const FileSnapshot before = Files::snapshot(SwitchFile);
+    daemon.forget();
+
+    QCOMPARE(Caller().setSwitch(Cellular, false).value(), QVariant(false));
+    const QStringList log = daemon.log();
+    QCOMPARE(log.size(), 2);
+    QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error loading key file ")));
+    QCOMPARE(log.at(1), NotSaved);
+    QCOMPARE(Files::snapshot(SwitchFile), before);
+    QCOMPARE(plugin.value(Cellular), QJsonValue(false));
+    QCOMPARE(daemon.events(), QStringList());
+}
+
+void TestSwitchSaving::keyThatAFileCannotHold()
+{
+    const QString key = QStringLiteral("a=b");
+    SwitchPlugin plugin;
+    plugin.setSwitch(key, {}, true);
+    ObservedDaemon daemon;
+    QVERIFY(daemon.start());
+    daemon.forget();
+
+    QCOMPARE(Caller().setSwitch(key, false).value(), QVariant(false));
+    const QStringList log = daemon.log();
+    QCOMPARE(log.size(), 2);
+    QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error saving key file ")));
+    QCOMPARE(log.at(1), NotSaved);
+    QVERIFY(!QFile::exists(SwitchFile));
+    QCOMPARE(plugin.value(key), QJsonValue(false));
+    QCOMPARE(daemon.events(), QStringList());
+}
+
+void TestSwitchSaving::savingWorksAgain()
+{
+    SwitchPlugin plugin;
+    plugin.setSwitch(Cellular, {}, true);
+    ObservedDaemon daemon;
+    QVERIFY(daemon.start());
+    {
+        const Mount disk = Mount::readOnly(QStringLiteral("/etc/policy"));
+        QCOMPARE(Caller().setSwitch(Cellular, false).value(), QVariant(false));
+    }
+    daemon.forget();
+
+    QCOMPARE(Caller().setSwitch(Cellular, false).value(), QVariant(true));
+    QCOMPARE(Files::values(SwitchFile).value(Cellular), QStringLiteral("false"));
+    // The plugin had taken the value the first time already.
+    QCOMPARE(daemon.events(),
+             texts({"Policy cellular changed. Old value false. New value false."}));
+    QCOMPARE(daemon.log(), QStringList());
+}
+
+QTEST_GUILESS_MAIN(TestSwitchSaving)
+#include "tst_switchsaving.moc"
