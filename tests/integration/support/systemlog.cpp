@@ -113,7 +113,8 @@ void SystemLog::read()
     std::array<char, 65536> buffer;
     while (true) {
         pollfd sources[] = {{m_socket, POLLIN, 0}, {m_end, POLLIN, 0}};
-        poll(sources, 2, -1);
+        if (poll(sources, 2, -1) < 0)
+            continue; // interrupted, as by a change of the user
         if (sources[1].revents != 0)
             return;
         const ssize_t size = recv(m_socket, buffer.data(), buffer.size(), 0);

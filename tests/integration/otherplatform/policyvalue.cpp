@@ -1,0 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "policyvalue.h"
+
+// The class is all meta-object, which is compiled into this file.
+#include "moc_policyvalue.cpp"
