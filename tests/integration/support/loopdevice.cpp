@@ -61,7 +61,8 @@ LoopDevice::LoopDevice()
 
 LoopDevice::~LoopDevice()
 {
-    while (umount2(qPrintable(mountPoint()), MNT_DETACH) == 0) { }
+    for (const QString &path : mountPoints())
+        umount2(qPrintable(path), MNT_DETACH);
     if (m_descriptor >= 0)
         close(m_descriptor);
     QFile::remove(backingFile());
@@ -93,11 +94,21 @@ bool LoopDevice::mount() const
         && ::mount(qPrintable(node()), qPrintable(mountPoint()), "ext4", 0, nullptr) == 0;
 }
 
-bool LoopDevice::isMounted() const
+/// Every place where the device is mounted, as the kernel's table has it.
+QStringList LoopDevice::mountPoints() const
 {
-    const QByteArray device =
-        ' ' + QByteArray::number(LoopMajor) + ':' + QByteArray::number(m_number) + ' ';
-    return Files::read(QStringLiteral("/proc/self/mountinfo")).contains(device);
+    enum Field { Device = 2, MountPoint = 4 };
+    const QString device = QStringLiteral("%1:%2").arg(LoopMajor).arg(m_number);
+    const QStringList lines =
+        QString::fromLocal8Bit(Files::read(QStringLiteral("/proc/self/mountinfo")))
+            .split(QLatin1Char('\n'));
+    QStringList found;
+    for (const QString &line : lines) {
+        const QStringList fields = line.split(QLatin1Char(' '));
+        if (fields.value(Device) == device)
+            found.append(fields.value(MountPoint));
+    }
+    return found;
 }
 
 bool LoopDevice::makeFileSystem()
@@ -109,7 +120,7 @@ bool LoopDevice::makeFileSystem()
     program.start(QStringLiteral("mkfs.ext4"),
                   {QStringLiteral("-q"), QStringLiteral("-F"), backingFile()});
     if (!program.waitForFinished() || program.exitCode() != 0)
-        return fail(QStringLiteral("mkfs.ext4 failed: ")
+        return fail(QStringLiteral("mkfs.ext4 (package e2fsprogs) fails: ")
                     + QString::fromLocal8Bit(program.readAllStandardError()));
     return true;
 }

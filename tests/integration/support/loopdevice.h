@@ -3,7 +3,7 @@
 #ifndef GOVD_TESTS_SUPPORT_LOOPDEVICE_H
 #define GOVD_TESTS_SUPPORT_LOOPDEVICE_H
 
-#include <QString>
+#include <QStringList>
 
 namespace Support {
 
@@ -37,9 +37,10 @@ public:
     [[nodiscard]] bool mount() const;
 
     /// Whether it is in the table of mounts, wherever.
-    bool isMounted() const;
+    bool isMounted() const { return !mountPoints().isEmpty(); }
 
 private:
+    QStringList mountPoints() const;
     bool makeFileSystem();
     bool attach();
     bool makeNode() const;
