@@ -1,0 +1,169 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "accessswitch/accessswitchpluginloader.h"
+#include "daemon/policymanager.h"
+#include "dbus/policyadaptor.h"
+#include "dbus/switchadaptor.h"
+#include "restriction/sourcerestriction.h"
+
+#include <QDBusVariant>
+#include <QMetaMethod>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(const QMetaObject *)
+
+namespace {
+
+/// The methods that a class adds to its base, in order, each as "kind signature".
+QStringList ownMethods(const QMetaObject &meta)
+{
+    QStringList result;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const QString access =
+            method.access() == QMetaMethod::Private ? QStringLiteral("private ") : QString();
+        const QString kind = method.methodType() == QMetaMethod::Signal ? QStringLiteral("signal ")
+                                                                        : QStringLiteral("slot ");
+        result.append(access + kind + QString::fromLatin1(method.typeName()) + QLatin1Char(' ')
+                      + QString::fromLatin1(method.methodSignature()));
+    }
+    return result;
+}
+
+QString classInfo(const QMetaObject &meta, const char *name)
+{
+    return QString::fromLatin1(meta.classInfo(meta.indexOfClassInfo(name)).value());
+}
+
+/// The interface element of the description file that is installed for clients.
+QString installedDescription(const QString &interface)
+{
+    QFile file(QStringLiteral("/usr/share/dbus-1/interfaces/%1.xml").arg(interface));
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("no file %1").arg(file.fileName());
+    QString text = QString::fromUtf8(file.readAll());
+    text.remove(QRegularExpression(QStringLiteral(" *<!--.*-->\\n"),
+                                   QRegularExpression::DotMatchesEverythingOption));
+    const int start = text.indexOf(QStringLiteral("  <interface"));
+    return text.mid(start, text.indexOf(QStringLiteral("</node>")) - start);
+}
+
+} // namespace
+
+/// What queued calls, the bus and plugin authors rely on: members and their order.
+class tst_MetaObjects : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void policyManager();
+    void adaptors_data();
+    void adaptors();
+    void descriptions_data();
+    void descriptions();
+    void enforcer();
+    void restrictions();
+    void accessSwitches();
+};
+
+void tst_MetaObjects::policyManager()
+{
+    QCOMPARE(ownMethods(PolicyManager::staticMetaObject),
+             QStringList({
+                 QStringLiteral("signal void policyChanged(QString,QVariant)"),
+                 QStringLiteral("signal void switchChanged(QString,QVariant)"),
+                 QStringLiteral("slot void updatePolicyValue(QString,QVariant)"),
+                 QStringLiteral("slot void enforceSwitchPolicies(QString,QVariant)"),
+                 QStringLiteral("private slot void onPolicyIsLockedChanged(QString,bool)"),
+             }));
+    for (int i = 0; i < 4; ++i) {
+        const int index = PolicyManager::staticMetaObject.methodOffset() + i;
+        QCOMPARE(PolicyManager::staticMetaObject.method(index).parameterNames(),
+                 QList<QByteArray>({"key", "value"}));
+    }
+}
+
+void tst_MetaObjects::adaptors_data()
+{
+    QTest::addColumn<const QMetaObject *>("meta");
+    QTest::addColumn<QStringList>("methods");
+    QTest::newRow("policy") << &PolicyAdaptor::staticMetaObject
+                            << QStringList({
+                                   QStringLiteral(
+                                       "signal void PolicyChanged(QString,QDBusVariant)"),
+                                   QStringLiteral("slot QDBusVariant KeyValue(QString)"),
+                                   QStringLiteral("slot bool SetKeyValue(QString,QDBusVariant)"),
+                               });
+    QTest::newRow("switch") << &SwitchAdaptor::staticMetaObject
+                            << QStringList({
+                                   QStringLiteral(
+                                       "signal void SwitchChanged(QString,QDBusVariant)"),
+                                   QStringLiteral("slot QDBusVariant KeyValue(QString)"),
+                                   QStringLiteral("slot bool SetKeyValue(QString,QDBusVariant)"),
+                                   QStringLiteral("slot QList<int> KeyPolicyTypes(QString)"),
+                                   QStringLiteral("slot QStringList Keys()"),
+                               });
+}
+
+void tst_MetaObjects::adaptors()
+{
+    QFETCH(const QMetaObject *, meta);
+    QFETCH(QStringList, methods);
+    QCOMPARE(ownMethods(*meta), methods);
+    QCOMPARE(meta->classInfoCount() - meta->classInfoOffset(), 2);
+    QCOMPARE(meta->superClass()->className(), "QDBusAbstractAdaptor");
+}
+
+void tst_MetaObjects::descriptions_data()
+{
+    QTest::addColumn<const QMetaObject *>("meta");
+    QTest::addColumn<QString>("interface");
+    QTest::newRow("policy") << &PolicyAdaptor::staticMetaObject
+                            << QStringLiteral("org.kvt.PolicyManager.Policy");
+    QTest::newRow("switch") << &SwitchAdaptor::staticMetaObject
+                            << QStringLiteral("org.kvt.PolicyManager.Switch");
+}
+
+void tst_MetaObjects::descriptions()
+{
+    QFETCH(const QMetaObject *, meta);
+    QFETCH(QString, interface);
+    QCOMPARE(classInfo(*meta, "D-Bus Interface"), interface);
+    QCOMPARE(classInfo(*meta, "D-Bus Introspection"), installedDescription(interface));
+}
+
+void tst_MetaObjects::enforcer()
+{
+    QCOMPARE(ownMethods(PolicyEnforcer::staticMetaObject),
+             QStringList({QStringLiteral("slot void applyServicePolicies(QString)")}));
+}
+
+void tst_MetaObjects::restrictions()
+{
+    const QStringList relayed{QStringLiteral("signal void policyIsLockedChanged(QString,bool)")};
+    QCOMPARE(ownMethods(PolicyRestriction::staticMetaObject), relayed);
+    QCOMPARE(ownMethods(SourceRestriction::staticMetaObject), relayed);
+
+    SourceRestriction source;
+    QVERIFY(source.qt_metacast("SourceRestriction"));
+    QVERIFY(!source.qt_metacast("org.kvt.sourcerestriction"));
+    QCOMPARE(QByteArray(qobject_interface_iid<SourceRestriction *>()),
+             QByteArray("org.kvt.sourcerestriction"));
+    QVERIFY(source.name().isNull());
+    QVERIFY(!source.policyIsLocked(QStringLiteral("CameraEnabled")));
+    QVERIFY(source.supportedPolicies().isEmpty());
+}
+
+void tst_MetaObjects::accessSwitches()
+{
+    QCOMPARE(ownMethods(Pellora::AccessSwitchPlugin::staticMetaObject),
+             QStringList({QStringLiteral("signal void keyValueChanged(QString,QVariant)")}));
+    QCOMPARE(QByteArray(qobject_interface_iid<Pellora::AccessSwitchPlugin *>()),
+             QByteArray("org.kvt.brinos.AccessSwitchPlugin/1.0"));
+    QCOMPARE(Pellora::AccessSwitchPluginLoader::staticMetaObject.className(),
+             "Pellora::AccessSwitchPluginLoader");
+    QCOMPARE(ownMethods(Pellora::AccessSwitchPluginLoader::staticMetaObject), QStringList());
+}
+
+QTEST_APPLESS_MAIN(tst_MetaObjects)
+#include "tst_metaobjects.moc"
