@@ -10,10 +10,9 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
+#include <QDBusReply>
 #include <QDBusVariant>
 #include <QLoggingCategory>
-
-#include <memory>
 
 Q_LOGGING_CATEGORY(lcSystemSettings, "systemsettings", QtInfoMsg)
 
@@ -28,6 +27,20 @@ QDBusMessage methodCall(const QString &path, const QString &interface, const QSt
     call.setArguments(arguments);
     return call;
 }
+
+struct Subscription
+{
+    QLatin1String path; ///< empty for any
+    QLatin1String interface;
+    QLatin1String member;
+    const char *slot;
+};
+
+const Subscription subscriptions[] = {
+    {RootPath, ObjectManager, latin1("InterfacesAdded"), SLOT(onInterfacesAdded(QDBusMessage))},
+    {RootPath, ObjectManager, latin1("InterfacesRemoved"), SLOT(onInterfacesRemoved(QDBusMessage))},
+    {latin1(""), Properties, latin1("PropertiesChanged"), SLOT(onPropertiesChanged(QDBusMessage))},
+};
 
 template <typename Value> Value argument(const QDBusMessage &message, int index)
 {
@@ -71,7 +84,8 @@ void Client::unmount(const QString &path, const QVariantMap &options)
     auto *watcher = new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, path] {
         if (watcher->isError())
-            qCDebug(lcSystemSettings) << "Cannot unmount" << path << watcher->error();
+            qCDebug(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(path),
+                    qUtf8Printable(watcher->error().name()));
         watcher->deleteLater();
     });
 }
@@ -84,47 +98,62 @@ void Client::connectToBus()
     QDBusConnection bus = QDBusConnection::systemBus();
     bus.connect(BusService, BusPath, BusService, QStringLiteral("NameOwnerChanged"), {Service},
                 QString(), this, SLOT(onOwnerChanged(QString, QString, QString)));
-    // With the sender named, signals that others make up do not get here.
-    bus.connect(Service, RootPath, ObjectManager, QStringLiteral("InterfacesAdded"), this,
-                SLOT(onInterfacesAdded(QDBusMessage)));
-    bus.connect(Service, RootPath, ObjectManager, QStringLiteral("InterfacesRemoved"), this,
-                SLOT(onInterfacesRemoved(QDBusMessage)));
-    bus.connect(Service, QString(), Properties, QStringLiteral("PropertiesChanged"), this,
-                SLOT(onPropertiesChanged(QDBusMessage)));
-    list();
+    QDBusMessage call = QDBusMessage::createMethodCall(BusService, BusPath, BusService,
+                                                       QStringLiteral("GetNameOwner"));
+    call.setArguments({QString(Service)});
+    follow(QDBusReply<QString>(bus.call(call)));
 }
 
 void Client::onOwnerChanged(const QString & /*name*/, const QString & /*oldOwner*/,
                             const QString &newOwner)
 {
+    follow(newOwner);
+}
+
+void Client::follow(const QString &owner)
+{
+    if (owner == m_owner)
+        return;
     delete m_listing;
     m_listing = nullptr;
     m_objects.clear();
-    if (!newOwner.isEmpty())
+    subscribe(false);
+    m_owner = owner;
+    subscribe(true);
+    if (!m_owner.isEmpty())
         list();
+}
+
+void Client::subscribe(bool isOn)
+{
+    if (m_owner.isEmpty())
+        return;
+    QDBusConnection bus = QDBusConnection::systemBus();
+    for (const Subscription &each : subscriptions) {
+        if (isOn)
+            bus.connect(m_owner, each.path, each.interface, each.member, this, each.slot);
+        else
+            bus.disconnect(m_owner, each.path, each.interface, each.member, this, each.slot);
+    }
 }
 
 void Client::list()
 {
     m_isListingTaken = false;
-    m_listing = ask(methodCall(RootPath, ObjectManager, QStringLiteral("GetManagedObjects")));
-    connect(m_listing, &QDBusPendingCallWatcher::finished, this, &Client::onListed);
-}
-
-void Client::onListed()
-{
-    if (!m_isListingTaken)
-        takeListing(m_listing->reply());
-    m_listing->deleteLater();
-    m_listing = nullptr;
-    announceNews();
+    m_listing = ask(methodCall(RootPath, ObjectManager, QStringLiteral("GetManagedObjects")),
+                    [this](const QDBusMessage &reply) {
+                        m_listing = nullptr;
+                        if (!m_isListingTaken)
+                            takeListing(reply);
+                    });
 }
 
 void Client::takeListing(const QDBusMessage &reply)
 {
     m_isListingTaken = true;
     if (reply.signature() != QLatin1String("a{oa{sa{sv}}}")) {
-        qCDebug(lcSystemSettings) << "Cannot list storage" << reply;
+        qCDebug(lcSystemSettings, "Cannot list storage: answer of type \"%s\", error \"%s\"",
+                qUtf8Printable(reply.signature()), qUtf8Printable(reply.errorName()));
         return;
     }
     const auto objects = argument<QMap<QDBusObjectPath, Interfaces>>(reply, 0);
@@ -162,17 +191,13 @@ void Client::onPropertiesChanged(const QDBusMessage &message)
 
 void Client::fetch(const QString &path, const QString &interface, const QString &property)
 {
-    QDBusPendingCallWatcher *watcher =
-        ask(methodCall(path, Properties, QStringLiteral("Get"), {interface, property}));
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [=] {
-        const QDBusMessage reply = watcher->reply();
-        watcher->deleteLater();
-        if (m_listing || reply.signature() != QLatin1String("v"))
-            return;
-        const QVariant value = argument<QDBusVariant>(reply, 0).variant();
-        m_objects.change(path, interface, {{property, value}});
-        announceNews();
-    });
+    ask(methodCall(path, Properties, QStringLiteral("Get"), {interface, property}),
+        [=](const QDBusMessage &reply) {
+            if (m_listing || reply.signature() != QLatin1String("v"))
+                return;
+            const QVariant value = argument<QDBusVariant>(reply, 0).variant();
+            m_objects.change(path, interface, {{property, value}});
+        });
 }
 
 void Client::announceNews()
@@ -181,15 +206,25 @@ void Client::announceNews()
         Q_EMIT partitionAdded(partition);
 }
 
-QDBusPendingCallWatcher *Client::ask(const QDBusMessage &question)
+QDBusPendingCallWatcher *Client::ask(const QDBusMessage &question, const Taker &take)
 {
-    // A reply that is there before its watcher has lost its place among the signals.
-    std::unique_ptr<QDBusPendingCallWatcher> watcher;
-    do {
-        watcher = std::make_unique<QDBusPendingCallWatcher>(
-            QDBusConnection::systemBus().asyncCall(question), this);
-    } while (watcher->isFinished() && !watcher->isError());
-    return watcher.release();
+    auto *watcher =
+        new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(question), this);
+    if (watcher->isFinished()) {
+        // A reply that was there before its watcher has lost its place among the signals. Taken
+        // before all of them, it loses none: older ones repeat what it knows, and at worst
+        // something is announced twice.
+        take(watcher->reply());
+        delete watcher;
+        QMetaObject::invokeMethod(this, &Client::announceNews, Qt::QueuedConnection);
+        return nullptr;
+    }
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [=] {
+        watcher->deleteLater();
+        take(watcher->reply());
+        announceNews();
+    });
+    return watcher;
 }
 
 } // namespace UDisks

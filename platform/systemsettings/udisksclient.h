@@ -8,6 +8,8 @@
 #include <QDBusMessage>
 #include <QObject>
 
+#include <functional>
+
 class QDBusPendingCallWatcher;
 
 namespace UDisks {
@@ -20,6 +22,10 @@ namespace UDisks {
 /// reply is older than the listing and is ignored; each later one is newer and is applied. Who
 /// asks before the reply has come through the queue reads it ahead of its turn, which changes
 /// nothing of that order.
+///
+/// Signals are taken from the unique name of the service only, so nobody else can make them up.
+/// The well-known name would do, but for QtDBus: it follows the owner of such a name by itself
+/// and, when that changes while somebody subscribes, can get stuck with the wrong one.
 class Client : public QObject
 {
     Q_OBJECT
@@ -48,14 +54,21 @@ private Q_SLOTS:
     void onPropertiesChanged(const QDBusMessage &message);
 
 private:
+    using Taker = std::function<void(const QDBusMessage &reply)>;
+
     void connectToBus();
+    void follow(const QString &owner);
+    void subscribe(bool isOn);
     void list();
     void takeListing(const QDBusMessage &reply);
-    void onListed();
     void fetch(const QString &path, const QString &interface, const QString &property);
     void announceNews();
-    QDBusPendingCallWatcher *ask(const QDBusMessage &question);
 
+    /// Lets @p take have the reply in its turn, and returns what waits for it; nothing when it
+    /// was taken at once.
+    QDBusPendingCallWatcher *ask(const QDBusMessage &question, const Taker &take);
+
+    QString m_owner; ///< unique bus name of the service; empty while it is absent
     Objects m_objects;
     QDBusPendingCallWatcher *m_listing = nullptr; ///< until its turn in the event queue
     bool m_isListingTaken = false;

@@ -1,0 +1,172 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "support/enforcement.h"
+#include "support/files.h"
+#include "support/lockplugin.h"
+#include "support/stick.h"
+#include "support/switchplugin.h"
+
+#include <QTest>
+
+using Simulator::Storage;
+using Support::Enforcement;
+using Support::Stick;
+
+namespace {
+
+const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
+const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
+const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
+
+} // namespace
+
+/// Switches and locks that forbid storage.
+class TestStorageSwitches : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void switchTurnedOffSweeps();
+    void switchTurnedOnMountsNothing();
+    void storageAppearingWithoutItsSwitchIsUnmounted();
+    void storageAppearingWhileLockedIsUnmounted();
+    void lockSweepsNothing();
+    void storageIsSweptAtStart_data();
+    void storageIsSweptAtStart();
+
+private:
+    std::unique_ptr<Support::Neighbour<Storage>> m_storage;
+};
+
+void TestStorageSwitches::init()
+{
+    m_storage = std::make_unique<Support::Neighbour<Storage>>();
+    m_storage->appear();
+}
+
+void TestStorageSwitches::switchTurnedOffSweeps()
+{
+    Support::SwitchPlugin switches;
+    switches.setSwitch(QStringLiteral("storage"), {33}, true);
+    const Stick stick;
+    stick.plug(*m_storage);
+    Enforcement device;
+    QVERIFY(device.start());
+    device.forget();
+
+    switches.announce(QStringLiteral("storage"), false);
+
+    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+    QTRY_VERIFY(!stick.isMountedIn(*m_storage));
+}
+
+void TestStorageSwitches::switchTurnedOnMountsNothing()
+{
+    Support::SwitchPlugin switches;
+    switches.setSwitch(QStringLiteral("storage"), {33}, false);
+    const Stick stick{QStringLiteral("stick"), QStringLiteral("usb"), false, false, false};
+    stick.plug(*m_storage);
+    Enforcement device;
+    QVERIFY(device.start());
+    device.forget();
+
+    switches.setEntry(QStringLiteral("storage"), QStringLiteral("value"), true);
+    switches.announce(QStringLiteral("storage"), true);
+
+    QCOMPARE(device.calls(), QStringList());
+}
+
+void TestStorageSwitches::storageAppearingWithoutItsSwitchIsUnmounted()
+{
+    Support::SwitchPlugin switches;
+    switches.setSwitch(QStringLiteral("storage"), {33}, true);
+    Enforcement device;
+    QVERIFY(device.start());
+    switches.setEntry(QStringLiteral("storage"), QStringLiteral("value"), false);
+    device.forget();
+    const Stick stick;
+    const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
+
+    stick.plug(*m_storage);
+    card.plug(*m_storage);
+
+    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+}
+
+void TestStorageSwitches::storageAppearingWhileLockedIsUnmounted()
+{
+    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {MemoryCard});
+    Enforcement device;
+    QVERIFY(device.start());
+    lock.setLocked({MemoryCard});
+    device.forget();
+    const Stick stick;
+    const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
+
+    stick.plug(*m_storage);
+    card.plug(*m_storage);
+
+    QCOMPARE(device.calls(), QStringList(card.unmountOrder()));
+}
+
+/// A lock changes what readers see, not what is in force: what is mounted stays.
+void TestStorageSwitches::lockSweepsNothing()
+{
+    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {UsbStorage});
+    const Stick stick;
+    stick.plug(*m_storage);
+    Enforcement device;
+    QVERIFY(device.start());
+    device.forget();
+
+    lock.setLocked({UsbStorage});
+    lock.announce(UsbStorage, true);
+
+    QCOMPARE(device.announcements().size(), 1);
+    QCOMPARE(device.calls(), QStringList());
+    QVERIFY(stick.isMountedIn(*m_storage));
+}
+
+void TestStorageSwitches::storageIsSweptAtStart_data()
+{
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<bool>("isSwitchOn");
+    QTest::addColumn<bool>("isLocked");
+    QTest::addColumn<bool>("isSwept");
+    QTest::newRow("allowed") << QByteArray("true") << true << false << false;
+    QTest::newRow("forbidden") << QByteArray("false") << true << false << true;
+    QTest::newRow("switch off") << QByteArray("true") << false << false << true;
+    QTest::newRow("locked") << QByteArray("true") << true << true << true;
+}
+
+/// Each enforcement looks, and there are two at start: orders may double before the first is
+/// carried out.
+void TestStorageSwitches::storageIsSweptAtStart()
+{
+    QFETCH(QByteArray, stored);
+    QFETCH(bool, isSwitchOn);
+    QFETCH(bool, isLocked);
+    QFETCH(bool, isSwept);
+    Support::SwitchPlugin switches;
+    switches.setSwitch(QStringLiteral("storage"), {33}, isSwitchOn);
+    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {UsbStorage});
+    lock.setLocked(isLocked ? QStringList(UsbStorage) : QStringList());
+    const Stick stick;
+    stick.plug(*m_storage);
+    const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
+    card.plug(*m_storage);
+    Enforcement device;
+    Support::Files::write(PolicyFile, "[policy]\nUsbStorageEnabled=" + stored + '\n');
+    QVERIFY(device.start());
+
+    QStringList orders = device.calls(m_storage->name());
+    orders.removeDuplicates();
+    QCOMPARE(orders, isSwept ? QStringList(stick.unmountOrder()) : QStringList());
+    QTRY_COMPARE(stick.isMountedIn(*m_storage), !isSwept);
+    QVERIFY(card.isMountedIn(*m_storage));
+}
+
+QTEST_GUILESS_MAIN(TestStorageSwitches)
+#include "tst_storageswitches.moc"

@@ -1,0 +1,267 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/commandline.h"
+#include "govctl/completion.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QtTest>
+
+namespace {
+
+QString contentOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", qPrintable(path));
+    return QString::fromUtf8(file.readAll());
+}
+
+QString manualPage()
+{
+    return contentOf(QStringLiteral("/usr/share/man/man1/govctl.1"));
+}
+
+/// The entries of the manual page's lists that begin with @p macro, as the names in them. An entry
+/// like "Fl h , -help" holds two.
+QSet<QString> documented(const QString &macro)
+{
+    QSet<QString> result;
+    const QString start = QStringLiteral(".It %1 ").arg(macro);
+    for (const QString &line : manualPage().split(QLatin1Char('\n'))) {
+        if (!line.startsWith(start))
+            continue;
+        const QString text = line.mid(start.size()).section(QStringLiteral(" Ar "), 0, 0);
+        for (const QString &name : text.split(QStringLiteral(" , ")))
+            result.insert(name.section(QStringLiteral(" Oo "), 0, 0));
+    }
+    return result;
+}
+
+/// Options as the manual page writes them: one dash is understood.
+QSet<QString> spelledOptions()
+{
+    QSet<QString> result;
+    QList<QCommandLineOption> options = commonOptions();
+    for (const Verb &verb : verbs())
+        options += verb.options;
+    for (const QCommandLineOption &option : options) {
+        for (const QString &name : option.names())
+            result.insert((name.size() > 1 ? QStringLiteral("-") : QString()) + name);
+    }
+    return result;
+}
+
+QStringList completed(const QStringList &words)
+{
+    QStringList result;
+    const auto switches = [] {
+        return QStringList{QStringLiteral("radio")};
+    };
+    for (const Candidate &candidate : completeCommandLine(words, switches))
+        result.append(candidate.word);
+    return result;
+}
+
+QStringList wordsOf(const Verb &verb)
+{
+    return verb.name.split(QLatin1Char(' '));
+}
+
+} // namespace
+
+/// Verbs and options of the program against everything that is written about them.
+class TestGovctlDocs : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void manualPageHasEveryVerb();
+    void manualPageHasEveryOption();
+    void manualPageHasEveryExitCode();
+    void helpHasEverything_data();
+    void helpHasEverything();
+    void completionHasEverything_data();
+    void completionHasEverything();
+    void completionKnowsWhereItIs_data();
+    void completionKnowsWhereItIs();
+    void everyShellAsksTheProgram_data();
+    void everyShellAsksTheProgram();
+    void schemaHasEveryVerb();
+
+private:
+    static void addVerbs();
+};
+
+void TestGovctlDocs::addVerbs()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < verbs().size(); ++i)
+        QTest::newRow(qPrintable(verbs()[i].name)) << i;
+}
+
+void TestGovctlDocs::manualPageHasEveryVerb()
+{
+    QSet<QString> names;
+    for (const Verb &verb : verbs())
+        names.insert(verb.name);
+    QCOMPARE(documented(QStringLiteral("Cm")), names);
+}
+
+void TestGovctlDocs::manualPageHasEveryOption()
+{
+    QCOMPARE(documented(QStringLiteral("Fl")), spelledOptions());
+    const QString page = manualPage();
+    for (const Verb &verb : verbs()) {
+        // An option is described below its verb, and above the next.
+        const QString entry = page.section(QStringLiteral(".It Cm ") + verb.name, 1)
+                                  .section(QStringLiteral("\n.It Cm "), 0, 0);
+        for (const QCommandLineOption &option : verb.options)
+            QVERIFY2(entry.contains(QLatin1Char('-') + option.names().last()),
+                     qPrintable(verb.name + QLatin1Char(' ') + option.names().last()));
+    }
+}
+
+void TestGovctlDocs::manualPageHasEveryExitCode()
+{
+    const QString codes = manualPage()
+                              .section(QStringLiteral(".Sh EXIT STATUS"), 1)
+                              .section(QStringLiteral(".Sh "), 0, 0);
+    QStringList listed;
+    for (const QString &line : codes.split(QLatin1Char('\n'))) {
+        if (line.startsWith(QStringLiteral(".It ")))
+            listed.append(line.mid(4));
+    }
+    QStringList known;
+    for (const ExitCode code :
+         {ExitCode::Done, ExitCode::No, ExitCode::Usage, ExitCode::Refused, ExitCode::NotAllowed,
+          ExitCode::NoDaemon, ExitCode::NoAnswer, ExitCode::NoOutput})
+        known.append(QString::number(static_cast<int>(code)));
+    QCOMPARE(listed, known);
+    QCOMPARE(known.join(QString()), QStringLiteral("01234567"));
+}
+
+void TestGovctlDocs::helpHasEverything_data()
+{
+    addVerbs();
+}
+
+void TestGovctlDocs::helpHasEverything()
+{
+    QFETCH(int, index);
+    const Verb &verb = verbs()[index];
+    QVERIFY(helpText(nullptr).contains(verb.summary));
+    const QString help = helpText(&verb);
+    for (const QCommandLineOption &option : verb.options + commonOptions()) {
+        for (const QString &name : option.names())
+            QVERIFY2(help.contains(QLatin1Char('-') + name), qPrintable(name));
+    }
+    for (const Argument &argument : verb.arguments)
+        QVERIFY(help.contains(argument.syntax()));
+}
+
+void TestGovctlDocs::completionHasEverything_data()
+{
+    addVerbs();
+}
+
+void TestGovctlDocs::completionHasEverything()
+{
+    QFETCH(int, index);
+    const Verb &verb = verbs()[index];
+    QStringList words;
+    for (const QString &word : wordsOf(verb)) {
+        QVERIFY(completed(words + QStringList{QString()}).contains(word));
+        words.append(word);
+    }
+    const QStringList dashed = completed(words + QStringList{QStringLiteral("-")});
+    for (const QCommandLineOption &option : verb.options + commonOptions())
+        QVERIFY(dashed.contains(QStringLiteral("--") + option.names().last()));
+    for (const Argument &argument : verb.arguments) {
+        const bool isOpen = argument.kind == Argument::Kind::Words;
+        QCOMPARE(completed(words + QStringList{QString()}).isEmpty(), isOpen);
+        words.append(QStringLiteral("x"));
+    }
+    QCOMPARE(completed(words + QStringList{QString()}), QStringList());
+}
+
+void TestGovctlDocs::completionKnowsWhereItIs_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("candidates");
+    const auto row = [](const char *line, const char *candidates) {
+        QTest::newRow(line) << QString::fromLatin1(line) << QString::fromLatin1(candidates);
+    };
+    row("sw", "switch");
+    row("switch ", "list get set");
+    row("switch set ", "radio");
+    row("switch set radio ", "on off");
+    row("switch set radio o", "on off");
+    row("switch set radio on ", "");
+    row("nonsense ", "");
+    row("list CameraE", "");
+    row("get CameraE", "CameraEnabled");
+    row("get camerae", "");
+    row("--timeout ", "");
+    row("--timeout 3 ge", "get");
+    row("--timeout=3 ge", "get");
+    row("get --json Vpn", "VpnEnabled");
+    row("watch --exec ", "");
+    row("watch --exec date --on", "--once");
+    row("get --q", "--quiet");
+    row("get -- Vpn", "VpnEnabled");
+    row("get -- --", "");
+    row("--off", "");
+}
+
+void TestGovctlDocs::completionKnowsWhereItIs()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, candidates);
+    QCOMPARE(completed(line.split(QLatin1Char(' '))).join(QLatin1Char(' ')), candidates);
+}
+
+void TestGovctlDocs::everyShellAsksTheProgram_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("bash") << "bash-completion/completions/govctl";
+    QTest::newRow("zsh") << "zsh/vendor-completions/_govctl";
+    QTest::newRow("fish") << "fish/vendor_completions.d/govctl.fish";
+}
+
+/// The scripts hold no verb and no option of their own, but the words of this one call.
+void TestGovctlDocs::everyShellAsksTheProgram()
+{
+    QFETCH(QString, path);
+    QString script = contentOf(QStringLiteral("/usr/share/") + path);
+    const QString call = QStringLiteral("govctl complete --timeout 0.5 -- ");
+    QVERIFY(script.contains(call));
+    script.remove(call);
+    for (const QString &option : spelledOptions()) {
+        if (option.size() > 1)
+            QVERIFY2(!script.contains(QStringLiteral(" -") + option + QLatin1Char(' ')),
+                     qPrintable(option));
+    }
+    const Result<Request> request = parseCommandLine(call.split(QLatin1Char(' ')).mid(1));
+    QVERIFY(request);
+    QCOMPARE(request->timeout.count(), 500);
+}
+
+void TestGovctlDocs::schemaHasEveryVerb()
+{
+    const QJsonObject schema =
+        QJsonDocument::fromJson(
+            contentOf(QStringLiteral("/usr/share/govctl/output.schema.json")).toUtf8())
+            .object();
+    QJsonArray names{QJsonValue::Null};
+    for (const Verb &verb : verbs())
+        names.append(verb.name);
+    const QJsonObject properties = schema.value(QStringLiteral("properties")).toObject();
+    QCOMPARE(
+        properties.value(QStringLiteral("verb")).toObject().value(QStringLiteral("enum")).toArray(),
+        names);
+    QCOMPARE(schema.value(QStringLiteral("oneOf")).toArray().size(), names.size());
+}
+
+QTEST_GUILESS_MAIN(TestGovctlDocs)
+#include "tst_govctldocs.moc"

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/knownpolicies.h"
+#include "govctl/policystate.h"
+#include "govctl/text.h"
+
+#include <QtTest>
+
+Q_DECLARE_METATYPE(PolicyState)
+
+namespace {
+
+PolicyState state(std::optional<bool> value, std::optional<bool> stored,
+                  const QVector<Daemon::Switch> &switches = {})
+{
+    return {QStringLiteral("CameraEnabled"), 1, value, stored, switches};
+}
+
+const Daemon::Switch On{QStringLiteral("a"), true, {1}};
+const Daemon::Switch Off{QStringLiteral("b"), false, {1}};
+
+} // namespace
+
+/// Words and reasons: what needs no daemon.
+class TestGovctlText : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void reasons_data();
+    void reasons();
+    void nearestNames_data();
+    void nearestNames();
+    void onlyFewAreNear();
+    void values();
+    void namesCannotSteerTheTerminal();
+    void keysAndTypes();
+};
+
+void TestGovctlText::reasons_data()
+{
+    QTest::addColumn<PolicyState>("policy");
+    QTest::addColumn<QString>("reason");
+    QTest::addColumn<bool>("differs");
+    const auto none = std::nullopt;
+    QTest::newRow("on as stored") << state(true, true) << "stored" << false;
+    QTest::newRow("off as stored") << state(false, false) << "stored" << false;
+    QTest::newRow("on, file not readable") << state(true, none) << "stored" << false;
+    QTest::newRow("off, file not readable") << state(false, none) << "unknown" << false;
+    QTest::newRow("off, stored on") << state(false, true) << "lock" << true;
+    QTest::newRow("off, stored on, switch on") << state(false, true, {On}) << "lock" << true;
+    QTest::newRow("off, stored on, switch off")
+        << state(false, true, {On, Off}) << "switch" << true;
+    QTest::newRow("off, stored off, switch off") << state(false, false, {Off}) << "switch" << false;
+    QTest::newRow("on, switch off later") << state(true, true, {Off}) << "stored" << false;
+    QTest::newRow("on, stored off") << state(true, false) << "file" << true;
+    QTest::newRow("no value") << state(none, none) << "none" << false;
+    QTest::newRow("no value, but stored") << state(none, true) << "none" << true;
+}
+
+void TestGovctlText::reasons()
+{
+    QFETCH(PolicyState, policy);
+    QFETCH(QString, reason);
+    QFETCH(bool, differs);
+    QCOMPARE(reasonName(policy.reason()), reason);
+    QCOMPARE(policy.differs(), differs);
+    QCOMPARE(policy.shortReason().isEmpty(), reason == QLatin1String("stored"));
+}
+
+void TestGovctlText::nearestNames_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("first");
+    QTest::newRow("part of it") << "camera"
+                                << "CameraEnabled";
+    QTest::newRow("a letter missing") << "CamraEnabled"
+                                      << "CameraEnabled";
+    QTest::newRow("two swapped") << "CaemraEnabled"
+                                 << "CameraEnabled";
+    QTest::newRow("beginning misspelt") << "cammera"
+                                        << "CameraEnabled";
+    QTest::newRow("case") << "CAMERAENABLED"
+                          << "CameraEnabled";
+    QTest::newRow("middle") << "storage"
+                            << "UsbMassStorageEnabled";
+    QTest::newRow("exact") << "VpnEnabled"
+                           << "VpnEnabled";
+    QTest::newRow("nothing like it") << "frobnicate" << QString();
+    QTest::newRow("nothing") << "" << QString();
+}
+
+void TestGovctlText::nearestNames()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, first);
+    QCOMPARE(nearest(name, KnownPolicies::keys()).value(0), first);
+}
+
+void TestGovctlText::onlyFewAreNear()
+{
+    QCOMPARE(nearest(QStringLiteral("Usb"), KnownPolicies::keys()).size(), 3);
+}
+
+void TestGovctlText::values()
+{
+    for (const char *word : {"on", "true", "yes", "1", "On", "TRUE"})
+        QCOMPARE(parseValue(QString::fromLatin1(word)), std::optional<bool>(true));
+    for (const char *word : {"off", "false", "no", "0", "No"})
+        QCOMPARE(parseValue(QString::fromLatin1(word)), std::optional<bool>(false));
+    for (const char *word : {"", "2", "ja", "on ", "onoff"})
+        QVERIFY(!parseValue(QString::fromLatin1(word)));
+}
+
+void TestGovctlText::namesCannotSteerTheTerminal()
+{
+    QCOMPARE(printable(QStringLiteral("a b%1\"\\")), QStringLiteral("a b%1\"\\"));
+    QCOMPARE(printable(QStringLiteral("\033[2J\n\t\u202e")),
+             QStringLiteral("\\u001b[2J\\u000a\\u0009\\u202e"));
+    QCOMPARE(quoted(QStringLiteral("x\n")), QStringLiteral("\"x\\u000a\""));
+}
+
+void TestGovctlText::keysAndTypes()
+{
+    const QStringList keys = KnownPolicies::keys();
+    QCOMPARE(keys.size(), 45);
+    for (const QString &key : keys)
+        QCOMPARE(KnownPolicies::key(KnownPolicies::type(key)), key);
+    for (const char *wrong : {"NoPolicy", "", "cameraenabled", "PolicyType::CameraEnabled"})
+        QCOMPARE(KnownPolicies::type(QString::fromLatin1(wrong)), 0);
+    QCOMPARE(KnownPolicies::key(999), QStringLiteral("999"));
+}
+
+QTEST_GUILESS_MAIN(TestGovctlText)
+#include "tst_govctltext.moc"
