@@ -97,17 +97,18 @@ void Client::connectToBus()
     m_isConnected = true;
     QDBusConnection bus = QDBusConnection::systemBus();
     bus.connect(BusService, BusPath, BusService, QStringLiteral("NameOwnerChanged"), {Service},
-                QString(), this, SLOT(onOwnerChanged(QString, QString, QString)));
-    QDBusMessage call = QDBusMessage::createMethodCall(BusService, BusPath, BusService,
-                                                       QStringLiteral("GetNameOwner"));
-    call.setArguments({QString(Service)});
-    follow(QDBusReply<QString>(bus.call(call)));
+                QString(), this, SLOT(onOwnerChanged()));
+    onOwnerChanged();
 }
 
-void Client::onOwnerChanged(const QString & /*name*/, const QString & /*oldOwner*/,
-                            const QString &newOwner)
+void Client::onOwnerChanged()
 {
-    follow(newOwner);
+    // What the signal tells can be outdated; what the bus answers now is not, and another signal
+    // follows if it changes again.
+    QDBusMessage question = QDBusMessage::createMethodCall(BusService, BusPath, BusService,
+                                                           QStringLiteral("GetNameOwner"));
+    question.setArguments({QString(Service)});
+    follow(QDBusReply<QString>(QDBusConnection::systemBus().call(question)));
 }
 
 void Client::follow(const QString &owner)

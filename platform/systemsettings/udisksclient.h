@@ -48,7 +48,7 @@ Q_SIGNALS:
     void partitionAdded(const Partition &partition);
 
 private Q_SLOTS:
-    void onOwnerChanged(const QString &name, const QString &oldOwner, const QString &newOwner);
+    void onOwnerChanged();
     void onInterfacesAdded(const QDBusMessage &message);
     void onInterfacesRemoved(const QDBusMessage &message);
     void onPropertiesChanged(const QDBusMessage &message);

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/caller.h"
+
+#include "common/names.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include <pelloraaccesscontrol/accesscontrol.h>
+
+#include <unistd.h>
+
+namespace {
+
+Caller::Right rightOf(const QString &user, const QString &group)
+{
+    if (group == Names::PrivilegedGroup)
+        return Caller::Right::Group;
+    if (user == Names::RootUser)
+        return Caller::Right::Root;
+    if (pellora_access_control_hasgroup(geteuid(), Names::ManagementGroup))
+        return Caller::Right::Member;
+    return Caller::Right::None;
+}
+
+QString rightName(Caller::Right right)
+{
+    switch (right) {
+    case Caller::Right::Group:
+        return QStringLiteral("group");
+    case Caller::Right::Root:
+        return QStringLiteral("root");
+    case Caller::Right::Member:
+        return QStringLiteral("member");
+    case Caller::Right::None:
+        return QStringLiteral("none");
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+QJsonObject Caller::toJson() const
+{
+    return {{QStringLiteral("user"), user},
+            {QStringLiteral("group"), group},
+            {QStringLiteral("allowed"), isAllowed()},
+            {QStringLiteral("right"), rightName(right)}};
+}
+
+Caller describeCaller()
+{
+    // The daemon looks at the same entry.
+    const QFileInfo process(QStringLiteral("/proc/%1").arg(QCoreApplication::applicationPid()));
+    Caller caller{process.owner(), process.group(), {}};
+    caller.right = rightOf(caller.user, caller.group);
+    if (caller.user.isEmpty())
+        caller.user = QString::number(geteuid());
+    if (caller.group.isEmpty())
+        caller.group = QString::number(getegid());
+    return caller;
+}

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVCTL_COMMANDLINE_H
+#define GOVCTL_COMMANDLINE_H
+
+#include "govctl/verb.h"
+
+/// Reads a command line: @p arguments without the name of the program.
+///
+/// Options may stand before and after the verb. The arguments of the request have the right number
+/// and, except for switches, which only the daemon knows, the right kind. With the option "help" or
+/// "version" nothing is checked, and the verb can be missing.
+Result<Request> parseCommandLine(const QStringList &arguments);
+
+/// The name of the verb in @p arguments, even if they are wrong otherwise; null when there is none.
+QString namedVerb(const QStringList &arguments);
+
+/// Whether @p arguments ask for JSON, even if they are wrong in other respects.
+bool asksForJson(const QStringList &arguments);
+
+/// The help for @p verb, or for the whole program when it is null.
+QString helpText(const Verb *verb);
+
+/// The failure that names an unknown @p name of some @p kind, with the nearest of @p known.
+Failure unknownName(const QString &failure, const QString &kind, const QString &name,
+                    const QStringList &known);
+
+#endif

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/commandqueue.h"
+
+#include "govctl/text.h"
+
+#include <unistd.h>
+
+CommandQueue::Process::Process(bool toStandardError)
+    : m_toStandardError(toStandardError)
+{
+    setProcessChannelMode(ForwardedChannels);
+    setStandardInputFile(nullDevice());
+}
+
+void CommandQueue::Process::setupChildProcess()
+{
+    if (m_toStandardError)
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
+CommandQueue::CommandQueue(QString command, bool toStandardError)
+    : m_command(std::move(command))
+    , m_process(toStandardError)
+{
+    connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
+            [this](int code, QProcess::ExitStatus status) {
+                if (status == QProcess::CrashExit)
+                    onEnded(Text::tr("the command was ended by signal %1").arg(code));
+                else if (code != 0)
+                    onEnded(Text::tr("the command ended with exit code %1").arg(code));
+                else
+                    onEnded({});
+            });
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            onEnded(Text::tr("the command could not be started: %1").arg(m_process.errorString()));
+    });
+}
+
+void CommandQueue::add(const Event &event)
+{
+    m_waiting.enqueue(event);
+    if (m_process.state() == QProcess::NotRunning)
+        runNext();
+}
+
+void CommandQueue::runNext()
+{
+    if (m_waiting.isEmpty())
+        return;
+    const Event event = m_waiting.dequeue();
+    // The command inherits this process's environment, which nothing else here reads.
+    qputenv("GOVCTL_KIND", event.kindName().toUtf8());
+    qputenv("GOVCTL_KEY", event.key.toUtf8());
+    qputenv("GOVCTL_VALUE", onOff(event.value).toUtf8());
+    m_process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), m_command});
+}
+
+void CommandQueue::onEnded(const QString &complaint)
+{
+    Q_EMIT ended(complaint);
+    runNext();
+}

@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVCTL_COMMANDQUEUE_H
+#define GOVCTL_COMMANDQUEUE_H
+
+#include "govctl/watcher.h"
+
+#include <QObject>
+#include <QProcess>
+#include <QQueue>
+
+/// Runs a shell command for each event, one at a time and in order.
+///
+/// The command finds the event in GOVCTL_KIND, GOVCTL_KEY and GOVCTL_VALUE. Nothing of the event
+/// becomes part of the command's text, so a name cannot be read as a command.
+class CommandQueue : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// With @p toStandardError what the command prints goes there, and standard output stays clean.
+    CommandQueue(QString command, bool toStandardError);
+
+    void add(const Event &event);
+
+Q_SIGNALS:
+    /// The command for the oldest event has ended. @p complaint tells of a failure, if any.
+    void ended(const QString &complaint);
+
+private:
+    void runNext();
+    void onEnded(const QString &complaint);
+
+    /// Redirects its standard output if so told.
+    class Process : public QProcess
+    {
+    public:
+        explicit Process(bool toStandardError);
+        void setupChildProcess() override;
+
+    private:
+        bool m_toStandardError;
+    };
+
+    QString m_command;
+    Process m_process;
+    QQueue<Event> m_waiting;
+};
+
+#endif

@@ -1,0 +1,10 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+#
+# Completion of govctl for fish. The program itself knows what can follow.
+
+function __govctl_candidates
+    set -l words (commandline --tokenize --cut-at-cursor --current-process)
+    govctl complete --timeout 0.5 -- $words[2..] (commandline --cut-at-cursor --current-token) 2>/dev/null
+end
+complete --command govctl --no-files --arguments '(__govctl_candidates)'

@@ -1,0 +1,229 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/daemon.h"
+
+#include "common/names.h"
+#include "govctl/daemonfailure.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusError>
+#include <QDBusPendingCallWatcher>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QEventLoop>
+#include <QThread>
+#include <QTimer>
+
+#include <cstdlib>
+#include <memory>
+
+const QString Daemon::PolicyInterface = QStringLiteral("org.kvt.PolicyManager.Policy");
+const QString Daemon::SwitchInterface = QStringLiteral("org.kvt.PolicyManager.Switch");
+
+namespace {
+
+const QString KeyValue = QStringLiteral("KeyValue");
+const QString SetKeyValue = QStringLiteral("SetKeyValue");
+const QString KeyPolicyTypes = QStringLiteral("KeyPolicyTypes");
+const QString Keys = QStringLiteral("Keys");
+
+bool booleanOf(const QDBusMessage &reply)
+{
+    return reply.arguments().constFirst().value<QDBusVariant>().variant().toBool();
+}
+
+} // namespace
+
+Daemon::Daemon(std::chrono::milliseconds timeout)
+    : m_timeout(timeout)
+    , m_deadline(timeout)
+    , m_bus(QString())
+{
+}
+
+Daemon::~Daemon()
+{
+    if (m_bus.isConnected())
+        settle(m_bus);
+}
+
+void Daemon::settle(const QDBusConnection &bus)
+{
+    constexpr int Patience = 1000;
+    // The answer comes to that thread behind everything that was under way.
+    bus.call(QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
+                                            Names::BusDaemon.interface, QStringLiteral("GetId")),
+             QDBus::Block, Patience);
+}
+
+Result<Daemon::Owner> Daemon::findOwner()
+{
+    if (const std::optional<Failure> failure = connectToBus())
+        return *failure;
+    const Result<QVariant> connection = askBus(QStringLiteral("GetNameOwner"), Names::Service);
+    if (!connection)
+        return connection.failure();
+    const Result<QVariant> user =
+        askBus(QStringLiteral("GetConnectionUnixUser"), connection->toString());
+    if (!user)
+        return user.failure();
+    return Owner{connection->toString(), user->toUInt()};
+}
+
+Result<Daemon::Owner> Daemon::open()
+{
+    const Result<Owner> owner = findOwner();
+    if (!owner)
+        return owner;
+    if (owner->user != 0)
+        return DaemonFailure::foreignOwner(owner->user);
+    m_owner = *owner;
+    return owner;
+}
+
+Result<Daemon::Reading> Daemon::read(const QStringList &keys)
+{
+    QVector<QDBusPendingCall> calls;
+    for (const QString &key : keys)
+        calls.append(send(PolicyInterface, KeyValue, {key}));
+
+    // The daemon sends nothing at all for a policy without a value. But it answers in order: once
+    // this last question is answered, no answer to an earlier one is still to come.
+    const auto switchKeys = await(send(SwitchInterface, Keys, {}), {QStringLiteral("as")});
+    if (!switchKeys)
+        return switchKeys.failure();
+
+    Reading result{{}, switchKeys->arguments().constFirst().toStringList()};
+    for (const QDBusPendingCall &call : calls) {
+        if (!call.isFinished()) {
+            result.values.append(std::nullopt);
+            continue;
+        }
+        const auto reply = await(call, {QStringLiteral("v")});
+        if (!reply)
+            return reply.failure();
+        result.values.append(booleanOf(*reply));
+    }
+    return result;
+}
+
+Result<QVector<Daemon::Switch>> Daemon::readSwitches(const QStringList &keys)
+{
+    QVector<std::pair<QDBusPendingCall, QDBusPendingCall>> calls;
+    for (const QString &key : keys)
+        calls.append(
+            {send(SwitchInterface, KeyValue, {key}), send(SwitchInterface, KeyPolicyTypes, {key})});
+
+    QVector<Switch> result;
+    std::optional<Failure> failure;
+    for (int i = 0; i < keys.size(); ++i) {
+        const auto value = await(calls[i].first, {QStringLiteral("v")});
+        const auto types = await(calls[i].second, {QStringLiteral("ai")});
+        if (value && types)
+            result.append({keys[i], booleanOf(*value), QDBusReply<QList<int>>(*types).value()});
+        else if (!failure)
+            failure = value ? types.failure() : value.failure();
+    }
+    if (failure)
+        return *failure;
+    return result;
+}
+
+Result<bool> Daemon::setPolicy(const QString &key, bool value)
+{
+    return write(PolicyInterface, key, value);
+}
+
+Result<bool> Daemon::setSwitch(const QString &key, bool value)
+{
+    return write(SwitchInterface, key, value);
+}
+
+/// Connecting blocks, so it is left to a thread that can be given up.
+std::optional<Failure> Daemon::connectToBus()
+{
+    QThread *const home = QThread::currentThread();
+    std::unique_ptr<QThread> thread(QThread::create([home] {
+        // The library's own object would stay behind in this thread and get no more events.
+        if (auto *interface = QDBusConnection::systemBus().interface();
+            interface && interface->thread() == QThread::currentThread())
+            interface->moveToThread(home);
+    }));
+    thread->start();
+    if (!thread->wait(m_deadline)) {
+        // No orderly end is possible any more: everything of the bus library waits for the thread.
+        thread.release();
+        return noAnswer();
+    }
+    m_bus = QDBusConnection::systemBus();
+    if (m_bus.isConnected())
+        return std::nullopt;
+    return DaemonFailure::noBus(m_bus.lastError().message());
+}
+
+Result<QVariant> Daemon::askBus(const QString &method, const QString &argument)
+{
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        Names::BusDaemon.service, Names::BusDaemon.path, Names::BusDaemon.interface, method);
+    question << argument;
+    const auto reply = await(dispatch(question), {QStringLiteral("s"), QStringLiteral("u")});
+    if (!reply)
+        return reply.failure();
+    return reply->arguments().constFirst();
+}
+
+QDBusPendingCall Daemon::send(const QString &interface, const QString &method,
+                              const QVariantList &arguments) const
+{
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(m_owner.connection, Names::ObjectPath, interface, method);
+    message.setArguments(arguments);
+    return dispatch(message);
+}
+
+/// Sends @p message with a time-out of the bus library that comes later than our own deadline.
+QDBusPendingCall Daemon::dispatch(QDBusMessage message) const
+{
+    constexpr int Later = 10'000;
+    message.setAutoStartService(false);
+    return m_bus.asyncCall(message, static_cast<int>(m_timeout.count()) + Later);
+}
+
+/// Waits for the reply to @p call, which must have one of @p signatures.
+Result<QDBusMessage> Daemon::await(const QDBusPendingCall &call,
+                                   const QStringList &signatures) const
+{
+    if (!call.isFinished()) {
+        QEventLoop loop;
+        const QDBusPendingCallWatcher watcher(call);
+        QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+        QTimer::singleShot(std::chrono::milliseconds(m_deadline.remainingTime()), &loop,
+                           &QEventLoop::quit);
+        loop.exec();
+    }
+    if (!call.isFinished())
+        return noAnswer();
+    if (call.isError())
+        return DaemonFailure::fromError(call.error());
+
+    const QDBusMessage reply = call.reply();
+    if (!signatures.contains(reply.signature()))
+        return DaemonFailure::badAnswer(reply.signature());
+    return reply;
+}
+
+Result<bool> Daemon::write(const QString &interface, const QString &key, bool value)
+{
+    // The switch interface announces a number and sends a boolean; either will do.
+    const QVariantList arguments{key, QVariant::fromValue(QDBusVariant(value))};
+    const auto reply =
+        await(send(interface, SetKeyValue, arguments), {QStringLiteral("b"), QStringLiteral("i")});
+    if (!reply)
+        return reply.failure();
+    return reply->arguments().constFirst().toBool();
+}
+
+Failure Daemon::noAnswer() const
+{
+    return DaemonFailure::noAnswer(std::chrono::duration<double>(m_timeout).count());
+}

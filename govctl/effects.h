@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVCTL_EFFECTS_H
+#define GOVCTL_EFFECTS_H
+
+#include <QStringList>
+
+/// What the daemon does on the device when it enforces the policy @p type as @p value, one line of
+/// words for each action. Empty when it does nothing beyond telling the value to those who ask.
+QStringList enforcementEffects(int type, bool value);
+
+#endif

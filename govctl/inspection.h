@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVCTL_INSPECTION_H
+#define GOVCTL_INSPECTION_H
+
+#include "govctl/policystate.h"
+
+/// As much of the daemon as can be found out, and where finding out ended.
+struct Inspection
+{
+    std::optional<Daemon::Owner> owner; ///< of the daemon's name, whoever it is
+    std::optional<Snapshot> snapshot; ///< of all policies
+    std::optional<Failure> failure; ///< nothing when all was found out
+
+    /// The owner for programs; null when there is none.
+    QJsonValue ownerToJson() const;
+};
+
+Inspection inspectDaemon(std::chrono::milliseconds timeout);
+
+#endif

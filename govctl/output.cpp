@@ -1,0 +1,174 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/output.h"
+
+#include "govctl/text.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+/// Whether standard output is a terminal whose user has nothing against colours.
+bool coloursWanted()
+{
+    return isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR")
+        && qgetenv("TERM") != "dumb";
+}
+
+/// Writes without a buffer, so that each result reaches its reader at once and no way to end the
+/// program loses one. Returns 0 or the error number.
+int writeAll(int descriptor, const QByteArray &bytes)
+{
+    int done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written =
+            ::write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (written >= 0) {
+            done += static_cast<int>(written);
+        } else if (errno == EAGAIN) {
+            pollfd ready{descriptor, POLLOUT, 0};
+            poll(&ready, 1, -1);
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+QJsonObject toJson(const Failure &failure)
+{
+    return {{QStringLiteral("name"), failure.name},
+            {QStringLiteral("message"), failure.message},
+            {QStringLiteral("nearest"), QJsonArray::fromStringList(failure.nearest)}};
+}
+
+QString toText(const Failure &failure)
+{
+    QStringList names;
+    for (const QString &name : failure.nearest)
+        names.append(printable(name));
+    if (names.isEmpty())
+        return failure.message;
+    return Text::tr("%1; did you mean %2?").arg(failure.message, names.join(QLatin1String(", ")));
+}
+
+} // namespace
+
+Output::Output(bool json, QString verb)
+    : m_json(json)
+    , m_colour(!json && coloursWanted())
+    , m_verb(std::move(verb))
+{
+}
+
+void Output::alwaysJson()
+{
+    m_indented = !m_json;
+    m_json = true;
+    m_colour = false;
+}
+
+ExitCode Output::finish(ExitCode code) const
+{
+    return m_failed ? ExitCode::NoOutput : code;
+}
+
+ExitCode Output::write(ExitCode code, const QJsonObject &result, const QString &text)
+{
+    if (!m_json) {
+        print(text.toUtf8());
+        return code;
+    }
+    QJsonObject document = envelope(code);
+    document.insert(QStringLiteral("result"), result);
+    print(document);
+    return code;
+}
+
+ExitCode Output::fail(const Failure &failure)
+{
+    if (!m_json) {
+        note(toText(failure));
+        return failure.code;
+    }
+    QJsonObject document = envelope(failure.code);
+    document.insert(QStringLiteral("error"), toJson(failure));
+    print(document);
+    return failure.code;
+}
+
+ExitCode Output::fail(const Failure &failure, const QJsonObject &result, const QString &text)
+{
+    if (!m_json) {
+        print(text.toUtf8());
+        return fail(failure);
+    }
+    QJsonObject document = envelope(failure.code);
+    document.insert(QStringLiteral("result"), result);
+    document.insert(QStringLiteral("error"), toJson(failure));
+    print(document);
+    return failure.code;
+}
+
+void Output::note(const QString &line)
+{
+    // There is no place left to complain about a failure here.
+    writeAll(STDERR_FILENO, QStringLiteral("govctl: %1\n").arg(line).toUtf8());
+}
+
+QString Output::paint(Style style, const QString &text) const
+{
+    if (!m_colour)
+        return text;
+    switch (style) {
+    case Style::Plain:
+        return text;
+    case Style::Good:
+        return QStringLiteral("\033[32m%1\033[0m").arg(text);
+    case Style::Bad:
+        return QStringLiteral("\033[31m%1\033[0m").arg(text);
+    case Style::Faint:
+        return QStringLiteral("\033[2m%1\033[0m").arg(text);
+    }
+    Q_UNREACHABLE();
+}
+
+QString Output::paint(std::optional<bool> value) const
+{
+    return paint(value.value_or(false) ? Style::Good : Style::Bad, onOff(value));
+}
+
+QJsonObject Output::envelope(ExitCode code) const
+{
+    return {{QStringLiteral("version"), Version},
+            {QStringLiteral("verb"), m_verb.isNull() ? QJsonValue() : QJsonValue(m_verb)},
+            {QStringLiteral("code"), static_cast<int>(code)}};
+}
+
+void Output::print(const QJsonObject &document)
+{
+    if (m_indented)
+        print(QJsonDocument(document).toJson(QJsonDocument::Indented));
+    else
+        print(QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n');
+}
+
+/// Once the reader has gone, there is nobody to tell anything, not even that it has gone.
+void Output::print(const QByteArray &bytes)
+{
+    if (!m_open)
+        return;
+    const int error = writeAll(STDOUT_FILENO, bytes);
+    m_open = error == 0;
+    if (error == 0 || error == EPIPE)
+        return;
+    m_failed = true;
+    note(Text::tr("cannot write the result (%1); check where the output goes")
+             .arg(QString::fromLocal8Bit(std::strerror(error))));
+}

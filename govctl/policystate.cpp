@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/policystate.h"
+
+#include "common/names.h"
+#include "govctl/knownpolicies.h"
+#include "govctl/text.h"
+
+#include <QJsonArray>
+
+namespace {
+
+QVector<Daemon::Switch> governing(const QVector<Daemon::Switch> &switches, int type)
+{
+    QVector<Daemon::Switch> result;
+    for (const Daemon::Switch &candidate : switches) {
+        if (candidate.types.contains(type))
+            result.append(candidate);
+    }
+    return result;
+}
+
+} // namespace
+
+Reason PolicyState::reason() const
+{
+    if (!value)
+        return Reason::NoValue;
+    if (!*value && !forcingSwitch().isNull())
+        return Reason::Switch;
+    if (value == stored)
+        return Reason::Stored;
+    if (*value)
+        return stored ? Reason::File : Reason::Stored;
+    return stored ? Reason::Lock : Reason::Unknown;
+}
+
+QString PolicyState::forcingSwitch() const
+{
+    for (const Daemon::Switch &candidate : switches) {
+        if (!candidate.value)
+            return candidate.key;
+    }
+    return {};
+}
+
+QString PolicyState::shortReason() const
+{
+    switch (reason()) {
+    case Reason::Stored:
+        return {};
+    case Reason::Switch:
+        return Text::tr("switch %1 is off").arg(quoted(forcingSwitch()));
+    case Reason::Lock:
+        return Text::tr("locked");
+    case Reason::File:
+        return Text::tr("off in the file, which was edited since the daemon read it");
+    case Reason::NoValue:
+        return Text::tr("no value: locked, or not to be saved, when the daemon started");
+    case Reason::Unknown:
+        return Text::tr("stored off, or locked");
+    }
+    Q_UNREACHABLE();
+}
+
+QJsonObject PolicyState::toJson() const
+{
+    QJsonArray governors;
+    for (const Daemon::Switch &governor : switches)
+        governors.append(QJsonObject{{QStringLiteral("key"), governor.key},
+                                     {QStringLiteral("value"), governor.value}});
+    return {{QStringLiteral("key"), key},
+            {QStringLiteral("type"), type},
+            {QStringLiteral("value"), valueToJson(value)},
+            {QStringLiteral("stored"), valueToJson(stored)},
+            {QStringLiteral("reason"), reasonName(reason())},
+            {QStringLiteral("switches"), governors}};
+}
+
+QString reasonName(Reason reason)
+{
+    switch (reason) {
+    case Reason::Stored:
+        return QStringLiteral("stored");
+    case Reason::Switch:
+        return QStringLiteral("switch");
+    case Reason::Lock:
+        return QStringLiteral("lock");
+    case Reason::File:
+        return QStringLiteral("file");
+    case Reason::NoValue:
+        return QStringLiteral("none");
+    case Reason::Unknown:
+        return QStringLiteral("unknown");
+    }
+    Q_UNREACHABLE();
+}
+
+Result<Snapshot> takeSnapshot(Daemon &daemon, const QStringList &keys)
+{
+    const Result<Daemon::Reading> reading = daemon.read(keys);
+    if (!reading)
+        return reading.failure();
+    const Result<QVector<Daemon::Switch>> switches = daemon.readSwitches(reading->switchKeys);
+    if (!switches)
+        return switches.failure();
+
+    Snapshot result{readStoredValues(Names::PolicyFile), {}, *switches};
+    for (int i = 0; i < keys.size(); ++i) {
+        PolicyState policy{keys[i], KnownPolicies::type(keys[i]), reading->values[i], {}, {}};
+        if (const auto stored = result.file.values.constFind(policy.key);
+            stored != result.file.values.constEnd())
+            policy.stored = *stored;
+        policy.switches = governing(*switches, policy.type);
+        result.policies.append(policy);
+    }
+    return result;
+}
+
+QJsonValue valueToJson(std::optional<bool> value)
+{
+    return value ? QJsonValue(*value) : QJsonValue(QJsonValue::Null);
+}

@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVCTL_SWITCHES_H
+#define GOVCTL_SWITCHES_H
+
+#include "govctl/daemon.h"
+
+#include <QJsonObject>
+
+/// The keys of the policies that @p governor governs.
+QStringList governedPolicies(const Daemon::Switch &governor);
+
+QJsonObject toJson(const Daemon::Switch &governor);
+
+/// Fails when @p key is none of the switches @p known.
+std::optional<Failure> checkSwitch(const QString &key, const QStringList &known);
+
+#endif

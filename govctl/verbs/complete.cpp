@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/completion.h"
+#include "govctl/daemon.h"
+#include "govctl/verb.h"
+
+#include <QJsonArray>
+
+ExitCode Verbs::complete(const Request &request, Output &output)
+{
+    // Without a daemon there are no switches to offer, and nobody to complain to.
+    const auto switchKeys = [&request]() -> QStringList {
+        Daemon daemon(request.timeout);
+        if (!daemon.open())
+            return {};
+        const Result<Daemon::Reading> reading = daemon.read({});
+        return reading ? reading->switchKeys : QStringList();
+    };
+
+    QJsonArray array;
+    QString text;
+    for (const Candidate &candidate : completeCommandLine(request.arguments, switchKeys)) {
+        array.append(QJsonObject{{QStringLiteral("word"), candidate.word},
+                                 {QStringLiteral("description"), candidate.description}});
+        text += candidate.word + QLatin1Char('\t') + candidate.description + QLatin1Char('\n');
+    }
+    return output.write(ExitCode::Done, {{QStringLiteral("candidates"), array}}, text);
+}

@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "common/names.h"
+#include "govctl/inspection.h"
+#include "govctl/text.h"
+#include "govctl/verb.h"
+
+#include <QJsonArray>
+
+namespace {
+
+QVector<PolicyState> differences(const Inspection &inspection)
+{
+    QVector<PolicyState> result;
+    if (!inspection.snapshot)
+        return result;
+    for (const PolicyState &policy : inspection.snapshot->policies) {
+        if (policy.differs())
+            result.append(policy);
+    }
+    return result;
+}
+
+QString row(const QString &name, const QString &text)
+{
+    return QStringLiteral("%1 %2\n").arg(name, -9).arg(text);
+}
+
+QString ownerText(const Inspection &inspection)
+{
+    if (!inspection.owner)
+        return row(Text::tr("service"), Text::tr("not there"));
+    const QString user =
+        inspection.owner->user == 0 ? Text::tr("root") : QString::number(inspection.owner->user);
+    return row(Text::tr("service"),
+               Text::tr("%1 is there, as %2").arg(Names::Service, inspection.owner->connection))
+        + row(Text::tr("owner"), Text::tr("user %1").arg(user));
+}
+
+QString differencesText(const Snapshot &snapshot, const QVector<PolicyState> &different,
+                        const Output &output)
+{
+    if (snapshot.file.state != StoredValues::State::Read) {
+        return row(Text::tr("policies"),
+                   Text::tr("not compared with %1, which is %2 for this user")
+                       .arg(snapshot.file.path, snapshot.file.stateName()));
+    }
+    QString text = row(Text::tr("policies"),
+                       Text::tr("%1 of %2 read differently from %3")
+                           .arg(QString::number(different.size()),
+                                QString::number(snapshot.policies.size()), snapshot.file.path));
+    for (const PolicyState &policy : different) {
+        text += QStringLiteral("  %1: %2, stored %3: %4\n")
+                    .arg(policy.key, output.paint(policy.value), output.paint(policy.stored),
+                         policy.shortReason());
+    }
+    return text;
+}
+
+QString toText(const Inspection &inspection, const QVector<PolicyState> &different,
+               const Output &output)
+{
+    QString text = ownerText(inspection);
+    if (inspection.snapshot)
+        text += row(Text::tr("answers"), Text::tr("yes"))
+            + differencesText(*inspection.snapshot, different, output);
+    return text;
+}
+
+QJsonObject toJson(const Inspection &inspection, const QVector<PolicyState> &different)
+{
+    QJsonArray policies;
+    for (const PolicyState &policy : different)
+        policies.append(policy.toJson());
+    const QJsonValue file = inspection.snapshot ? QJsonValue(inspection.snapshot->file.stateName())
+                                                : QJsonValue(QJsonValue::Null);
+    return {{QStringLiteral("owner"), inspection.ownerToJson()},
+            {QStringLiteral("answers"), inspection.snapshot.has_value()},
+            {QStringLiteral("file"), file},
+            {QStringLiteral("differences"), policies}};
+}
+
+} // namespace
+
+ExitCode Verbs::status(const Request &request, Output &output)
+{
+    const Inspection inspection = inspectDaemon(request.timeout);
+    const QVector<PolicyState> different = differences(inspection);
+    const QJsonObject result = toJson(inspection, different);
+    const QString text = toText(inspection, different, output);
+    if (inspection.failure)
+        return output.fail(*inspection.failure, result, text);
+    return output.write(different.isEmpty() ? ExitCode::Done : ExitCode::No, result, text);
+}

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/knownpolicies.h"
+#include "govctl/policystate.h"
+#include "govctl/switches.h"
+#include "govctl/text.h"
+#include "govctl/verb.h"
+
+#include <QJsonArray>
+
+namespace {
+
+/// Everything before and after a switch was written.
+struct Change
+{
+    QString key;
+    bool requested;
+    Snapshot before;
+    Snapshot after;
+
+    bool valueIn(const Snapshot &snapshot) const
+    {
+        for (const Daemon::Switch &governor : snapshot.switches) {
+            if (governor.key == key)
+                return governor.value;
+        }
+        return false;
+    }
+
+    bool isChange() const { return valueIn(before) != valueIn(after); }
+};
+
+QJsonArray changedPolicies(const Change &change)
+{
+    QJsonArray result;
+    for (int i = 0; i < change.after.policies.size(); ++i) {
+        const PolicyState &before = change.before.policies[i];
+        const PolicyState &after = change.after.policies[i];
+        if (before.value != after.value)
+            result.append(QJsonObject{{QStringLiteral("key"), after.key},
+                                      {QStringLiteral("before"), valueToJson(before.value)},
+                                      {QStringLiteral("value"), valueToJson(after.value)}});
+    }
+    return result;
+}
+
+QString headline(const Change &change, const Output &output)
+{
+    const bool value = change.valueIn(change.after);
+    const QString name = quoted(change.key);
+    if (change.isChange()) {
+        return Text::tr("switch %1: %2 -> %3\n")
+            .arg(name, output.paint(!value), output.paint(value));
+    }
+    if (value == change.requested)
+        return Text::tr("switch %1 is %2 already; nothing changed\n")
+            .arg(name, output.paint(value));
+    return Text::tr("switch %1 still reads %2; its plugin accepted %3 and may be slow\n")
+        .arg(name, output.paint(value), onOff(change.requested));
+}
+
+QString toText(const Change &change, const Output &output)
+{
+    QString text = headline(change, output);
+    for (int i = 0; i < change.after.policies.size(); ++i) {
+        const PolicyState &before = change.before.policies[i];
+        const PolicyState &after = change.after.policies[i];
+        if (before.value != after.value)
+            text += QStringLiteral("  %1: %2 -> %3\n")
+                        .arg(after.key, output.paint(before.value), output.paint(after.value));
+    }
+    return text;
+}
+
+QJsonObject toJson(const Change &change)
+{
+    return {{QStringLiteral("key"), change.key},
+            {QStringLiteral("requested"), change.requested},
+            {QStringLiteral("before"), change.valueIn(change.before)},
+            {QStringLiteral("value"), change.valueIn(change.after)},
+            {QStringLiteral("changed"), change.isChange()},
+            {QStringLiteral("policies"), changedPolicies(change)}};
+}
+
+Failure refusal(const QString &key)
+{
+    return {ExitCode::Refused,
+            QStringLiteral("refused"),
+            Text::tr("the daemon refused to change switch %1: its plugin did not take the value, "
+                     "or it could not be saved; the daemon's log says more")
+                .arg(quoted(key)),
+            {}};
+}
+
+QStringList keysOf(const QVector<Daemon::Switch> &switches)
+{
+    QStringList result;
+    for (const Daemon::Switch &governor : switches)
+        result.append(governor.key);
+    return result;
+}
+
+} // namespace
+
+ExitCode Verbs::switchSet(const Request &request, Output &output)
+{
+    const QString key = request.arguments.constFirst();
+    const bool requested = request.value(1);
+
+    Daemon daemon(request.timeout);
+    if (const auto owner = daemon.open(); !owner)
+        return output.fail(owner.failure());
+    const Result<Snapshot> before = takeSnapshot(daemon, KnownPolicies::keys());
+    if (!before)
+        return output.fail(before.failure());
+    if (const auto failure = checkSwitch(key, keysOf(before->switches)))
+        return output.fail(*failure);
+
+    const Result<bool> accepted = daemon.setSwitch(key, requested);
+    if (!accepted)
+        return output.fail(accepted.failure());
+    if (!*accepted)
+        return output.fail(refusal(key));
+
+    const Result<Snapshot> after = takeSnapshot(daemon, KnownPolicies::keys());
+    if (!after)
+        return output.fail(after.failure());
+    const Change change{key, requested, *before, *after};
+    return output.write(ExitCode::Done, toJson(change), toText(change, output));
+}

@@ -1,0 +1,116 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "common/names.h"
+#include "govctl/commandqueue.h"
+#include "govctl/daemonfailure.h"
+#include "govctl/text.h"
+#include "govctl/verb.h"
+#include "govctl/watcher.h"
+
+#include <QEventLoop>
+
+namespace {
+
+QJsonObject toJson(const Event &event)
+{
+    return {{QStringLiteral("time"), event.time.toUTC().toString(Qt::ISODateWithMs)},
+            {QStringLiteral("kind"), event.kindName()},
+            {QStringLiteral("key"), event.key},
+            {QStringLiteral("value"), event.value}};
+}
+
+QString toText(const Event &event, const Output &output)
+{
+    return QStringLiteral("%1  %2  %3  %4\n")
+        .arg(event.time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")),
+             event.kindName().leftJustified(7), printable(event.key), output.paint(event.value));
+}
+
+/// One run of the verb: carries events to the output and the command until it is time to end.
+class Session
+{
+public:
+    Session(const Request &request, Output &output);
+
+    ExitCode run();
+
+private:
+    void onEvent(const Event &event);
+    void onCommandEnded(const QString &complaint);
+    void end(ExitCode code);
+
+    const Request &m_request;
+    Output &m_output;
+    bool m_once;
+    bool m_hasCommand;
+    bool m_hasAll = false; // no further event is wanted
+    std::optional<ExitCode> m_code; // once all is done
+    CommandQueue m_commands;
+    Watcher m_watcher;
+    QEventLoop m_loop;
+};
+
+Session::Session(const Request &request, Output &output)
+    : m_request(request)
+    , m_output(output)
+    , m_once(request.has(QStringLiteral("once")))
+    , m_hasCommand(request.has(QStringLiteral("exec")))
+    , m_commands(request.options.value(QStringLiteral("exec")), request.json)
+{
+    QObject::connect(&m_watcher, &Watcher::happened, &m_loop,
+                     [this](const Event &event) { onEvent(event); });
+    QObject::connect(&m_watcher, &Watcher::distrusted, &m_loop, [this](uint user) {
+        m_output.note(DaemonFailure::foreignOwner(user).message);
+    });
+    QObject::connect(&m_watcher, &Watcher::disconnected, &m_loop, [this] {
+        end(m_output.fail(DaemonFailure::noBus(Text::tr("the connection was lost"))));
+    });
+    QObject::connect(&m_commands, &CommandQueue::ended, &m_loop,
+                     [this](const QString &complaint) { onCommandEnded(complaint); });
+}
+
+ExitCode Session::run()
+{
+    if (const auto failure = m_watcher.start(m_request.timeout))
+        return m_output.fail(*failure);
+    m_output.note(Text::tr("watching %1").arg(Names::Service));
+    // What happened meanwhile may have been all.
+    if (!m_code)
+        m_loop.exec();
+    return *m_code;
+}
+
+void Session::end(ExitCode code)
+{
+    m_code = m_code.value_or(code);
+    m_loop.quit();
+}
+
+void Session::onEvent(const Event &event)
+{
+    if (m_hasAll)
+        return;
+    m_output.write(ExitCode::Done, toJson(event), toText(event, m_output));
+    const bool isChange = event.kind != Event::Kind::Service;
+    const bool runsCommand = isChange && m_hasCommand;
+    m_hasAll = !m_output.isOpen() || (m_once && isChange);
+    if (runsCommand)
+        m_commands.add(event);
+    else if (m_hasAll)
+        end(ExitCode::Done);
+}
+
+void Session::onCommandEnded(const QString &complaint)
+{
+    if (!complaint.isEmpty())
+        m_output.note(complaint);
+    if (m_hasAll)
+        end(ExitCode::Done);
+}
+
+} // namespace
+
+ExitCode Verbs::watch(const Request &request, Output &output)
+{
+    return Session(request, output).run();
+}
