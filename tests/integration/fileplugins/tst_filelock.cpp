@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "support/busmonitor.h"
+#include "support/client.h"
+#include "support/daemon.h"
+#include "support/files.h"
+#include "support/lockplugin.h"
+
+#include <QtTest>
+
+using namespace Support;
+
+namespace {
+
+const QString Path = QStringLiteral("/etc/govd/filelock.conf");
+const QString Camera = QStringLiteral("CameraEnabled");
+const QString Browser = QStringLiteral("BrowserEnabled");
+
+/// Replaces the file as editors do: a new one is renamed over it.
+void replaceFile(const QByteArray &content)
+{
+    const QString draft = QStringLiteral("/etc/govd/draft");
+    Files::write(draft, content);
+    QCOMPARE(rename(draft.toLocal8Bit().constData(), Path.toLocal8Bit().constData()), 0);
+}
+
+bool isAnnounced(const BusMonitor &monitor, const QString &key, bool value)
+{
+    const auto signal = monitor.announcements(QStringLiteral("PolicyChanged"));
+    return std::any_of(signal.begin(), signal.end(), [&](const BusMessage &message) {
+        return message.arguments == QVariantList({key, value});
+    });
+}
+
+} // namespace
+
+/// Locks that follow a file.
+class TestFileLock : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void withoutAFileNothingIsLocked();
+    void locksWhatTheFileLists();
+    void followsAnEdit_data();
+    void followsAnEdit();
+    void malformedFileKeepsTheLocksAndIsToldOnce();
+};
+
+void TestFileLock::init()
+{
+    Files::reset();
+    QVERIFY(QDir().mkpath(QStringLiteral("/etc/govd")));
+    Files::write(LockPlugin::directory() + QStringLiteral("filelock.so"),
+                 Files::read(QStringLiteral(GOVD_FILELOCK)));
+}
+
+void TestFileLock::cleanup()
+{
+    QVERIFY(QDir(QStringLiteral("/etc/govd")).removeRecursively());
+    QVERIFY(QFile::remove(LockPlugin::directory() + QStringLiteral("filelock.so")));
+}
+
+void TestFileLock::withoutAFileNothingIsLocked()
+{
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    QCOMPARE(Client().policy(Camera), QVariant(true));
+    QVERIFY(daemon.log().filter(QStringLiteral("filelock")).isEmpty());
+}
+
+void TestFileLock::locksWhatTheFileLists()
+{
+    Files::write(Path, "[lock]\npolicies=CameraEnabled;BrowserEnabled\n");
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    Client client;
+    QCOMPARE(client.policy(Camera), QVariant(false));
+    QCOMPARE(client.policy(Browser), QVariant(false));
+    QCOMPARE(client.policy(QStringLiteral("VpnEnabled")), QVariant(true));
+    QVERIFY(!client.setPolicy(Camera, true));
+}
+
+void TestFileLock::followsAnEdit_data()
+{
+    QTest::addColumn<bool>("inPlace");
+    QTest::newRow("written in place") << true;
+    QTest::newRow("replaced") << false;
+}
+
+void TestFileLock::followsAnEdit()
+{
+    QFETCH(const bool, inPlace);
+    const auto edit = [&](const QByteArray &content) {
+        inPlace ? Files::write(Path, content) : replaceFile(content);
+    };
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    BusMonitor monitor;
+
+    edit("[lock]\npolicies=CameraEnabled\n");
+    QTRY_VERIFY(isAnnounced(monitor, Camera, false));
+    QCOMPARE(Client().policy(Camera), QVariant(false));
+
+    edit("[lock]\npolicies=BrowserEnabled\n");
+    QTRY_VERIFY(isAnnounced(monitor, Camera, true));
+    QTRY_VERIFY(isAnnounced(monitor, Browser, false));
+    QCOMPARE(Client().policy(Camera), QVariant(true));
+}
+
+void TestFileLock::malformedFileKeepsTheLocksAndIsToldOnce()
+{
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    BusMonitor monitor;
+    replaceFile("[lock]\npolicies=CameraEnabled\n");
+    QTRY_VERIFY(isAnnounced(monitor, Camera, false));
+    const QString warning =
+        QStringLiteral("warning|default|filelock: malformed, locks stay as they are: %1").arg(Path);
+
+    replaceFile("policies=\n");
+    QVERIFY(daemon.waitForLog(warning));
+    replaceFile("still no key file\n");
+    QCOMPARE(Client().policy(Camera), QVariant(false));
+
+    replaceFile("[lock]\npolicies=\n");
+    QTRY_VERIFY(isAnnounced(monitor, Camera, true));
+    QCOMPARE(daemon.log().count(warning), 1);
+}
+
+QTEST_GUILESS_MAIN(TestFileLock)
+#include "tst_filelock.moc"
