@@ -19,7 +19,6 @@ class TestBusLoss : public QObject
 private Q_SLOTS:
     void init();
 
-    void endsTheStart();
     void endsACall();
 
 private:
@@ -45,22 +44,6 @@ void TestBusLoss::loseTheBusInTheCall()
         [this] { return m_thread.run([this] { return !m_neighbour->calls().isEmpty(); }); }));
     Bus().stop();
     m_thread.run([this] { m_neighbour->leave(); });
-}
-
-void TestBusLoss::endsTheStart()
-{
-    m_thread.run([this] {
-        m_neighbour->setFault(Simulator::Fault::silence());
-        return m_neighbour->appear();
-    });
-    Daemon daemon;
-    daemon.launch();
-    loseTheBusInTheCall();
-
-    // It goes through the rest of its start, finds nobody, and cannot register.
-    QCOMPARE(daemon.waitForExit(), 1);
-    QCOMPARE(daemon.log().last(),
-             QStringLiteral("critical|default|\"Not connected to D-Bus server\""));
 }
 
 void TestBusLoss::endsACall()
