@@ -4,6 +4,7 @@
 #include "support/files.h"
 #include "support/loopdevice.h"
 #include "support/storagestack.h"
+#include "support/waiting.h"
 
 #include <QTest>
 
@@ -19,9 +20,9 @@ namespace {
 const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
 const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
 
-/// How long the file system may stay mounted, in milliseconds. Far more than it takes, and little
-/// enough for all tests to fail in time.
-constexpr int Patience = 8000;
+/// Milliseconds. Now and then the storage service waits 20 seconds for an event of the kernel
+/// before it answers.
+constexpr int Patience = Support::Deadline;
 
 } // namespace
 
