@@ -125,7 +125,10 @@ void TestFileSwitch::malformedFileKeepsTheSwitches()
 {
     Daemon daemon;
     QVERIFY(daemon.start());
-    Files::write(Path, "[lens]\npolicies=NoSuchPolicy\nvalue=false\n");
+    // Renamed into place, as editors do it: a file that is written in place is empty for a moment.
+    const QString draft = QStringLiteral("/etc/govd/draft");
+    Files::write(draft, "[lens]\npolicies=NoSuchPolicy\nvalue=false\n");
+    QCOMPARE(rename(draft.toLocal8Bit().constData(), Path.toLocal8Bit().constData()), 0);
     const QString warning =
         QStringLiteral("warning|default|fileswitch: malformed, switches stay as "
                        "they are: %1")
