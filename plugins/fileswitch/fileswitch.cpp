@@ -48,17 +48,19 @@ std::optional<Switch> readSwitch(GKeyFile *file, const char *name)
     return isSound ? std::optional(result) : std::nullopt;
 }
 
-/// All switches of the file. A missing file has none; nothing when it is malformed.
+/// All switches of the file. A missing file has none; nothing when it is malformed. A file without
+/// a group is malformed, too: one that is being written in place is empty for a moment.
 std::optional<Switches> readSwitches()
 {
     const KeyFile file(g_key_file_new(), g_key_file_unref);
     GError *error = nullptr;
     g_key_file_load_from_file(file.get(), Path, G_KEY_FILE_NONE, &error);
-    bool isSound = !error || g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
+    const bool isMissing = g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
+    gchar **names = g_key_file_get_groups(file.get(), nullptr);
+    bool isSound = isMissing || (!error && *names);
     g_clear_error(&error);
 
     Switches switches;
-    gchar **names = g_key_file_get_groups(file.get(), nullptr);
     for (gchar **name = names; *name && isSound; ++name) {
         const std::optional<Switch> entry = readSwitch(file.get(), *name);
         isSound = entry.has_value();
@@ -88,6 +90,7 @@ bool writeValue(const QString &name, bool value)
 ///     value=true
 ///
 /// A malformed file changes nothing: the switches stay as they were until the file is sound again.
+/// Without the file there are no switches.
 /// Failure codes are those of errno.h: ENOENT for an unknown switch, EIO when the file cannot be
 /// written.
 class FileSwitch : public Pellora::AccessSwitchPlugin

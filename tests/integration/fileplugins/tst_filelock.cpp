@@ -16,14 +16,6 @@ const QString Path = QStringLiteral("/etc/govd/filelock.conf");
 const QString Camera = QStringLiteral("CameraEnabled");
 const QString Browser = QStringLiteral("BrowserEnabled");
 
-/// Replaces the file as editors do: a new one is renamed over it.
-void replaceFile(const QByteArray &content)
-{
-    const QString draft = QStringLiteral("/etc/govd/draft");
-    Files::write(draft, content);
-    QCOMPARE(rename(draft.toLocal8Bit().constData(), Path.toLocal8Bit().constData()), 0);
-}
-
 bool isAnnounced(const BusMonitor &monitor, const QString &key, bool value)
 {
     const auto signal = monitor.announcements(QStringLiteral("PolicyChanged"));
@@ -95,7 +87,7 @@ void TestFileLock::followsAnEdit()
 {
     QFETCH(const bool, inPlace);
     const auto edit = [&](const QByteArray &content) {
-        inPlace ? Files::write(Path, content) : replaceFile(content);
+        inPlace ? Files::write(Path, content) : Files::replace(Path, content);
     };
     Daemon daemon;
     QVERIFY(daemon.start());
@@ -116,17 +108,17 @@ void TestFileLock::malformedFileKeepsTheLocksAndIsToldOnce()
     Daemon daemon;
     QVERIFY(daemon.start());
     BusMonitor monitor;
-    replaceFile("[lock]\npolicies=CameraEnabled\n");
+    Files::replace(Path, "[lock]\npolicies=CameraEnabled\n");
     QTRY_VERIFY(isAnnounced(monitor, Camera, false));
     const QString warning =
         QStringLiteral("warning|default|filelock: malformed, locks stay as they are: %1").arg(Path);
 
-    replaceFile("policies=\n");
+    Files::replace(Path, "policies=\n");
     QVERIFY(daemon.waitForLog(warning));
-    replaceFile("still no key file\n");
+    Files::replace(Path, "still no key file\n");
     QCOMPARE(Client().policy(Camera), QVariant(false));
 
-    replaceFile("[lock]\npolicies=\n");
+    Files::replace(Path, "[lock]\npolicies=\n");
     QTRY_VERIFY(isAnnounced(monitor, Camera, true));
     QCOMPARE(daemon.log().count(warning), 1);
 }

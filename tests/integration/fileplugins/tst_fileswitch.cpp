@@ -42,6 +42,7 @@ private Q_SLOTS:
     void unknownSwitchIsRefused();
     void followsAnEdit();
     void switchThatGoesFreesItsPolicies();
+    void malformedFileKeepsTheSwitches_data();
     void malformedFileKeepsTheSwitches();
 };
 
@@ -121,20 +122,36 @@ void TestFileSwitch::switchThatGoesFreesItsPolicies()
     QCOMPARE(Client().switches(), QStringList());
 }
 
+void TestFileSwitch::malformedFileKeepsTheSwitches_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("unknown policy") << QByteArray("[lens]\npolicies=NoSuchPolicy\nvalue=true\n");
+    QTest::newRow("no policies") << QByteArray("[lens]\nvalue=true\n");
+    QTest::newRow("no value") << QByteArray("[lens]\npolicies=CameraEnabled\n");
+    QTest::newRow("value that is no boolean")
+        << QByteArray("[lens]\npolicies=CameraEnabled\nvalue=perhaps\n");
+    QTest::newRow("no key file") << QByteArray("lens is on\n");
+    QTest::newRow("empty, as while it is being written in place") << QByteArray();
+}
+
 void TestFileSwitch::malformedFileKeepsTheSwitches()
 {
+    QFETCH(QByteArray, content);
+    Files::write(Path, "[lens]\npolicies=CameraEnabled\nvalue=false\n");
     Daemon daemon;
     QVERIFY(daemon.start());
-    // Renamed into place, as editors do it: a file that is written in place is empty for a moment.
-    const QString draft = QStringLiteral("/etc/govd/draft");
-    Files::write(draft, "[lens]\npolicies=NoSuchPolicy\nvalue=false\n");
-    QCOMPARE(rename(draft.toLocal8Bit().constData(), Path.toLocal8Bit().constData()), 0);
+    Files::replace(Path, content);
     const QString warning =
         QStringLiteral("warning|default|fileswitch: malformed, switches stay as "
                        "they are: %1")
             .arg(Path);
     QVERIFY(daemon.waitForLog(warning));
-    QCOMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(true));
+    QCOMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(false));
+    QVERIFY(!QFile::exists(Marker));
+
+    Files::replace(Path, "[lens]\npolicies=CameraEnabled\nvalue=true\n");
+    QTRY_COMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(true));
+    QCOMPARE(daemon.log().count(warning), 1);
 }
 
 QTEST_GUILESS_MAIN(TestFileSwitch)

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cstdio>
 #include <sys/stat.h>
 
 namespace Support {
@@ -41,6 +42,14 @@ void write(const QString &path, const QByteArray &content)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.flush())
         qFatal("Cannot write %s", qPrintable(path));
+}
+
+void replace(const QString &path, const QByteArray &content)
+{
+    const QString draft = path + QStringLiteral(".draft");
+    write(draft, content);
+    if (std::rename(qPrintable(draft), qPrintable(path)) != 0)
+        qFatal("Cannot replace %s", qPrintable(path));
 }
 
 QByteArray read(const QString &path)

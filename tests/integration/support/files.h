@@ -33,6 +33,9 @@ void reset();
 /// Writes @p content to @p path, and makes the directories that lead there.
 void write(const QString &path, const QByteArray &content);
 
+/// Puts a file with @p content in the place of @p path in one step, as editors do it.
+void replace(const QString &path, const QByteArray &content);
+
 /// The content of a file; empty when there is none.
 QByteArray read(const QString &path);
 
