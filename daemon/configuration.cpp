@@ -13,7 +13,7 @@ namespace {
 /// sorted by name without regard to case. The directory is a seed for the file, never merged.
 QStringList configurationFiles(const QString &file, const QString &directory)
 {
-    if (QFile::exists(file))
+    if (KeyFile::exists(file))
         return {file};
     QStringList entries;
     const QFileInfoList listing = QDir(directory).entryInfoList();

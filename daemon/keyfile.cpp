@@ -3,9 +3,11 @@
 #include "daemon/keyfile.h"
 
 #include <QDebug>
-#include <QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -73,12 +75,19 @@ KeyFile::KeyFile()
 {
 }
 
+bool KeyFile::exists(const QString &path)
+{
+    struct stat status;
+    return stat(path.toLocal8Bit().constData(), &status) == 0
+        || (errno != ENOENT && errno != ENOTDIR);
+}
+
 KeyFileError KeyFile::load(const QString &path)
 {
     // GLib says the same of what is no regular file, but only after it has opened it, and opening
     // a pipe waits until somebody writes into it.
-    const QFileInfo info(path);
-    if (info.exists() && !info.isFile())
+    struct stat status;
+    if (stat(path.toLocal8Bit().constData(), &status) == 0 && !S_ISREG(status.st_mode))
         return parseError(QStringLiteral("Not a regular file"));
 
     return errorOf([&](GError **error) {
@@ -125,7 +134,7 @@ KeyFileError KeyFile::setBoolean(const QString &group, const QString &key, bool 
 bool saveKeyValue(const QString &path, const QString &group, const QString &key, bool value)
 {
     KeyFile file;
-    if (QFileInfo::exists(path)) {
+    if (KeyFile::exists(path)) {
         if (const KeyFileError error = file.load(path)) {
             qWarning() << "Error loading key file" << error->code << error->message;
             return false;

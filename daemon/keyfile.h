@@ -29,6 +29,10 @@ class KeyFile
 public:
     KeyFile();
 
+    /// Whether something is at @p path. What cannot be looked at counts as there: taken for
+    /// missing, it would be replaced by a new file, and every value in it would be lost.
+    static bool exists(const QString &path);
+
     /// Replaces the content by that of the file at @p path. Fails when it is missing, unreadable,
     /// no regular file, or malformed; of a malformed file, what stands before the fault is kept.
     KeyFileError load(const QString &path);
