@@ -4,10 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <grp.h>
-#include <optional>
 #include <pwd.h>
-#include <string>
 #include <vector>
 
 namespace {
@@ -24,13 +23,13 @@ bool findEntry(Entry &entry, std::vector<char> &buffer, LookUp lookUp)
     return error == 0 && found;
 }
 
-std::optional<gid_t> groupId(const char *name)
+bool isListed(const group &group, const passwd &user)
 {
-    group entry;
-    std::vector<char> buffer;
-    const bool found =
-        findEntry(entry, buffer, [name](auto... rest) { return getgrnam_r(name, rest...); });
-    return found ? std::optional(entry.gr_gid) : std::nullopt;
+    for (char **member = group.gr_mem; *member; ++member) {
+        if (std::strcmp(*member, user.pw_name) == 0)
+            return true;
+    }
+    return false;
 }
 
 std::vector<gid_t> groupsOf(const passwd &user)
@@ -50,15 +49,20 @@ std::vector<gid_t> groupsOf(const passwd &user)
 
 bool pellora_access_control_hasgroup(uid_t uid, const char *group)
 {
-    const std::optional<gid_t> wanted = groupId(group);
-    if (!wanted)
+    struct group wanted;
+    std::vector<char> groupText;
+    if (!findEntry(wanted, groupText, [group](auto... rest) { return getgrnam_r(group, rest...); }))
         return false;
 
     passwd user;
-    std::vector<char> buffer;
-    if (!findEntry(user, buffer, [uid](auto... rest) { return getpwuid_r(uid, rest...); }))
+    std::vector<char> userText;
+    if (!findEntry(user, userText, [uid](auto... rest) { return getpwuid_r(uid, rest...); }))
         return false;
 
+    if (user.pw_gid == wanted.gr_gid || isListed(wanted, user))
+        return true;
+    // The entry need not tell of all members: the same group can have several names, and a
+    // directory service can answer by user only. This asks every database, so it comes last.
     const std::vector<gid_t> groups = groupsOf(user);
-    return std::find(groups.begin(), groups.end(), *wanted) != groups.end();
+    return std::find(groups.begin(), groups.end(), wanted.gr_gid) != groups.end();
 }

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void membership();
     void unknownUserIsNoMember();
     void manyGroups();
+    void groupOfTwoNames();
     void largeGroup();
 };
 
@@ -70,6 +71,14 @@ void tst_AccessControl::manyGroups()
     for (const char *group : {"crowd0", "crowd31", "crowd32", "crowd299"})
         QVERIFY(pellora_access_control_hasgroup(userId("guest"), group));
     QVERIFY(!pellora_access_control_hasgroup(userId("guest"), "crowd300"));
+}
+
+void tst_AccessControl::groupOfTwoNames()
+{
+    std::ofstream("/etc/group", std::ios::app) << "managers:x:7010:guest\n";
+    QVERIFY(pellora_access_control_hasgroup(userId("guest"), "managers"));
+    QVERIFY(pellora_access_control_hasgroup(userId("guest"), "pellora-mdm"));
+    QVERIFY(!pellora_access_control_hasgroup(userId("deputy"), "pellora-mdm"));
 }
 
 void tst_AccessControl::largeGroup()
