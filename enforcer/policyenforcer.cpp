@@ -2,10 +2,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "enforcer/policyenforcer.h"
 
-#include "common/neighbour.h"
+#include "common/names.h"
 #include "daemon/policymanager.h"
 #include "enforcer/tables.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusReply>
 #include <QDebug>
 #include <QMutexLocker>
@@ -40,8 +42,10 @@ void PolicyEnforcer::buildServices()
 
 void PolicyEnforcer::applyPoliciesOfPresentServices()
 {
-    QDBusInterface bus = neighbour(Names::BusDaemon);
-    const QDBusReply<QStringList> names = bus.call(QStringLiteral("ListNames"));
+    // Asked without a proxy: building one would ask for introspection data that nobody needs.
+    const QDBusReply<QStringList> names = QDBusConnection::systemBus().call(
+        QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
+                                       Names::BusDaemon.interface, QStringLiteral("ListNames")));
     if (!names.isValid()) {
         qWarning() << "Failed to get registered services: " << names.error();
         return;
