@@ -59,11 +59,21 @@ bool readsBack(const QByteArray &group, const QByteArray &key, bool isFirstGroup
         && g_key_file_get_boolean(file.get(), group.constData(), key.constData(), nullptr);
 }
 
+/// Whether the file has been loaded with the key in it, which proves that it can hold it.
+/// "Encoding" proves nothing: in the first group GLib reads a value of its own from it.
+bool isProven(GKeyFile *file, const QByteArray &group, const QByteArray &key)
+{
+    return key != "Encoding"
+        && g_key_file_has_key(file, group.constData(), key.constData(), nullptr);
+}
+
 bool canHold(GKeyFile *file, const QByteArray &group, const QString &key)
 {
     const QByteArray localKey = key.toLocal8Bit();
     if (QString::fromLocal8Bit(localKey) != key || std::any_of(key.begin(), key.end(), isForbidden))
         return false;
+    if (isProven(file, group, localKey))
+        return true;
     const std::unique_ptr<gchar, decltype(&g_free)> first(g_key_file_get_start_group(file), g_free);
     return readsBack(group, localKey, !first || group == first.get());
 }
