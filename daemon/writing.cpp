@@ -5,15 +5,31 @@
 #include "daemon/policymanager.h"
 #include "daemon/policytypes.h"
 
+#include <QDBusSignature>
+#include <QDBusVariant>
 #include <QDebug>
 
 #include <pellorapolicy/accessswitchplugin.h>
+
+namespace {
+
+/// Whether a reader can be given @p value. The one value that QtDBus receives but cannot send is an
+/// empty signature; stored, it would leave every reader of its policy without an answer.
+bool canBeGivenBack(QVariant value)
+{
+    while (value.userType() == qMetaTypeId<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value.userType() != qMetaTypeId<QDBusSignature>()
+        || !value.value<QDBusSignature>().signature().isEmpty();
+}
+
+} // namespace
 
 bool PolicyManager::setPolicyValue(const QString &key, const QVariant &value, bool logEvent)
 {
     if (!isCallAllowed())
         return false;
-    if (!restriction.checkPolicy(key))
+    if (!restriction.checkPolicy(key) || !canBeGivenBack(value))
         return false;
     if (!saveKeyValue(Names::PolicyFile, Names::ConfigurationGroup, key, value.toBool())) {
         // Log watchers know this line with the switch file's path, whichever file it was.

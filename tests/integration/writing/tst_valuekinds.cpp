@@ -81,6 +81,8 @@ private Q_SLOTS:
     void valueIsKeptAsGivenAndUsedByItsReading_data();
     void valueIsKeptAsGivenAndUsedByItsReading();
     void fileDescriptorIsKept();
+    void valueThatNoReaderCouldGetIsRefused_data();
+    void valueThatNoReaderCouldGetIsRefused();
     void booleanReplacesAnything_data();
     void booleanReplacesAnything();
 };
@@ -195,6 +197,28 @@ void TestValueKinds::fileDescriptorIsKept()
         QVERIFY(read.isValid());
         QCOMPARE(inodeOf(read.fileDescriptor()), inodeOf(file.handle()));
     }
+}
+
+void TestValueKinds::valueThatNoReaderCouldGetIsRefused_data()
+{
+    QTest::addColumn<QString>("value");
+    for (const char *value : {"g ", "v g ", "v v g "})
+        QTest::newRow(value) << QString::fromLatin1(value);
+}
+
+void TestValueKinds::valueThatNoReaderCouldGetIsRefused()
+{
+    QFETCH(QString, value);
+    storeAtStart(true);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    const FileSnapshot file = Files::snapshot(PolicyFile);
+    QCOMPARE(call(QStringLiteral("SetKeyValue"), QStringLiteral("sv"),
+                  Camera + QLatin1Char(' ') + value),
+             QStringLiteral("b false"));
+    QCOMPARE(daemon.said(), QStringList(QStringLiteral("reply false")));
+    QVERIFY(Files::snapshot(PolicyFile) == file);
+    QCOMPARE(readBack(), QStringLiteral("b true"));
 }
 
 void TestValueKinds::booleanReplacesAnything_data()
