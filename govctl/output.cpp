@@ -2,44 +2,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/output.h"
 
+#include "common/terminal.h"
 #include "govctl/text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include <cerrno>
 #include <cstring>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
-
-/// Whether standard output is a terminal whose user has nothing against colours.
-bool coloursWanted()
-{
-    return isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR")
-        && qgetenv("TERM") != "dumb";
-}
-
-/// Writes without a buffer, so that each result reaches its reader at once and no way to end the
-/// program loses one. Returns 0 or the error number.
-int writeAll(int descriptor, const QByteArray &bytes)
-{
-    int done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written =
-            ::write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
-        if (written >= 0) {
-            done += static_cast<int>(written);
-        } else if (errno == EAGAIN) {
-            pollfd ready{descriptor, POLLOUT, 0};
-            poll(&ready, 1, -1);
-        } else if (errno != EINTR) {
-            return errno;
-        }
-    }
-    return 0;
-}
 
 QJsonObject toJson(const Failure &failure)
 {
@@ -62,7 +34,7 @@ QString toText(const Failure &failure)
 
 Output::Output(bool json, QString verb)
     : m_json(json)
-    , m_colour(!json && coloursWanted())
+    , m_colour(!json && Terminal::wantsColours())
     , m_verb(std::move(verb))
 {
 }
@@ -119,7 +91,7 @@ ExitCode Output::fail(const Failure &failure, const QJsonObject &result, const Q
 void Output::note(const QString &line)
 {
     // There is no place left to complain about a failure here.
-    writeAll(STDERR_FILENO, QStringLiteral("govctl: %1\n").arg(line).toUtf8());
+    Terminal::write(STDERR_FILENO, QStringLiteral("govctl: %1\n").arg(line).toUtf8());
 }
 
 QString Output::paint(Style style, const QString &text) const
@@ -164,7 +136,7 @@ void Output::print(const QByteArray &bytes)
 {
     if (!m_open)
         return;
-    const int error = writeAll(STDOUT_FILENO, bytes);
+    const int error = Terminal::write(STDOUT_FILENO, bytes);
     m_open = error == 0;
     if (error == 0 || error == EPIPE)
         return;

@@ -24,6 +24,7 @@ struct Call
     QString member;
     QString signature; ///< D-Bus types of the arguments as they came
     QVariantList arguments; ///< as plain values: variants are unwrapped, object paths are texts
+    QString errorName; ///< of the answer; empty when it is no error
 };
 
 } // namespace Simulator

@@ -118,9 +118,10 @@ bool Service::handleMessage(const QDBusMessage &message, const QDBusConnection &
     // A call of a connection that is dropped already still comes through the event queue.
     if (connection.name() != m_connectionName)
         return true;
-    const Call call(message);
+    Call call(message);
     const Fault fault = faultOf(call);
     const Reply reply = carryOut(call, fault);
+    call.errorName = reply.errorName;
     if (!isIntrospection(call)) {
         m_calls.append(call);
         Q_EMIT called(call);

@@ -66,6 +66,8 @@ QString Storage::plug(const Block &block)
         objects().add(path, filesystemInterface(path));
     sendAdded(path, objects().values(path).keys());
     Q_EMIT changed();
+    if (m_mountsAtOnce && block.hasFilesystem)
+        mount(path);
     return path;
 }
 
@@ -125,7 +127,8 @@ Interface Storage::blockInterface(const QString &path) const
             {},
             {readOnly("Device", "ay", [=] { return device; }),
              readOnly("Drive", "o", [=] { return drive; }),
-             readOnly("HintSystem", "b", [=] { return block.isSystem; })},
+             readOnly("HintSystem", "b", [=] { return block.isSystem; }),
+             readOnly("IdLabel", "s", [=] { return block.label; })},
             {}};
 }
 
@@ -158,7 +161,8 @@ Reply Storage::mount(const QString &path)
     const Block block = m_blocks.value(path);
     if (!block.mountPoints.isEmpty())
         return failure("AlreadyMounted", path);
-    const QString mountPoint = QStringLiteral("/run/media/") + block.id;
+    const QString mountPoint =
+        QStringLiteral("/run/media/") + (block.label.isEmpty() ? block.id : block.label);
     setMountPoints(path, {mountPoint});
     return Reply::of({mountPoint});
 }

@@ -26,6 +26,7 @@ struct Block
     bool hasFilesystem = true;
     bool hasPartitionTable = false;
     QStringList mountPoints = {};
+    QString label = {}; ///< of its file system; where it is mounted is called after it
 };
 
 /// Drives and block devices as the storage service UDisks2 shows them. What is plugged in, pulled
@@ -55,6 +56,9 @@ public:
     /// Whether changed mount points are told with their value, or only that they have changed.
     void setTellsMountPoints(bool tells) { m_tellsMountPoints = tells; }
 
+    /// Whether a file system that is plugged in is mounted at once, as a desktop does it.
+    void setMountsAtOnce(bool mounts) { m_mountsAtOnce = mounts; }
+
     /// The drives and block devices by object path.
     QMap<QString, Drive> drives() const { return m_drives; }
     QMap<QString, Block> blocks() const { return m_blocks; }
@@ -71,6 +75,7 @@ private:
     QMap<QString, Drive> m_drives;
     QMap<QString, Block> m_blocks;
     bool m_tellsMountPoints = true;
+    bool m_mountsAtOnce = false;
 };
 
 } // namespace Simulator

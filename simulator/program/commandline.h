@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_SIMULATOR_PROGRAM_COMMANDLINE_H
+#define GOVD_SIMULATOR_PROGRAM_COMMANDLINE_H
+
+#include "simulator/program/verb.h"
+
+namespace Simulator {
+
+/// Reads a command line: @p arguments without the name of the program.
+///
+/// The arguments of the request are in number and words as the verb wants them. With the option
+/// "help" or "version" nothing is checked, and the verb can be missing.
+Result<Request> parseCommandLine(const QStringList &arguments);
+
+/// Whether @p arguments ask for JSON, even if they are wrong in other respects.
+bool asksForJson(const QStringList &arguments);
+
+/// The help for @p verb, or for the whole program when it is null.
+QString helpText(const Verb *verb);
+
+/// The failure of a command line that is wrong.
+Failure usageFailure(const QString &message);
+
+/// The failure that names an unknown @p name of some @p kind, with the nearest of @p known, or with
+/// all of them when none is near and they are few.
+Failure unknownName(const QString &kind, const QString &name, const QStringList &known);
+
+} // namespace Simulator
+
+#endif

@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_SIMULATOR_PROGRAM_VERB_H
+#define GOVD_SIMULATOR_PROGRAM_VERB_H
+
+#include "simulator/program/console.h"
+
+#include <QCommandLineOption>
+#include <QHash>
+#include <QVector>
+
+#include <chrono>
+#include <optional>
+
+namespace Simulator {
+
+struct Verb;
+
+/// What the user asked for: a verb with checked arguments.
+struct Request
+{
+    const Verb *verb = nullptr;
+    QStringList arguments;
+    QHash<QString, QString> options; ///< by the last name; flags have an empty value
+    std::chrono::milliseconds timeout{0};
+
+    bool has(const QString &option) const { return options.contains(option); }
+    bool isJson() const { return has(QStringLiteral("json")); }
+};
+
+/// Why a verb failed, if it did.
+using Outcome = std::optional<Failure>;
+
+/// A place on a verb's command line.
+struct Argument
+{
+    QString name; ///< as help and messages write it
+    QString description;
+    QStringList known; ///< the words that it can be; empty when it can be any
+    bool isOptional = false;
+
+    /// Whether its name is just the list of the words that it can be.
+    bool isWord() const { return name.contains(QLatin1Char('|')); }
+
+    QString syntax() const;
+};
+
+/// One verb: what the parser, the help and the tests know about it.
+struct Verb
+{
+    QString name;
+    QString summary;
+    QVector<Argument> arguments;
+    QList<QCommandLineOption> options; ///< beside those that all verbs have
+    bool isForScripts; ///< whether a script can use it
+    Outcome (*check)(const QStringList &arguments); ///< what the rows cannot tell; can be null
+    Outcome (*run)(const Request &request, Console &console);
+};
+
+/// All verbs, in the order of the help.
+const QVector<Verb> &verbs();
+
+/// The verb @p name, or null.
+const Verb *findVerb(const QString &name);
+
+/// The options that every verb has.
+const QList<QCommandLineOption> &commonOptions();
+
+namespace Verbs {
+
+Outcome device(const Request &request, Console &console);
+Outcome status(const Request &request, Console &console);
+Outcome services(const Request &request, Console &console);
+Outcome order(const Request &request, Console &console);
+Outcome expect(const Request &request, Console &console);
+Outcome run(const Request &request, Console &console);
+
+Outcome checkFail(const QStringList &arguments);
+Outcome checkExpect(const QStringList &arguments);
+
+} // namespace Verbs
+
+} // namespace Simulator
+
+#endif

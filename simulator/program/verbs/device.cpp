@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "daemon/shutdown.h"
+#include "govctl/text.h"
+#include "simulator/program/calllog.h"
+#include "simulator/program/control.h"
+#include "simulator/program/controlnames.h"
+#include "simulator/program/verb.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+
+namespace Simulator {
+namespace {
+
+Failure noBus(const QString &reason)
+{
+    return {ExitCode::NoDaemon,
+            QStringLiteral("no-bus"),
+            Text::tr("%1; check that dbus runs, and start the device again").arg(reason),
+            {}};
+}
+
+Outcome checkBus(const QDBusConnection &bus)
+{
+    if (!bus.isConnected())
+        return noBus(Text::tr("cannot reach the system bus"));
+    if (bus.interface()->isServiceRegistered(ControlNames::Service))
+        return Failure{ExitCode::Refused,
+                       QStringLiteral("refused"),
+                       Text::tr("a device is on this bus already; end it first, or use that one"),
+                       {}};
+    return std::nullopt;
+}
+
+Failure nameTaken(const QString &name)
+{
+    return {ExitCode::Refused,
+            QStringLiteral("refused"),
+            Text::tr("the name %1 cannot be taken on the system bus: a real service has it, or "
+                     "this user may not have it; use a bus without the first, as root")
+                .arg(name),
+            {}};
+}
+
+} // namespace
+
+Outcome Verbs::device(const Request &, Console &console)
+{
+    Shutdown::holdTerminationSignals();
+    const QDBusConnection bus = QDBusConnection::systemBus();
+    if (const Outcome failure = checkBus(bus))
+        return failure;
+
+    Device device;
+    Control control(device);
+    if (const auto name = device.appear())
+        return nameTaken(*name);
+    if (!control.appear())
+        return nameTaken(control.name());
+
+    CallLog log(console);
+    QObject::connect(&device, &Device::happened, &device, [&](const Happening &happening) {
+        log.print(happening);
+        if (!console.isOpen())
+            QCoreApplication::quit();
+    });
+    Shutdown shutdown(QCoreApplication::instance());
+    console.note(Text::tr("the device is on the bus"));
+    QCoreApplication::exec();
+    if (!bus.isConnected())
+        return noBus(Text::tr("the connection to the system bus was lost"));
+    return std::nullopt;
+}
+
+} // namespace Simulator
