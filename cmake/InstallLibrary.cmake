@@ -4,18 +4,21 @@
 # govd_install_library(TARGET lib HEADERS h... NAME Package TARGET_NAME Lib DESCRIPTION text
 #                      [REQUIRES pkg-config-module...])
 #
-# Installs one platform substitute as a library that others can build against: the library with
-# its versioned names, its headers below include/<output name>/, a CMake package and a pkg-config
-# file.
+# Installs one platform substitute as a library that others can build against. The component
+# <output name> is what programs need to run: the library with its versioned names. The component
+# <output name>-development is what they are built with: the plain name of the library, its headers
+# below include/<output name>/, a CMake package and a pkg-config file.
 function(govd_install_library)
   cmake_parse_arguments(ARG "" "TARGET;NAME;TARGET_NAME;DESCRIPTION" "HEADERS;REQUIRES" ${ARGN})
   get_target_property(module ${ARG_TARGET} OUTPUT_NAME)
   set_target_properties(${ARG_TARGET} PROPERTIES EXPORT_NAME ${ARG_TARGET_NAME})
 
-  install(TARGETS ${ARG_TARGET} EXPORT ${ARG_NAME}Targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${module})
+  install(TARGETS ${ARG_TARGET} EXPORT ${ARG_NAME}Targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    COMPONENT ${module} NAMELINK_COMPONENT ${module}-development)
+  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${module}
+    COMPONENT ${module}-development)
   install(EXPORT ${ARG_NAME}Targets NAMESPACE ${ARG_NAME}:: DESTINATION
-    ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME})
+    ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME} COMPONENT ${module}-development)
 
   set(ARG_DEPENDENCIES "")
   if("Qt5Core" IN_LIST ARG_REQUIRES)
@@ -29,11 +32,11 @@ function(govd_install_library)
   install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}Config.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}ConfigVersion.cmake
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME})
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME} COMPONENT ${module}-development)
 
   string(JOIN " " requires ${ARG_REQUIRES})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in
     ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${module}-development)
 endfunction()

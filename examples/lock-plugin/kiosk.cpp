@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include <QFile>
+#include <QFileSystemWatcher>
+
+#include <govd/sourcerestriction.h>
+
+#include <utility>
+
+namespace {
+
+const QString Browser = QStringLiteral("BrowserEnabled");
+const QString Directory = QStringLiteral("/run/kiosk");
+const QString Marker = QStringLiteral("/run/kiosk/active");
+
+} // namespace
+
+/// Locks the browser as long as the file /run/kiosk/active exists.
+class Kiosk : public SourceRestriction
+{
+    Q_OBJECT
+    Q_INTERFACES(SourceRestriction)
+    Q_PLUGIN_METADATA(IID GOVD_SOURCERESTRICTION_IID)
+
+public:
+    Kiosk()
+    {
+        m_watcher.addPath(Directory); // must exist when the daemon starts
+        connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &Kiosk::update);
+    }
+
+    QString name() override { return QStringLiteral("kiosk"); }
+    QStringList supportedPolicies() override { return {Browser}; }
+    bool policyIsLocked(const QString & /*policy*/) override { return m_isActive; }
+
+private:
+    void update()
+    {
+        const bool wasActive = std::exchange(m_isActive, QFile::exists(Marker));
+        if (m_isActive != wasActive)
+            Q_EMIT policyIsLockedChanged(Browser, m_isActive);
+    }
+
+    QFileSystemWatcher m_watcher;
+    bool m_isActive = QFile::exists(Marker);
+};
+
+#include "kiosk.moc"
