@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+// Arbitrary command lines of the client.
+//
+// An input is a command line with an argument on each line.
+#include "govctl/commandline.h"
+#include "govctl/knownpolicies.h"
+#include "govctl/program.h"
+#include "govctl/text.h"
+#include "tests/fuzz/check.h"
+
+#include <QCoreApplication>
+#include <QTextCodec>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Verbs that ask nobody, so that they can run to their end a thousand times a second.
+const QStringList Quick{QStringLiteral("complete"), QStringLiteral("can")};
+
+const QStringList On{QStringLiteral("on"), QStringLiteral("true"), QStringLiteral("yes"),
+                     QStringLiteral("1")};
+const QStringList Off{QStringLiteral("off"), QStringLiteral("false"), QStringLiteral("no"),
+                      QStringLiteral("0")};
+
+bool isDocumented(ExitCode code)
+{
+    return code >= ExitCode::Done && code <= ExitCode::NoOutput;
+}
+
+void checkArgument(const Argument &argument, const QString &text)
+{
+    switch (argument.kind) {
+    case Argument::Kind::Policy:
+        require(KnownPolicies::keys().contains(text), "an unknown policy was taken");
+        break;
+    case Argument::Kind::Value: {
+        const auto value = parseValue(text);
+        const QString word = text.toLower();
+        require(value.has_value() && (*value ? On : Off).contains(word), "a bad value was taken");
+        break;
+    }
+    case Argument::Kind::Switch:
+    case Argument::Kind::Words:
+        break;
+    }
+}
+
+/// A line that was understood names nothing but what there is.
+void checkRequest(const Request &request, const QStringList &line)
+{
+    const QStringList words = request.verb->name.split(QLatin1Char(' '));
+    int place = 0;
+    for (const QString &word : words) {
+        place = line.indexOf(word, place);
+        require(place++ >= 0, "a verb was found that nobody has written");
+    }
+    const bool anyNumber = !request.verb->arguments.isEmpty()
+        && request.verb->arguments.last().kind == Argument::Kind::Words;
+    require(anyNumber || request.arguments.size() == request.verb->arguments.size(),
+            "a wrong number of arguments was taken");
+    for (int i = 0; i < request.verb->arguments.size() && !anyNumber; ++i)
+        checkArgument(request.verb->arguments.at(i), request.arguments.at(i));
+    require(request.timeout.count() >= 1 && request.timeout.count() <= 86'400'000,
+            "a time-out was taken that is none");
+}
+
+void check(const QStringList &line)
+{
+    const Result<Request> request = parseCommandLine(line);
+    asksForJson(line);
+    if (!request) {
+        require(request.failure().code == ExitCode::Usage, "a bad line is more than that");
+        require(!request.failure().message.contains(QLatin1Char('\n')), "a message of two lines");
+        require(runProgram(line) == ExitCode::Usage, "a bad line was carried out");
+        return;
+    }
+    if (request->has(QStringLiteral("help")) || request->has(QStringLiteral("version"))) {
+        require(runProgram(line) == ExitCode::Done, "there is no help");
+        return;
+    }
+    checkRequest(*request, line);
+    require(namedVerb(line) == request->verb->name, "two verbs in one line");
+    if (Quick.contains(request->verb->name))
+        require(isDocumented(runProgram(line)), "an exit code that no page tells");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    static int argc = 1;
+    static char name[] = "govctl";
+    static char *argv[] = {name, nullptr};
+    static QCoreApplication application(argc, argv);
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    qInstallMessageHandler(ignoreMessage);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
+{
+    const QByteArray input(reinterpret_cast<const char *>(data), int(size));
+    check(input.isEmpty() ? QStringList() : QString::fromUtf8(input).split(QLatin1Char('\n')));
+    return 0;
+}

@@ -1,0 +1,205 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+// When a damaged policy file loses values:
+//
+// 1. What GLib refuses as a key file counts for nothing. No policy has a value, all are enforced
+//    as off, no change is accepted, and the file stays as it is until somebody mends it.
+// 2. In a file that GLib takes, each policy depends on its own line, with the ends of the lines
+//    before and after it, and on the line of its group. Damage there loses the value, and the
+//    policy gets its default, as if it had never been decided; it is never read the wrong way
+//    round. Damage anywhere else leaves it alone.
+// 3. What is cut off a file is lost in this way, and so is everything in an empty file. Of keys
+//    that stand there twice the last one counts, and groups of one name count as one.
+//
+// The daemon itself replaces its files as a whole, so that such damage comes from elsewhere.
+#include "daemon/policymanager.h"
+#include "support/client.h"
+#include "support/daemon.h"
+#include "support/files.h"
+#include "support/platformkeys.h"
+
+#include <QLoggingCategory>
+#include <QtTest>
+
+using namespace Support;
+
+namespace {
+
+const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
+const QString Camera = QStringLiteral("CameraEnabled");
+const QString Vpn = QStringLiteral("VpnEnabled");
+
+using Readings = QMap<QString, QVariant>;
+
+bool isHold()
+{
+    return qEnvironmentVariableIsSet("GOVD_HOLD");
+}
+
+bool defaultOf(const QString &key)
+{
+    return key != QLatin1String("UserReportExportEnabled");
+}
+
+/// A file as the daemon writes it: every policy, every other one forbidden.
+QByteArray validFile()
+{
+    QByteArray content = "[policy]\n";
+    const QStringList keys = platformKeys();
+    for (int i = 0; i < keys.size(); ++i)
+        content += keys.at(i).toLatin1() + (i % 2 ? "=false\n" : "=true\n");
+    return content;
+}
+
+/// The policies as the daemon reads them from @p content, this process being the daemon.
+Readings readings(const QByteArray &content)
+{
+    Files::write(PolicyFile, content);
+    // What this process would log as the daemon is not the test's to tell.
+    QLoggingCategory *log = QLoggingCategory::defaultCategory();
+    log->setEnabled(QtInfoMsg, false);
+    log->setEnabled(QtWarningMsg, false);
+    Readings result;
+    PolicyManager manager(nullptr);
+    const QStringList keys = platformKeys();
+    for (const QString &key : keys)
+        result.insert(key, manager.policyValue(key));
+    log->setEnabled(QtInfoMsg, true);
+    log->setEnabled(QtWarningMsg, true);
+    return result;
+}
+
+bool hasNothing(const Readings &readings)
+{
+    return std::none_of(readings.begin(), readings.end(),
+                        [](const QVariant &each) { return each.isValid(); });
+}
+
+/// Whether a change of the bytes from @p begin to before @p end of validFile() may concern @p key.
+bool isConcerned(const QByteArray &content, const QString &key, int begin, int end)
+{
+    const int line = content.indexOf('\n' + key.toLatin1() + '=');
+    const int lineEnd = content.indexOf('\n', line + 1);
+    const int groupEnd = content.indexOf('\n');
+    return begin <= groupEnd || (begin <= lineEnd && end > line);
+}
+
+/// Checks what is read from @p damaged, which differs from validFile() between @p begin and @p end.
+void check(const QByteArray &damaged, int begin, int end)
+{
+    const QByteArray content = validFile();
+    const Readings found = readings(damaged);
+    if (hasNothing(found)) {
+        QCOMPARE(Files::read(PolicyFile), damaged); // for whoever mends it
+        return;
+    }
+    const QStringList keys = platformKeys();
+    for (int i = 0; i < keys.size(); ++i) {
+        const QString &key = keys.at(i);
+        const QVariant value(i % 2 == 0);
+        const bool mayBeLost = isConcerned(content, key, begin, end);
+        const bool isLost = found.value(key) == QVariant(defaultOf(key));
+        QVERIFY2(found.value(key) == value || (mayBeLost && isLost),
+                 "at byte " + QByteArray::number(begin) + ": " + key.toLatin1());
+    }
+}
+
+} // namespace
+
+class TestDamagedFiles : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { Files::reset(); }
+    void changedByteConcernsItsOwnLineOnly();
+    void cutConcernsWhatIsCutOffOnly();
+    void daemonReadsOddFiles_data();
+    void daemonReadsOddFiles();
+};
+
+void TestDamagedFiles::changedByteConcernsItsOwnLineOnly()
+{
+    const QByteArray content = validFile();
+    const QByteArray telling("\0\n[]=#;\\\x80\xff \r", 12);
+    const int step = isHold() ? 1 : 13; // prime to the number of bytes below
+    int count = 0;
+    for (int i = 0; i < content.size() * (telling.size() + 8); i += step) {
+        const int place = i / (telling.size() + 8);
+        const int kind = i % (telling.size() + 8);
+        QByteArray damaged = content;
+        damaged[place] = kind < telling.size()
+            ? telling.at(kind)
+            : static_cast<char>(content.at(place) ^ (1 << (kind - telling.size())));
+        check(damaged, place, place + 1);
+        if (QTest::currentTestFailed())
+            return;
+        ++count;
+    }
+    qInfo("%d changed files", count);
+}
+
+void TestDamagedFiles::cutConcernsWhatIsCutOffOnly()
+{
+    const QByteArray content = validFile();
+    const int step = isHold() ? 1 : 7;
+    for (int size = 0; size < content.size(); size += step) {
+        check(content.left(size), size, content.size());
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void TestDamagedFiles::daemonReadsOddFiles_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QVariant>("camera");
+    const QByteArray forbidden = "[policy]\nCameraEnabled=false\n";
+    const QVariant off(false);
+    const QVariant on(true);
+    const QVariant none;
+    QTest::newRow("empty") << QByteArray() << on;
+    QTest::newRow("key twice, allowed last") << forbidden + "CameraEnabled=true\n" << on;
+    QTest::newRow("key twice, forbidden last")
+        << QByteArray("[policy]\nCameraEnabled=true\nCameraEnabled=false\n") << off;
+    QTest::newRow("group twice") << forbidden + "[x]\na=1\n[policy]\nVpnEnabled=true\n" << off;
+    QTest::newRow("byte-order mark") << "\xef\xbb\xbf" + forbidden << none;
+    QTest::newRow("DOS lines") << QByteArray("[policy]\r\nCameraEnabled=false\r\n") << off;
+    QTest::newRow("Mac lines") << QByteArray("[policy]\rCameraEnabled=false\r") << none;
+    QTest::newRow("a megabyte of blanks") << forbidden + QByteArray(1 << 20, ' ') << off;
+    QTest::newRow("a megabyte of newlines") << QByteArray(1 << 20, '\n') + forbidden << off;
+    QTest::newRow("a megabyte of zeros") << QByteArray(1 << 20, '\0') << on;
+    QTest::newRow("zeros behind") << forbidden + QByteArray(4096, '\0') << off;
+    QTest::newRow("a megabyte of brackets") << forbidden + QByteArray(1 << 20, '[') << none;
+    QTest::newRow("a megabyte of equal signs") << forbidden + QByteArray(1 << 20, '=') << none;
+    QTest::newRow("a megabyte of a letter") << forbidden + QByteArray(1 << 20, 'a') << none;
+    QTest::newRow("a megabyte of a comment") << forbidden + '#' + QByteArray(1 << 20, 'a') << off;
+    QByteArray many = forbidden;
+    for (int i = 0; i < (isHold() ? 100'000 : 10'000); ++i)
+        many += "Key" + QByteArray::number(i) + "=true\n";
+    QTest::newRow("thousands of keys") << many << off;
+}
+
+void TestDamagedFiles::daemonReadsOddFiles()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QVariant, camera);
+    Files::write(PolicyFile, content);
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    Client client;
+    if (!camera.isValid()) {
+        QVERIFY(client.haveNoValue(platformKeys()));
+        QVERIFY(!client.setPolicy(Vpn, false));
+        QCOMPARE(Files::read(PolicyFile), content);
+    } else {
+        QCOMPARE(client.policy(Camera), camera);
+        QVERIFY(client.setPolicy(Vpn, false));
+        QCOMPARE(Files::values(PolicyFile).value(Vpn), QStringLiteral("false"));
+    }
+    QCOMPARE(daemon.stop(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestDamagedFiles)
+#include "tst_damagedfiles.moc"
