@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_BENCHMARK_LOAD_LATENCIES_H
+#define GOVD_BENCHMARK_LOAD_LATENCIES_H
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+using Clock = std::chrono::steady_clock;
+
+/// How long calls took, and how long all of them together.
+class Latencies
+{
+public:
+    /// Makes room for @p count calls, so that adding one costs no allocation.
+    explicit Latencies(std::size_t count) { m_microseconds.reserve(count); }
+
+    void add(Clock::duration duration);
+    void setTotal(Clock::duration duration) { m_total = duration; }
+
+    /// One line of JSON: calls, median, p90 and p99 in microseconds, calls for each second.
+    std::string json() const;
+
+private:
+    std::vector<double> m_microseconds;
+    Clock::duration m_total{};
+};
+
+#endif

@@ -1,0 +1,107 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "benchmark/load/load.h"
+
+#include <getopt.h>
+#include <iostream>
+
+namespace {
+
+struct Arguments
+{
+    std::string service = "org.kvt.PolicyManager";
+    std::string key = "LocationEnabled";
+    unsigned calls = 1000;
+    unsigned warmUp = 100;
+    unsigned outstanding = 1;
+    unsigned subscribers = 0;
+    std::string operation;
+};
+
+void printUsage()
+{
+    std::cout << "Usage: govd-load [OPTION...] OPERATION\n"
+                 "\n"
+                 "Calls a policy service or the bus again and again and prints how long it took.\n"
+                 "Operations: "
+              << Operation::names()
+              << "\n\n"
+                 "  --service NAME     bus name of the service\n"
+                 "  --key KEY          policy that is read or written\n"
+                 "  --calls N          how many calls are measured\n"
+                 "  --warm-up N        how many are made before\n"
+                 "  --outstanding N    how many may be without a reply at one time\n"
+                 "  --subscribers N    make no calls, but receive changes on N connections\n";
+}
+
+Arguments parse(int argc, char **argv)
+{
+    static const option options[] = {
+        {"service", required_argument, nullptr, 's'},
+        {"key", required_argument, nullptr, 'k'},
+        {"calls", required_argument, nullptr, 'c'},
+        {"warm-up", required_argument, nullptr, 'w'},
+        {"outstanding", required_argument, nullptr, 'o'},
+        {"subscribers", required_argument, nullptr, 'n'},
+        {"help", no_argument, nullptr, 'h'},
+        {nullptr, 0, nullptr, 0},
+    };
+    Arguments result;
+    const auto number = [] {
+        return static_cast<unsigned>(std::stoul(optarg));
+    };
+    for (int found; (found = getopt_long(argc, argv, "", options, nullptr)) != -1;) {
+        switch (found) {
+        case 's':
+            result.service = optarg;
+            break;
+        case 'k':
+            result.key = optarg;
+            break;
+        case 'c':
+            result.calls = number();
+            break;
+        case 'w':
+            result.warmUp = number();
+            break;
+        case 'o':
+            result.outstanding = number();
+            break;
+        case 'n':
+            result.subscribers = number();
+            break;
+        default:
+            printUsage();
+            std::exit(found == 'h' ? 0 : 2);
+        }
+    }
+    if (optind < argc)
+        result.operation = argv[optind];
+    return result;
+}
+
+void run(const Arguments &arguments)
+{
+    if (arguments.subscribers > 0)
+        subscribe(arguments.subscribers);
+    const Operation operation(arguments.operation, arguments.service, arguments.key);
+    const Bus::Connection bus = Bus::connect();
+    callInTurn(bus.get(), operation, arguments.warmUp);
+    const Latencies latencies = arguments.outstanding > 1
+        ? callAhead(bus.get(), operation, arguments.calls, arguments.outstanding)
+        : callInTurn(bus.get(), operation, arguments.calls);
+    std::cout << latencies.json() << std::endl;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        run(parse(argc, argv));
+    } catch (const std::exception &error) {
+        std::cerr << "govd-load: " << error.what() << std::endl;
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,105 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Measures the installed daemon beside the reference servers; runs in the sandbox.
+
+scripts/bench calls it and says more.
+"""
+
+import argparse
+import dataclasses
+import json
+import pathlib
+import sys
+
+import growth
+import latency
+import memory
+import servers
+import startup
+from instructions import Profiler
+from processes import Failure
+from servers import BARE, DAEMON, MANDATED
+from table import Table
+
+
+@dataclasses.dataclass(frozen=True)
+class Scale:
+    """How much is measured."""
+
+    rounds: int
+    calls: int
+    starts: int
+    memory: tuple
+    profile: int
+    steps: int
+
+    def growth(self, *sizes):
+        """Those of the sizes that are taken."""
+        return sizes[:self.steps]
+
+
+SCALES = {"quick": Scale(1, 20, 1, (100,), 5, 1),
+          "normal": Scale(7, 500, 7, (10_000,), 100, 3),
+          "full": Scale(15, 1000, 21, (10_000, 1_000_000), 200, 3)}
+
+PROFILED = (("read", "read", {}),
+            ("write, no handler", "write", {}),
+            ("write of the same value", "unchanged", {}),
+            ("write of the camera policy", "write", {"key": "CameraEnabled"}),
+            ("write, caller mdm", "write", {"user": "mdm"}),
+            ("write, refused", "refused", {"user": "guest"}))
+
+
+def _instructions(programs, keys, scale):
+    result = Table("Instructions in user space for each call", BARE, MANDATED, DAEMON,
+                   "allocations of govd")
+    counts = {}
+    for kind in (BARE, MANDATED, DAEMON):
+        servers.reset()
+        with Profiler(programs, kind, keys).running() as profile:
+            for name, operation, options in PROFILED:
+                if kind != BARE or operation == "read":
+                    counts[name, kind] = profile.call(operation, scale.profile, **options)
+    for name, _, _ in PROFILED:
+        bare = counts.get((name, BARE))
+        mine = counts[name, DAEMON]
+        result.add(name, bare and bare.instructions, counts[name, MANDATED].instructions,
+                   mine.instructions, mine.allocations)
+    return result
+
+
+def _sections(arguments, keys):
+    programs, scale = arguments.programs, SCALES[arguments.scale]
+    yield _instructions(programs, keys, scale)
+    yield latency.in_memory(programs, keys, scale)
+    if arguments.disk:
+        yield latency.on_disk(programs, keys, scale, arguments.disk)
+    yield startup.table(programs, keys, scale, arguments.disk)
+    yield memory.table(programs, keys, scale)
+    yield growth.table(programs, keys, scale)
+
+
+def _parse():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--programs", type=pathlib.Path, required=True)
+    parser.add_argument("--scale", choices=SCALES, default="normal")
+    parser.add_argument("--disk", type=pathlib.Path)
+    parser.add_argument("--json", action="store_true")
+    return parser.parse_args()
+
+
+def _main():
+    arguments = _parse()
+    tables = []
+    for table in _sections(arguments, servers.platform_keys(arguments.programs)):
+        tables.append(table.as_data())
+        if not arguments.json:
+            print(table.as_text(), flush=True)
+    if arguments.json:
+        print(json.dumps(tables, indent=2))
+
+
+try:
+    _main()
+except Failure as failure:
+    sys.exit(f"bench: {failure}")

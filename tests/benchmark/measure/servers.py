@@ -1,0 +1,78 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The daemon and the servers that it is compared with, all with the same bus interface."""
+
+import contextlib
+import pathlib
+import shutil
+import tempfile
+
+from processes import Process, run, wait_for_name
+
+DAEMON = "govd"
+BARE = "bare"
+MANDATED = "mandated"
+
+SERVICES = {DAEMON: "org.kvt.PolicyManager",
+            BARE: "org.kvt.Benchmark.Bare",
+            MANDATED: "org.kvt.Benchmark.Mandated"}
+
+CONFIGURATION = pathlib.Path("/etc/policy")
+POLICY_FILE = CONFIGURATION / "policy.conf"
+REFERENCE_FILE = CONFIGURATION / "reference.conf"
+
+
+def platform_keys(programs):
+    """The keys of all policies, as the daemon itself writes them at its first start."""
+    reset()
+    with daemon(programs):
+        lines = POLICY_FILE.read_text(encoding="utf-8").splitlines()
+    return [line.partition("=")[0] for line in lines if "=" in line]
+
+
+def command(programs, kind, keys=()):
+    """The command line of a server."""
+    return {DAEMON: ["/usr/sbin/govd"],
+            BARE: [programs / "govd-reference-bare", SERVICES[BARE]],
+            MANDATED: [programs / "govd-reference-mandated", SERVICES[MANDATED], REFERENCE_FILE,
+                       *keys]}[kind]
+
+
+def reset():
+    """Takes everything away that servers have stored."""
+    for path in CONFIGURATION.iterdir():
+        shutil.rmtree(path) if path.is_dir() else path.unlink()
+
+
+def fill(extra):
+    """Gives both configuration files so many more keys, which no policy has."""
+    lines = "".join(f"Unknown{number:05}Enabled=true\n" for number in range(extra))
+    for path in (POLICY_FILE, REFERENCE_FILE):
+        path.write_text("[policy]\n" + lines, encoding="utf-8")
+
+
+@contextlib.contextmanager
+def server(programs, kind, keys=(), environment=None):
+    """A server that is on the bus."""
+    with Process(command(programs, kind, keys), environment) as process:
+        wait_for_name(SERVICES[kind])
+        yield process
+
+
+def daemon(programs):
+    """The daemon alone."""
+    return server(programs, DAEMON)
+
+
+@contextlib.contextmanager
+def storage(directory):
+    """Puts the configuration on another file system: in memory, or in a directory of a disk."""
+    with tempfile.TemporaryDirectory(dir=directory) as place:
+        if directory is None:
+            run("mount", "-t", "tmpfs", "-o", "mode=755", "benchmark", CONFIGURATION)
+        else:
+            run("mount", "--bind", place, CONFIGURATION)
+        try:
+            yield
+        finally:
+            run("umount", CONFIGURATION)

@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_BENCHMARK_REFERENCE_MANDATED_CALLER_H
+#define GOVD_BENCHMARK_REFERENCE_MANDATED_CALLER_H
+
+#include "benchmark/bus/bus.h"
+
+/// Whether the sender of @p call may change anything, by the daemon's rules. One that may not has
+/// its reply when this returns.
+bool isCallAllowed(sd_bus_message *call);
+
+#endif
