@@ -18,7 +18,17 @@ namespace {
 constexpr char Directory[] = "/etc/govd";
 constexpr char Path[] = "/etc/govd/filelock.conf";
 
-/// Reads which policies are locked. A missing file locks none; nothing when it is malformed.
+QStringList allPolicies()
+{
+    const auto types = QMetaEnum::fromType<Pellora::PolicyValue::PolicyType>();
+    QStringList keys;
+    for (int i = 0; i < types.keyCount(); ++i)
+        keys.append(QString::fromLatin1(types.key(i)));
+    return keys;
+}
+
+/// Reads which policies are locked. A missing file locks none; nothing when it is malformed. A
+/// policy that does not exist is a fault, too: what was meant by it would stay open unnoticed.
 std::optional<QSet<QString>> readLocks()
 {
     const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(),
@@ -31,8 +41,11 @@ std::optional<QSet<QString>> readLocks()
             locks.insert(QString::fromUtf8(*key));
         g_strfreev(keys);
     }
-    const bool isSound = !error || g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
+    const bool isRead = !error || g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
     g_clear_error(&error);
+    const QStringList policies = allPolicies();
+    const bool isSound =
+        isRead && (locks - QSet<QString>(policies.begin(), policies.end())).isEmpty();
     return isSound ? std::optional(locks) : std::nullopt;
 }
 
@@ -55,7 +68,9 @@ public:
 
     QString name() override { return QStringLiteral("filelock"); }
     bool policyIsLocked(const QString &policy) override { return m_locks.contains(policy); }
-    QStringList supportedPolicies() override;
+    /// All policies there are: which of them the file will list is not known yet, and the daemon
+    /// asks only once.
+    QStringList supportedPolicies() override { return allPolicies(); }
 
 private:
     void follow();
@@ -72,17 +87,6 @@ FileLock::FileLock()
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileLock::update);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileLock::update);
     update();
-}
-
-/// All policies there are: which of them the file will list is not known yet, and the daemon asks
-/// only once.
-QStringList FileLock::supportedPolicies()
-{
-    const auto types = QMetaEnum::fromType<Pellora::PolicyValue::PolicyType>();
-    QStringList keys;
-    for (int i = 0; i < types.keyCount(); ++i)
-        keys.append(QString::fromLatin1(types.key(i)));
-    return keys;
 }
 
 void FileLock::follow()

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void followsAnEdit_data();
     void followsAnEdit();
     void malformedFileKeepsTheLocksAndIsToldOnce();
+    void unknownPolicyIsNoLock();
 };
 
 void TestFileLock::init()
@@ -116,11 +117,23 @@ void TestFileLock::malformedFileKeepsTheLocksAndIsToldOnce()
     Files::replace(Path, "policies=\n");
     QVERIFY(daemon.waitForLog(warning));
     Files::replace(Path, "still no key file\n");
+    Files::replace(Path, "[lock]\npolicies=NfcEnabled;NfcEnabledd\n");
     QCOMPARE(Client().policy(Camera), QVariant(false));
 
     Files::replace(Path, "[lock]\npolicies=\n");
     QTRY_VERIFY(isAnnounced(monitor, Camera, true));
     QCOMPARE(daemon.log().count(warning), 1);
+}
+
+void TestFileLock::unknownPolicyIsNoLock()
+{
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    Files::replace(Path, "[lock]\npolicies=CameraEnabled;BrowserEnabledd\n");
+    QVERIFY(daemon.waitForLog(
+        QStringLiteral("warning|default|filelock: malformed, locks stay as they are: %1")
+            .arg(Path)));
+    QCOMPARE(Client().policy(Camera), QVariant(true));
 }
 
 QTEST_GUILESS_MAIN(TestFileLock)
