@@ -81,7 +81,8 @@ Result<const Verb *> takeVerb(Split &split)
         if (const Verb *verb = findVerb(name))
             return verb;
         if (verbContinuations(split.words).isEmpty())
-            return unknownName(QStringLiteral("usage"), Text::tr("verb"), name, verbNames());
+            return unknownName(QStringLiteral("usage"), Text::tr("verb"), name, verbNames(),
+                               Text::tr("see govctl --help"));
     }
 }
 
@@ -137,7 +138,8 @@ std::optional<Failure> checkArgument(Argument::Kind kind, const QString &text)
     case Argument::Kind::Policy:
         if (KnownPolicies::type(text) == 0)
             return unknownName(QStringLiteral("unknown-policy"), Text::tr("policy"), text,
-                               KnownPolicies::keys());
+                               KnownPolicies::keys(),
+                               Text::tr("\"govctl list --keys\" names them"));
         return std::nullopt;
     case Argument::Kind::Value:
         if (!parseValue(text))
@@ -212,8 +214,11 @@ bool asksForJson(const QStringList &arguments)
 }
 
 Failure unknownName(const QString &failure, const QString &kind, const QString &name,
-                    const QStringList &known)
+                    const QStringList &known, const QString &hint)
 {
-    return {ExitCode::Usage, failure, Text::tr("unknown %1 %2").arg(kind, quoted(name)),
-            nearest(name, known)};
+    const QStringList near = nearest(name, known);
+    QString message = Text::tr("unknown %1 %2").arg(kind, quoted(name));
+    if (near.isEmpty())
+        message = Text::tr("%1; %2").arg(message, hint);
+    return {ExitCode::Usage, failure, message, near};
 }

@@ -3,19 +3,15 @@
 #include "govctl/daemon.h"
 
 #include "common/names.h"
+#include "common/systembus.h"
 #include "govctl/daemonfailure.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QEventLoop>
-#include <QThread>
 #include <QTimer>
-
-#include <cstdlib>
-#include <memory>
 
 const QString Daemon::PolicyInterface = QStringLiteral("org.kvt.PolicyManager.Policy");
 const QString Daemon::SwitchInterface = QStringLiteral("org.kvt.PolicyManager.Switch");
@@ -139,22 +135,10 @@ Result<bool> Daemon::setSwitch(const QString &key, bool value)
     return write(SwitchInterface, key, value);
 }
 
-/// Connecting blocks, so it is left to a thread that can be given up.
 std::optional<Failure> Daemon::connectToBus()
 {
-    QThread *const home = QThread::currentThread();
-    std::unique_ptr<QThread> thread(QThread::create([home] {
-        // The library's own object would stay behind in this thread and get no more events.
-        if (auto *interface = QDBusConnection::systemBus().interface();
-            interface && interface->thread() == QThread::currentThread())
-            interface->moveToThread(home);
-    }));
-    thread->start();
-    if (!thread->wait(m_deadline)) {
-        // No orderly end is possible any more: everything of the bus library waits for the thread.
-        thread.release();
+    if (!SystemBus::connect(m_deadline))
         return noAnswer();
-    }
     m_bus = QDBusConnection::systemBus();
     if (m_bus.isConnected())
         return std::nullopt;

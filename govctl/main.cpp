@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/systembus.h"
 #include "govctl/program.h"
 
 #include <QCoreApplication>
@@ -49,8 +50,9 @@ int main(int argc, char **argv)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
     const ExitCode code = runProgram(argumentsOf(argc, argv));
-    // Who did not answer in time could keep the bus library waiting in an orderly end as well.
-    if (code == ExitCode::NoAnswer)
+    // Who did not answer in time could keep the bus library waiting in an orderly end as well, even
+    // that of a verb that can do without the answer.
+    if (code == ExitCode::NoAnswer || SystemBus::isGivenUp())
         std::_Exit(static_cast<int>(code));
     return static_cast<int>(code);
 }

@@ -30,7 +30,8 @@ std::optional<Failure> checkSwitch(const QString &key, const QStringList &known)
     if (known.contains(key))
         return std::nullopt;
     if (!known.isEmpty())
-        return unknownName(QStringLiteral("unknown-switch"), Text::tr("switch"), key, known);
+        return unknownName(QStringLiteral("unknown-switch"), Text::tr("switch"), key, known,
+                           Text::tr("\"govctl switch list --keys\" names them"));
     return Failure{ExitCode::Usage,
                    QStringLiteral("unknown-switch"),
                    Text::tr("unknown switch %1: the daemon has no access switches, as long as no "

@@ -45,7 +45,9 @@ std::optional<int> unlikeness(const QString &name, const QString &known)
     // People misspell beginnings, too: compare with as much of the name as was typed.
     const int distance = std::min(editDistance(a, b), editDistance(a, b.left(a.size())));
     const int bearable = std::max(1, a.size() / 3);
-    return distance <= bearable ? std::optional<int>(distance + 1) : std::nullopt;
+    // Whoever has to replace every letter meant another name.
+    return distance <= bearable && distance < a.size() ? std::optional<int>(distance + 1)
+                                                       : std::nullopt;
 }
 
 } // namespace

@@ -10,6 +10,8 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
+#include <utility>
+
 namespace {
 
 const QString PolicyChanged = QStringLiteral("PolicyChanged");
@@ -32,34 +34,28 @@ QString Event::kindName() const
 
 Watcher::~Watcher()
 {
-    if (m_owner.isEmpty())
+    if (!m_isSubscribed)
         return;
-    unfollow();
+    unsubscribe();
     Daemon::settle(QDBusConnection::systemBus());
 }
 
 std::optional<Failure> Watcher::start(std::chrono::milliseconds timeout)
 {
     Daemon daemon(timeout);
-    const Result<Daemon::Owner> owner = daemon.open();
-    if (!owner)
+    if (const Result<Daemon::Owner> owner = daemon.open(); !owner)
         return owner.failure();
-
-    QDBusConnection bus = QDBusConnection::systemBus();
-    auto *names = new QDBusServiceWatcher(Names::Service, bus,
-                                          QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(names, &QDBusServiceWatcher::serviceOwnerChanged, this, &Watcher::onOwnerChanged);
-    bus.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
-                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                SIGNAL(disconnected()));
-    follow(owner->connection);
+    subscribe();
 
     // The bus answers after it has taken in all of the above. An owner that left in between was
     // not announced to us.
-    const Result<Daemon::Owner> still = daemon.open();
-    if (!still)
-        return still.failure();
-    follow(still->connection);
+    const Result<Daemon::Owner> owner = daemon.open();
+    if (!owner)
+        return owner.failure();
+    trust(owner->connection);
+    // A daemon that is stuck would announce nothing, and nobody would know why.
+    if (const Result<Daemon::Reading> answer = daemon.read({}); !answer)
+        return answer.failure();
     return std::nullopt;
 }
 
@@ -75,38 +71,50 @@ void Watcher::onSwitchChanged(const QDBusMessage &message)
 
 void Watcher::onOwnerChanged(const QString &name, const QString &, const QString &now)
 {
-    if (!m_owner.isEmpty())
+    if (m_isTrusted)
         Q_EMIT happened({Event::Kind::Service, name, false, QDateTime::currentDateTime()});
-    unfollow();
-    m_candidate = now;
+    m_owner = now;
+    m_isTrusted = false;
+    m_held.clear();
     if (!now.isEmpty())
         checkNewOwner(now);
 }
 
-void Watcher::follow(const QString &connection)
+/// Subscribes to whoever has the name, so that the bus passes on the first signal of a new owner.
+void Watcher::subscribe()
 {
-    if (connection == m_owner)
-        return;
-    unfollow();
+    m_isSubscribed = true;
     QDBusConnection bus = QDBusConnection::systemBus();
-    m_owner = connection;
-    m_candidate = connection;
-    bus.connect(connection, Names::ObjectPath, Daemon::PolicyInterface, PolicyChanged, this,
+    auto *names = new QDBusServiceWatcher(Names::Service, bus,
+                                          QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(names, &QDBusServiceWatcher::serviceOwnerChanged, this, &Watcher::onOwnerChanged);
+    bus.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                SIGNAL(disconnected()));
+    bus.connect(Names::Service, Names::ObjectPath, Daemon::PolicyInterface, PolicyChanged, this,
                 SLOT(onPolicyChanged(QDBusMessage)));
-    bus.connect(connection, Names::ObjectPath, Daemon::SwitchInterface, SwitchChanged, this,
+    bus.connect(Names::Service, Names::ObjectPath, Daemon::SwitchInterface, SwitchChanged, this,
                 SLOT(onSwitchChanged(QDBusMessage)));
 }
 
-void Watcher::unfollow()
+void Watcher::unsubscribe()
 {
-    if (m_owner.isEmpty())
-        return;
     QDBusConnection bus = QDBusConnection::systemBus();
-    bus.disconnect(m_owner, Names::ObjectPath, Daemon::PolicyInterface, PolicyChanged, this,
+    bus.disconnect(Names::Service, Names::ObjectPath, Daemon::PolicyInterface, PolicyChanged, this,
                    SLOT(onPolicyChanged(QDBusMessage)));
-    bus.disconnect(m_owner, Names::ObjectPath, Daemon::SwitchInterface, SwitchChanged, this,
+    bus.disconnect(Names::Service, Names::ObjectPath, Daemon::SwitchInterface, SwitchChanged, this,
                    SLOT(onSwitchChanged(QDBusMessage)));
-    m_owner.clear();
+}
+
+/// Begins to heed @p connection, which belongs to root.
+void Watcher::trust(const QString &connection)
+{
+    if (connection != m_owner)
+        m_held.clear();
+    m_owner = connection;
+    m_isTrusted = true;
+    for (const Event &event : std::exchange(m_held, {}))
+        Q_EMIT happened(event);
 }
 
 void Watcher::checkNewOwner(const QString &connection)
@@ -121,14 +129,16 @@ void Watcher::checkNewOwner(const QString &connection)
         answer->deleteLater();
         const QDBusPendingReply<uint> user = *answer;
         // An error means that it has gone again.
-        if (user.isError() || connection != m_candidate)
+        if (user.isError() || connection != m_owner)
             return;
         if (user.value() != 0) {
+            m_owner.clear();
+            m_held.clear();
             Q_EMIT distrusted(user.value());
             return;
         }
-        follow(connection);
         Q_EMIT happened({Event::Kind::Service, Names::Service, true, QDateTime::currentDateTime()});
+        trust(connection);
     });
 }
 
@@ -138,7 +148,11 @@ void Watcher::announce(Event::Kind kind, const QDBusMessage &message)
     // A signal that somebody sent to this process alone needs no subscription to arrive.
     if (message.service() != m_owner || message.signature() != QLatin1String("sv"))
         return;
-    Q_EMIT happened({kind, arguments[0].toString(),
-                     arguments[1].value<QDBusVariant>().variant().toBool(),
-                     QDateTime::currentDateTime()});
+    const Event event{kind, arguments[0].toString(),
+                      arguments[1].value<QDBusVariant>().variant().toBool(),
+                      QDateTime::currentDateTime()};
+    if (m_isTrusted)
+        Q_EMIT happened(event);
+    else
+        m_held.append(event);
 }

@@ -8,6 +8,7 @@
 #include <QDBusMessage>
 #include <QDateTime>
 #include <QObject>
+#include <QVector>
 
 /// One thing that happened.
 struct Event
@@ -25,6 +26,7 @@ struct Event
 /// Follows what the daemon announces, across restarts of the daemon.
 ///
 /// Heeds only signals of the connection that owns the daemon's name, and only while that is root's.
+/// What a new owner announces before it is known to be root waits until it is.
 class Watcher : public QObject
 {
     Q_OBJECT
@@ -32,8 +34,8 @@ class Watcher : public QObject
 public:
     ~Watcher() override;
 
-    /// Finds the daemon and begins to follow it. Nothing is missed that happens after this has
-    /// returned.
+    /// Finds the daemon, begins to follow it, and makes sure that it answers. Nothing is missed
+    /// that happens after this has returned.
     std::optional<Failure> start(std::chrono::milliseconds timeout);
 
 Q_SIGNALS:
@@ -51,13 +53,16 @@ private Q_SLOTS:
     void onOwnerChanged(const QString &name, const QString &before, const QString &now);
 
 private:
-    void follow(const QString &connection);
-    void unfollow();
+    void subscribe();
+    void unsubscribe();
+    void trust(const QString &connection);
     void checkNewOwner(const QString &connection);
     void announce(Event::Kind kind, const QDBusMessage &message);
 
-    QString m_owner; // trusted and followed; empty when there is none
-    QString m_candidate; // owner of the name, trusted or not
+    bool m_isSubscribed = false;
+    QString m_owner; // of the name; empty when there is none, or one that is not root
+    bool m_isTrusted = false; // the owner is known to be root
+    QVector<Event> m_held; // what the owner announced before that was known
 };
 
 #endif

@@ -5,6 +5,9 @@
 
 function __govctl_candidates
     set -l words (commandline --tokenize --cut-at-cursor --current-process)
-    govctl complete --timeout 0.5 -- $words[2..] (commandline --cut-at-cursor --current-token) 2>/dev/null
+    # What may not be whole yet, as a word with an open quote, fish compares better itself. But a
+    # dash asks for options.
+    set -l unfinished (string match -- '-*' (commandline --cut-at-cursor --current-token); or echo)
+    govctl complete --timeout 0.5 -- $words[2..] $unfinished 2>/dev/null
 end
 complete --command govctl --no-files --arguments '(__govctl_candidates)'

@@ -39,8 +39,12 @@ QString toText(const Change &change, const Output &output)
             .arg(after.key, output.paint(change.before.value), output.paint(after.value));
     }
     if (!after.forcingSwitch().isNull()) {
-        return Text::tr("%1 still reads off, because switch %2 is off; stored is now %3\n")
-            .arg(after.key, quoted(after.forcingSwitch()), onOff(change.requested));
+        // Where this user may not read what is stored, it may have changed as well as not.
+        const QString form = after.stored && !change.isChange()
+            ? Text::tr("%1 still reads off, because switch %2 is off; stored is %3 already; "
+                       "nothing changed\n")
+            : Text::tr("%1 still reads off, because switch %2 is off; stored is now %3\n");
+        return form.arg(after.key, quoted(after.forcingSwitch()), onOff(change.requested));
     }
     if (after.value == change.requested)
         return Text::tr("%1 is %2 already; nothing changed\n")

@@ -28,8 +28,10 @@ QString row(const QString &name, const QString &text)
 
 QString ownerText(const Inspection &inspection)
 {
-    if (!inspection.owner)
-        return row(Text::tr("service"), Text::tr("not there"));
+    if (!inspection.owner) {
+        const bool isAbsent = inspection.failure->name == QLatin1String("no-service");
+        return row(Text::tr("service"), isAbsent ? Text::tr("not there") : Text::tr("not known"));
+    }
     const QString user =
         inspection.owner->user == 0 ? Text::tr("root") : QString::number(inspection.owner->user);
     return row(Text::tr("service"),
@@ -37,14 +39,28 @@ QString ownerText(const Inspection &inspection)
         + row(Text::tr("owner"), Text::tr("user %1").arg(user));
 }
 
+/// Why nothing is compared with @p file.
+QString notComparedText(const StoredValues &file)
+{
+    const QString form = Text::tr("not compared with %1, which %2");
+    switch (file.state) {
+    case StoredValues::State::Read:
+        break;
+    case StoredValues::State::Missing:
+        return form.arg(file.path, Text::tr("is missing"));
+    case StoredValues::State::Unreadable:
+        return form.arg(file.path, Text::tr("this user may not read"));
+    case StoredValues::State::Malformed:
+        return form.arg(file.path, Text::tr("is malformed: nothing can be saved"));
+    }
+    Q_UNREACHABLE();
+}
+
 QString differencesText(const Snapshot &snapshot, const QVector<PolicyState> &different,
                         const Output &output)
 {
-    if (snapshot.file.state != StoredValues::State::Read) {
-        return row(Text::tr("policies"),
-                   Text::tr("not compared with %1, which is %2 for this user")
-                       .arg(snapshot.file.path, snapshot.file.stateName()));
-    }
+    if (snapshot.file.state != StoredValues::State::Read)
+        return row(Text::tr("policies"), notComparedText(snapshot.file));
     QString text = row(Text::tr("policies"),
                        Text::tr("%1 of %2 read differently from %3")
                            .arg(QString::number(different.size()),
@@ -90,5 +106,7 @@ ExitCode Verbs::status(const Request &request, Output &output)
     const QString text = toText(inspection, different, output);
     if (inspection.failure)
         return output.fail(*inspection.failure, result, text);
-    return output.write(different.isEmpty() ? ExitCode::Done : ExitCode::No, result, text);
+    const bool isGood =
+        different.isEmpty() && inspection.snapshot->file.state != StoredValues::State::Malformed;
+    return output.write(isGood ? ExitCode::Done : ExitCode::No, result, text);
 }

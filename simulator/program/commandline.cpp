@@ -6,6 +6,8 @@
 
 #include <QCommandLineParser>
 
+#include <algorithm>
+
 namespace Simulator {
 namespace {
 
@@ -70,15 +72,15 @@ Outcome checkCount(const Verb &verb, int count)
 
 Outcome checkArguments(const Verb &verb, const QStringList &arguments)
 {
-    if (const Outcome failure = checkCount(verb, arguments.size()))
-        return failure;
-    for (int i = 0; i < arguments.size(); ++i) {
+    for (int i = 0; i < std::min(arguments.size(), verb.arguments.size()); ++i) {
         const Argument &argument = verb.arguments[i];
         if (!argument.known.isEmpty() && !argument.known.contains(arguments[i]))
             return unknownName(argument.isWord() ? Text::tr("word") : argument.name, arguments[i],
                                argument.known);
     }
-    return verb.check ? verb.check(arguments) : std::nullopt;
+    // What the verb says of its words is more to the point than their number alone.
+    const Outcome failure = verb.check ? verb.check(arguments) : std::nullopt;
+    return failure ? failure : checkCount(verb, arguments.size());
 }
 
 Request readRequest(const QCommandLineParser &parser, const Verb *verb,
@@ -122,6 +124,12 @@ Result<Request> parseCommandLine(const QStringList &arguments)
     if (const Outcome failure = checkArguments(*verb, request.arguments))
         return *failure;
     return request;
+}
+
+QString namedVerb(const QStringList &arguments)
+{
+    const Result<QString> name = verbName(arguments);
+    return name && findVerb(*name) ? *name : QString();
 }
 
 bool asksForJson(const QStringList &arguments)

@@ -13,6 +13,9 @@ namespace Simulator {
 /// "help" or "version" nothing is checked, and the verb can be missing.
 Result<Request> parseCommandLine(const QStringList &arguments);
 
+/// The name of the verb in @p arguments, even if they are wrong otherwise; null when there is none.
+QString namedVerb(const QStringList &arguments);
+
 /// Whether @p arguments ask for JSON, even if they are wrong in other respects.
 bool asksForJson(const QStringList &arguments);
 

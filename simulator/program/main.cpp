@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/systembus.h"
 #include "simulator/program/program.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -42,5 +44,9 @@ int main(int argc, char **argv)
 
     // Everything this program reads and writes is UTF-8, even where no locale says so.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    return static_cast<int>(Simulator::runProgram(arguments));
+    const ExitCode code = Simulator::runProgram(arguments);
+    // Who did not answer in time could keep the bus library waiting in an orderly end as well.
+    if (code == ExitCode::NoAnswer || SystemBus::isGivenUp())
+        std::_Exit(static_cast<int>(code));
+    return static_cast<int>(code);
 }

@@ -23,7 +23,7 @@ ExitCode runProgram(const QStringList &arguments)
 {
     const Result<Request> request = parseCommandLine(arguments);
     if (!request) {
-        Console console(asksForJson(arguments), {});
+        Console console(asksForJson(arguments), namedVerb(arguments));
         console.fail(request.failure());
         return console.finish(request.failure().code);
     }

@@ -4,11 +4,13 @@
 
 #include "common/names.h"
 #include "govctl/text.h"
+#include "simulator/program/bus.h"
 #include "simulator/program/controlnames.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusError>
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QJsonDocument>
@@ -36,6 +38,7 @@ Failure badAnswer()
 RemoteDevice::RemoteDevice(std::chrono::milliseconds timeout)
     : m_timeout(timeout)
     , m_deadline(timeout)
+    , m_busTrouble(Bus::connect(m_deadline, timeout))
 {
 }
 
@@ -58,6 +61,8 @@ Result<QVariantList> RemoteDevice::order(const QString &method, const QVariantLi
 
 void RemoteDevice::follow()
 {
+    if (m_busTrouble)
+        return;
     QDBusConnection bus = QDBusConnection::systemBus();
     bus.connect(ControlNames::Service, ControlNames::Path, Names::Properties,
                 QStringLiteral("PropertiesChanged"), this, SLOT(onPropertiesChanged(QDBusMessage)));
@@ -71,12 +76,9 @@ void RemoteDevice::follow()
 
 Failure RemoteDevice::absence() const
 {
-    const QDBusConnection bus = QDBusConnection::systemBus();
-    if (!bus.isConnected())
-        return {ExitCode::NoDaemon,
-                QStringLiteral("no-bus"),
-                Text::tr("cannot reach the system bus; check that dbus runs"),
-                {}};
+    if (!QDBusConnection::systemBus().isConnected())
+        return Bus::absence(Text::tr("the connection to the system bus was lost; check that dbus "
+                                     "runs"));
     return {ExitCode::NoDaemon,
             QStringLiteral("no-device"),
             Text::tr("no device is on the system bus; run \"govd-sim device\" in another terminal"),
@@ -94,14 +96,13 @@ void RemoteDevice::onPropertiesChanged(const QDBusMessage &message)
 Result<QVariantList> RemoteDevice::call(const QString &interface, const QString &method,
                                         const QVariantList &arguments)
 {
-    const QDBusConnection bus = QDBusConnection::systemBus();
-    if (!bus.isConnected())
-        return absence();
+    if (m_busTrouble)
+        return *m_busTrouble;
     QDBusMessage message = QDBusMessage::createMethodCall(ControlNames::Service, ControlNames::Path,
                                                           interface, method);
     message.setArguments(arguments);
     const int left = static_cast<int>(std::max<qint64>(1, m_deadline.remainingTime()));
-    const QDBusMessage reply = bus.call(message, QDBus::Block, left);
+    const QDBusMessage reply = QDBusConnection::systemBus().call(message, QDBus::Block, left);
     if (reply.type() != QDBusMessage::ReplyMessage)
         return failureOf(reply);
     return reply.arguments();
@@ -115,21 +116,31 @@ Failure RemoteDevice::failureOf(const QDBusMessage &reply) const
     if (reply.errorName() == ControlNames::Refused)
         return {ExitCode::Refused, QStringLiteral("refused"), text, {}};
     switch (QDBusError(reply).type()) {
-    // The bus says NoReply also of a partner who has left.
     case QDBusError::NoReply:
+        return noReply();
     case QDBusError::ServiceUnknown:
     case QDBusError::Disconnected:
-        if (!m_deadline.hasExpired())
-            return absence();
-        return {ExitCode::NoAnswer,
-                QStringLiteral("no-answer"),
-                Text::tr("no answer within %1 s; check that the device is not stopped, or wait "
-                         "longer with --timeout")
-                    .arg(static_cast<double>(m_timeout.count()) / 1000),
-                {}};
+        return absence();
     default:
         return badAnswer();
     }
+}
+
+/// The bus says NoReply also of a partner who has left, and a timer can end a little before its
+/// time: who still has the name tells the two apart. A bus that does not even say that is silent.
+Failure RemoteDevice::noReply() const
+{
+    constexpr int Patience = 1000;
+    QDBusMessage question =
+        QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
+                                       Names::BusDaemon.interface, QStringLiteral("NameHasOwner"));
+    question << ControlNames::Service;
+    const QDBusReply<bool> isOwned =
+        QDBusConnection::systemBus().call(question, QDBus::Block, Patience);
+    if (!QDBusConnection::systemBus().isConnected() || (isOwned.isValid() && !isOwned.value()))
+        return absence();
+    return Bus::silence(isOwned.isValid() ? Text::tr("the device") : Text::tr("the system bus"),
+                        m_timeout);
 }
 
 } // namespace Simulator

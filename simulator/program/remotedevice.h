@@ -3,7 +3,7 @@
 #ifndef GOVD_SIMULATOR_PROGRAM_REMOTEDEVICE_H
 #define GOVD_SIMULATOR_PROGRAM_REMOTEDEVICE_H
 
-#include "govctl/result.h"
+#include "simulator/program/verb.h"
 
 #include <QDBusMessage>
 #include <QDeadlineTimer>
@@ -11,7 +11,6 @@
 #include <QObject>
 
 #include <chrono>
-#include <optional>
 
 namespace Simulator {
 
@@ -21,7 +20,8 @@ class RemoteDevice : public QObject
     Q_OBJECT
 
 public:
-    /// All answers together have to come before @p timeout is over.
+    /// Connects to the bus, if that is needed. That and all answers together have to come before
+    /// @p timeout is over.
     explicit RemoteDevice(std::chrono::milliseconds timeout);
 
     /// All that can be seen of the device.
@@ -50,9 +50,11 @@ private:
     Result<QVariantList> call(const QString &interface, const QString &method,
                               const QVariantList &arguments);
     Failure failureOf(const QDBusMessage &reply) const;
+    Failure noReply() const;
 
     const std::chrono::milliseconds m_timeout;
     QDeadlineTimer m_deadline;
+    const Outcome m_busTrouble; // why there is no connection
 };
 
 } // namespace Simulator

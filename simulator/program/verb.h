@@ -53,7 +53,8 @@ struct Verb
     QVector<Argument> arguments;
     QList<QCommandLineOption> options; ///< beside those that all verbs have
     bool isForScripts; ///< whether a script can use it
-    Outcome (*check)(const QStringList &arguments); ///< what the rows cannot tell; can be null
+    /// Tells what the rows cannot tell, before the arguments are counted; can be null.
+    Outcome (*check)(const QStringList &arguments);
     Outcome (*run)(const Request &request, Console &console);
 };
 

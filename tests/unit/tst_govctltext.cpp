@@ -87,6 +87,9 @@ void TestGovctlText::nearestNames_data()
     QTest::newRow("exact") << "VpnEnabled"
                            << "VpnEnabled";
     QTest::newRow("nothing like it") << "frobnicate" << QString();
+    QTest::newRow("one letter") << "x" << QString();
+    QTest::newRow("one letter, the first") << "v"
+                                           << "VpnEnabled";
     QTest::newRow("nothing") << "" << QString();
 }
 

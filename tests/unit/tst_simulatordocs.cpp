@@ -3,8 +3,9 @@
 #include "simulator/program/commandline.h"
 #include "simulator/program/facts.h"
 #include "simulator/program/neighbours.h"
+#include "tests/unit/manualpage.h"
+#include "tests/unit/verbdocs.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QtTest>
@@ -15,10 +16,7 @@ namespace {
 
 QString manualPage()
 {
-    QFile file(QStringLiteral(GOVD_SIM_MANUAL));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("cannot read the manual page");
-    return QString::fromUtf8(file.readAll());
+    return contentOf(QStringLiteral(GOVD_SIM_MANUAL));
 }
 
 /// What the manual page says below the verb, and above the next.
@@ -162,40 +160,22 @@ void TestSimulatorDocs::manualPageHasEveryWord()
 
 void TestSimulatorDocs::manualPageHasEveryExitCode()
 {
-    const QString codes = manualPage()
-                              .section(QStringLiteral(".Sh EXIT STATUS"), 1)
-                              .section(QStringLiteral("\n.Sh "), 0, 0);
-    QStringList listed;
-    for (const QString &line : codes.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QStringLiteral(".It ")))
-            listed.append(line.mid(4));
-    }
-    QStringList known;
-    for (const ExitCode code : {ExitCode::Done, ExitCode::No, ExitCode::Usage, ExitCode::Refused,
-                                ExitCode::NoDaemon, ExitCode::NoAnswer, ExitCode::NoOutput})
-        known.append(QString::number(static_cast<int>(code)));
-    QCOMPARE(listed, known);
+    QCOMPARE(documentedExitCodes(manualPage()),
+             exitCodes({ExitCode::Done, ExitCode::No, ExitCode::Usage, ExitCode::Refused,
+                        ExitCode::NoDaemon, ExitCode::NoAnswer, ExitCode::NoOutput}));
 }
 
 void TestSimulatorDocs::helpHasEverything_data()
 {
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < verbs().size(); ++i)
-        QTest::newRow(qPrintable(verbs()[i].name)) << i;
+    addVerbRows(verbs());
 }
 
 void TestSimulatorDocs::helpHasEverything()
 {
     QFETCH(int, index);
     const Verb &verb = verbs()[index];
-    QVERIFY(helpText(nullptr).contains(verb.summary));
-    const QString help = helpText(&verb);
-    for (const QCommandLineOption &option : verb.options + commonOptions()) {
-        for (const QString &name : option.names())
-            QVERIFY2(help.contains(QLatin1Char('-') + name), qPrintable(name));
-    }
-    for (const Argument &argument : verb.arguments)
-        QVERIFY(help.contains(argument.syntax()));
+    QCOMPARE(missingInHelp(verb, helpText(nullptr), helpText(&verb), commonOptions()),
+             QStringList());
 }
 
 void TestSimulatorDocs::neighboursAreSorted()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "daemon/shutdown.h"
 #include "govctl/text.h"
+#include "simulator/program/bus.h"
 #include "simulator/program/calllog.h"
 #include "simulator/program/control.h"
 #include "simulator/program/controlnames.h"
@@ -14,19 +15,11 @@
 namespace Simulator {
 namespace {
 
-Failure noBus(const QString &reason)
+Outcome checkBus(std::chrono::milliseconds timeout)
 {
-    return {ExitCode::NoDaemon,
-            QStringLiteral("no-bus"),
-            Text::tr("%1; check that dbus runs, and start the device again").arg(reason),
-            {}};
-}
-
-Outcome checkBus(const QDBusConnection &bus)
-{
-    if (!bus.isConnected())
-        return noBus(Text::tr("cannot reach the system bus"));
-    if (bus.interface()->isServiceRegistered(ControlNames::Service))
+    if (const Outcome failure = Bus::connect(QDeadlineTimer(timeout), timeout))
+        return failure;
+    if (QDBusConnection::systemBus().interface()->isServiceRegistered(ControlNames::Service))
         return Failure{ExitCode::Refused,
                        QStringLiteral("refused"),
                        Text::tr("a device is on this bus already; end it first, or use that one"),
@@ -46,11 +39,10 @@ Failure nameTaken(const QString &name)
 
 } // namespace
 
-Outcome Verbs::device(const Request &, Console &console)
+Outcome Verbs::device(const Request &request, Console &console)
 {
     Shutdown::holdTerminationSignals();
-    const QDBusConnection bus = QDBusConnection::systemBus();
-    if (const Outcome failure = checkBus(bus))
+    if (const Outcome failure = checkBus(request.timeout))
         return failure;
 
     Device device;
@@ -69,8 +61,9 @@ Outcome Verbs::device(const Request &, Console &console)
     Shutdown shutdown(QCoreApplication::instance());
     console.note(Text::tr("the device is on the bus"));
     QCoreApplication::exec();
-    if (!bus.isConnected())
-        return noBus(Text::tr("the connection to the system bus was lost"));
+    if (!QDBusConnection::systemBus().isConnected())
+        return Bus::absence(Text::tr("the connection to the system bus was lost; check that dbus "
+                                     "runs, and start the device again"));
     return std::nullopt;
 }
 

@@ -76,6 +76,8 @@ Outcome Verbs::expect(const Request &request, Console &console)
 
 Outcome Verbs::checkExpect(const QStringList &arguments)
 {
+    if (arguments.isEmpty())
+        return std::nullopt;
     const FactRow &row = *findFactRow(arguments.first());
     const int count = row.name.isEmpty() ? 2 : 3;
     if (arguments.size() != count) {

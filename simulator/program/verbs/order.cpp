@@ -92,11 +92,11 @@ Outcome Verbs::checkFail(const QStringList &arguments)
 {
     bool isNumber = false;
     const double seconds = arguments.value(2).toDouble(&isNumber);
-    if (arguments[1] != Slow && arguments.size() > 2)
+    const QString fault = arguments.value(1);
+    if (fault != Slow && arguments.size() > 2)
         return usageFailure(Text::tr("only slow takes seconds"));
     // Written so that it also refuses what is no number at all.
-    if (arguments[1] == Slow
-        && (!isNumber || !(seconds >= 0 && seconds <= ControlNames::LongestDelay)))
+    if (fault == Slow && (!isNumber || !(seconds >= 0 && seconds <= ControlNames::LongestDelay)))
         return usageFailure(
             Text::tr("slow takes seconds, from 0 to %1, not %2")
                 .arg(QString::number(ControlNames::LongestDelay), quoted(arguments.value(2))));

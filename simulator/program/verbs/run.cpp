@@ -1,50 +1,72 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/terminal.h"
 #include "govctl/text.h"
 #include "simulator/program/script.h"
 
 #include <QProcess>
 
+#include <unistd.h>
+
 namespace Simulator {
 namespace {
 
-/// What govctl said last of its failure, without its name in front.
-QString lastWords(const QString &errors)
+/// Takes what govctl said last out of @p errors, without its name in front.
+QString takeLastWords(QByteArray &errors)
 {
-    const QString prefix = QStringLiteral("govctl: ");
-    const QString line = errors.trimmed().section(QLatin1Char('\n'), -1);
-    return line.startsWith(prefix) ? line.mid(prefix.size()) : line;
+    const QByteArray prefix = "govctl: ";
+    const int start = errors.lastIndexOf('\n', -2) + 1;
+    QByteArray line = errors.mid(start).trimmed();
+    errors.truncate(start);
+    if (line.startsWith(prefix))
+        line.remove(0, prefix.size());
+    return QString::fromUtf8(line);
 }
 
-Outcome runGovctl(const ScriptLine &line, bool isJson)
+/// The words of a line for govctl, with the options of the script in front: its own come later and
+/// win.
+QStringList argumentsOf(const ScriptLine &line, const Request &script)
 {
-    QStringList arguments = line.words.mid(1);
-    if (isJson)
-        arguments.prepend(QStringLiteral("--json"));
+    QStringList options;
+    if (script.isJson())
+        options << QStringLiteral("--json");
+    const QString timeout = QStringLiteral("timeout");
+    if (script.has(timeout))
+        options << QStringLiteral("--timeout") << script.options.value(timeout);
+    return options + line.words.mid(1);
+}
+
+Outcome runGovctl(const ScriptLine &line, const Request &script)
+{
     QProcess process;
     process.setInputChannelMode(QProcess::ForwardedInputChannel);
     process.setProcessChannelMode(QProcess::ForwardedOutputChannel);
-    process.start(QStringLiteral("govctl"), arguments);
+    process.start(QStringLiteral("govctl"), argumentsOf(line, script));
     if (!process.waitForStarted())
         return Failure{ExitCode::Usage,
                        QStringLiteral("no-govctl"),
                        Text::tr("govctl cannot be started; install it where PATH leads"),
                        {}};
     process.waitForFinished(-1);
-    const QString errors = QString::fromUtf8(process.readAllStandardError());
+    QByteArray errors = process.readAllStandardError();
     const bool hasEnded = process.exitStatus() == QProcess::NormalExit;
-    if (hasEnded && process.exitCode() == 0)
+    const bool isDone = hasEnded && process.exitCode() == 0;
+    QString words;
+    if (!isDone)
+        words = errors.isEmpty() ? Text::tr("exit code %1").arg(process.exitCode())
+                                 : takeLastWords(errors);
+    // There is no place left to complain about a failure here.
+    Terminal::write(STDERR_FILENO, errors);
+    if (isDone)
         return std::nullopt;
     const ExitCode code = hasEnded ? static_cast<ExitCode>(process.exitCode()) : ExitCode::No;
-    const QString words =
-        errors.isEmpty() ? Text::tr("exit code %1").arg(process.exitCode()) : lastWords(errors);
     return Failure{code, QStringLiteral("govctl"), words, {}};
 }
 
 Outcome runLine(const ScriptLine &line, const Request &script)
 {
     if (line.isForGovctl())
-        return runGovctl(line, script.isJson());
+        return runGovctl(line, script);
     Request request = line.request;
     if (!request.has(QStringLiteral("timeout")))
         request.timeout = script.timeout;

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/terminal.h"
 #include "simulator/program/remotedevice.h"
 #include "simulator/program/statusview.h"
 #include "simulator/program/verb.h"
@@ -11,10 +12,12 @@ namespace {
 
 void show(const QJsonObject &state, Console &console, bool isWatching)
 {
-    // A terminal shows one state at a time, a file one below the other.
-    const QString clear =
-        isWatching && console.isTerminal() ? QStringLiteral("\033[H\033[2J") : QString();
-    console.write(state, clear + drawStatus(state, console));
+    QString text = drawStatus(state, console);
+    // A terminal shows one state at a time, as much of it as it has place for; a file one below the
+    // other.
+    if (isWatching && console.isTerminal())
+        text = QStringLiteral("\033[H\033[2J") + Terminal::clipped(text, Terminal::size());
+    console.write(state, text);
 }
 
 /// Shows each new state until the device or the reader goes.

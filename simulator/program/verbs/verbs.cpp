@@ -150,7 +150,7 @@ QVector<Verb> scriptVerbs()
            Text::tr("The application, service, USB mode or label that it is about."),
            {},
            true},
-          {QStringLiteral("VALUE"), Text::tr("What it has to be."), {}, true}},
+          {QStringLiteral("VALUE"), Text::tr("What it has to be."), {}}},
          {},
          true,
          Verbs::checkExpect,

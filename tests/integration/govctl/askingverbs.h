@@ -10,18 +10,11 @@
 inline void addAskingVerbs()
 {
     QTest::addColumn<QString>("verb");
-    for (const char *verb :
-         {"list", "get CameraEnabled", "set CameraEnabled off", "explain CameraEnabled",
-          "switch list", "switch get radio", "switch set radio off", "status", "dump"}) {
+    for (const char *verb : {"list", "get CameraEnabled", "set CameraEnabled off",
+                             "explain CameraEnabled", "switch list", "switch get radio",
+                             "switch set radio off", "watch --once", "status", "dump"}) {
         QTest::newRow(verb) << QString::fromLatin1(verb);
     }
-}
-
-/// The same for each verb that needs the daemon to be there.
-inline void addVerbsForTheDaemon()
-{
-    addAskingVerbs();
-    QTest::newRow("watch --once") << QStringLiteral("watch --once");
 }
 
 #endif

@@ -42,6 +42,14 @@ void FakeDaemon::handle(const QString &call, const Handler &handler)
     m_handlers.insert(call, handler);
 }
 
+void FakeDaemon::announce(const QString &key)
+{
+    QDBusMessage message = QDBusMessage::createSignal(
+        Path, QStringLiteral("org.kvt.PolicyManager.Policy"), QStringLiteral("PolicyChanged"));
+    message << key << QVariant::fromValue(QDBusVariant(true));
+    m_connection.send(message);
+}
+
 QString FakeDaemon::introspect(const QString &) const
 {
     return {};

@@ -32,6 +32,9 @@ public:
     /// Does @p handler when "Interface.method" is called, in place of an answer.
     void handle(const QString &call, const Handler &handler);
 
+    /// Announces that the policy @p key is on.
+    void announce(const QString &key);
+
     /// The calls so far, as "Interface.method".
     QStringList calls() const { return m_calls; }
 

@@ -20,6 +20,7 @@ private Q_SLOTS:
 
     void wrongUsage_data();
     void wrongUsage();
+    void emptyNames();
     void unknownPolicyGetsTheNearest();
     void optionsStandAnywhere();
     void helpIsText();
@@ -29,8 +30,6 @@ private Q_SLOTS:
     void readerThatHasGone();
     void fullDisk();
     void closedOutput();
-    void bashCompletes();
-    void completionIsJsonToo();
 };
 
 void TestGovctlCommandLine::init()
@@ -47,7 +46,9 @@ void TestGovctlCommandLine::wrongUsage_data()
             << QString::fromLatin1(arguments) << QString::fromLatin1(message);
     };
     row("", "no verb given; see govctl --help");
-    row("frobnicate", "unknown verb \"frobnicate\"");
+    row("frobnicate", "unknown verb \"frobnicate\"; see govctl --help");
+    row("help", "unknown verb \"help\"; see govctl --help");
+    row("x", "unknown verb \"x\"; see govctl --help");
     row("lst", "unknown verb \"lst\"; did you mean list?");
     row("switch", "switch needs one of: list, get, set");
     row("switch lst", "unknown verb \"switch lst\"; did you mean switch list");
@@ -66,7 +67,8 @@ void TestGovctlCommandLine::wrongUsage_data()
     row("list --timeout inf", "--timeout takes seconds");
     row("list --timeout 1e9", "--timeout takes seconds");
     row("get CameraEnabled --exec x", "Unknown option 'exec'");
-    row("get NoPolicy", "unknown policy \"NoPolicy\"");
+    row("get NoPolicy", "unknown policy \"NoPolicy\"; \"govctl list --keys\" names them");
+    row("get frobnicate", "unknown policy \"frobnicate\"; \"govctl list --keys\" names them");
     row("get PolicyType::CameraEnabled", "unknown policy");
     row("get cameraenabled", "unknown policy \"cameraenabled\"; did you mean CameraEnabled?");
 }
@@ -85,6 +87,15 @@ void TestGovctlCommandLine::wrongUsage()
     const Outcome json = govctl.run(QStringLiteral("--json ") + arguments);
     QCOMPARE(json.code, 2);
     QVERIFY(!json.error().isEmpty());
+}
+
+void TestGovctlCommandLine::emptyNames()
+{
+    Govctl govctl;
+    QCOMPARE(govctl.run(QStringList{QString()}).err,
+             QStringLiteral("govctl: unknown verb \"\"; see govctl --help\n"));
+    QCOMPARE(govctl.run({QStringLiteral("get"), QString()}).err,
+             QStringLiteral("govctl: unknown policy \"\"; \"govctl list --keys\" names them\n"));
 }
 
 void TestGovctlCommandLine::unknownPolicyGetsTheNearest()
@@ -202,45 +213,6 @@ void TestGovctlCommandLine::closedOutput()
         govctl.shell(QStringLiteral("govctl set CameraEnabled off >&- 2>&- <&-"));
     QCOMPARE(closed.code, 0);
     QCOMPARE(govctl.run(QStringLiteral("get CameraEnabled")).out, QStringLiteral("off\n"));
-}
-
-void TestGovctlCommandLine::bashCompletes()
-{
-    SwitchPlugin plugin;
-    plugin.setSwitch(QStringLiteral("radio waves"), {4}, true);
-    Daemon daemon;
-    QVERIFY(daemon.start());
-    Govctl govctl;
-    const auto complete = [&](const QString &words, int index) {
-        return govctl
-            .shell(QStringLiteral("source /usr/share/bash-completion/completions/govctl; "
-                                  "COMP_WORDS=(%1); COMP_CWORD=%2; _govctl; "
-                                  "printf '%s\\n' \"${COMPREPLY[@]}\"")
-                       .arg(words)
-                       .arg(index))
-            .lines();
-    };
-    QCOMPARE(complete(QStringLiteral("govctl sta"), 1), QStringList{QStringLiteral("status")});
-    QCOMPARE(complete(QStringLiteral("govctl get Camera"), 2),
-             QStringList{QStringLiteral("CameraEnabled")});
-    QCOMPARE(complete(QStringLiteral("govctl set CameraEnabled ''"), 3),
-             (QStringList{QStringLiteral("on"), QStringLiteral("off")}));
-    QCOMPARE(complete(QStringLiteral("govctl switch get ''"), 3),
-             QStringList{QStringLiteral("radio\\ waves")});
-    QCOMPARE(complete(QStringLiteral("govctl watch --on"), 2),
-             QStringList{QStringLiteral("--once")});
-}
-
-void TestGovctlCommandLine::completionIsJsonToo()
-{
-    Govctl govctl;
-    const QJsonArray candidates = govctl.run(QStringLiteral("complete --json -- get Camera"))
-                                      .result()
-                                      .value(QStringLiteral("candidates"))
-                                      .toArray();
-    QCOMPARE(candidates.size(), 1);
-    QCOMPARE(candidates[0].toObject().value(QStringLiteral("word")),
-             QJsonValue(QStringLiteral("CameraEnabled")));
 }
 
 QTEST_GUILESS_MAIN(TestGovctlCommandLine)

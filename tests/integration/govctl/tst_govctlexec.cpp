@@ -3,6 +3,7 @@
 #include "govctl/govctl.h"
 #include "support/caller.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/switchplugin.h"
 
@@ -12,7 +13,6 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Watching = QStringLiteral("watching org.kvt.PolicyManager\n");
 
 QJsonObject resultOf(const QString &line)

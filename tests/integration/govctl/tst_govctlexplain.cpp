@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/govctl.h"
+#include "govctl/results.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 
@@ -9,28 +11,6 @@
 #include <QtTest>
 
 using namespace Support;
-
-namespace {
-
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
-
-/// The policy @p key in the result of "list" or "dump".
-QJsonObject policyIn(const QJsonObject &result, const QString &key)
-{
-    for (const QJsonValue policy : result.value(QStringLiteral("policies")).toArray()) {
-        if (policy.toObject().value(QStringLiteral("key")) == key)
-            return policy.toObject();
-    }
-    return {};
-}
-
-QJsonObject policy(const QJsonObject &result)
-{
-    return result.value(QStringLiteral("policy")).toObject();
-}
-
-} // namespace
 
 /// What the client says of reasons, against the real daemon.
 class TestGovctlExplain : public QObject

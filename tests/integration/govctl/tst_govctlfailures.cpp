@@ -53,11 +53,12 @@ class TestGovctlFailures : public QObject
 private Q_SLOTS:
     void init();
 
-    void noBus_data() { addVerbsForTheDaemon(); }
+    void noBus_data() { addAskingVerbs(); }
     void noBus();
-    void silentBus_data() { addVerbsForTheDaemon(); }
+    void silentBus_data() { addAskingVerbs(); }
     void silentBus();
-    void noService_data() { addVerbsForTheDaemon(); }
+    void silentBusAndCompletion();
+    void noService_data() { addAskingVerbs(); }
     void noService();
     void stuckDaemon_data() { addAskingVerbs(); }
     void stuckDaemon();
@@ -94,6 +95,21 @@ void TestGovctlFailures::silentBus()
     const Outcome silent = govctl.run(verb + QStringLiteral(" --json --timeout 0.2"));
     QCOMPARE(silent.code, 6);
     QCOMPARE(silent.error(), QStringLiteral("no-answer"));
+}
+
+/// Whoever completes a word can do without the switches, but not without the shell.
+void TestGovctlFailures::silentBusAndCompletion()
+{
+    const SilentBus bus;
+    QVERIFY(bus.listens());
+    Govctl govctl;
+    govctl.setEnvironment(BusAddress, QStringLiteral("unix:path=/tmp/silent"));
+    const Outcome silent = govctl.run({QStringLiteral("--timeout"), QStringLiteral("0.2"),
+                                       QStringLiteral("complete"), QStringLiteral("--"),
+                                       QStringLiteral("switch"), QStringLiteral("get"), QString()});
+    QCOMPARE(silent.code, 0);
+    QCOMPARE(silent.out, QString());
+    QCOMPARE(silent.err, QString());
 }
 
 void TestGovctlFailures::noService()

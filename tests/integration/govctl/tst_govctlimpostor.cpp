@@ -78,8 +78,9 @@ class TestGovctlImpostor : public QObject
 private Q_SLOTS:
     void init();
 
-    void foreignOwner_data() { addVerbsForTheDaemon(); }
+    void foreignOwner_data() { addAskingVerbs(); }
     void foreignOwner();
+    void foreignSuccessor();
     void wrongAnswers_data();
     void wrongAnswers();
     void emptyObject();
@@ -108,6 +109,36 @@ void TestGovctlImpostor::foreignOwner()
     QCOMPARE(foreign.error(), QStringLiteral("foreign-service"));
     QCOMPARE(impostor.calls(), QStringList());
     QDBusConnection::disconnectFromBus(connection.name());
+}
+
+/// What it announces is not shown, neither before it is known nor after.
+void TestGovctlImpostor::foreignSuccessor()
+{
+    LawlessBus bus;
+    QVERIFY(bus.waitUntilReady());
+    QDBusConnection guest = connectAs(Identity::of("guest").user, bus.address());
+    QDBusConnection root =
+        QDBusConnection::connectToBus(bus.address(), QStringLiteral("successor"));
+    Govctl govctl;
+    govctl.setEnvironment(BusAddress, bus.address());
+    {
+        const FakeDaemon daemon(root);
+        govctl.start({QStringLiteral("watch"), QStringLiteral("--once")});
+        QVERIFY(govctl.waitForErr(QStringLiteral("watching")));
+    }
+    {
+        FakeDaemon impostor(guest);
+        impostor.announce(QStringLiteral("VpnEnabled"));
+        QVERIFY(govctl.waitForErr(QStringLiteral("not to root")));
+        impostor.announce(QStringLiteral("NfcEnabled"));
+    }
+    FakeDaemon daemon(root);
+    daemon.announce(QStringLiteral("CameraEnabled"));
+    const Outcome outcome = govctl.finish();
+    QCOMPARE(outcome.lines().size(), 3);
+    QVERIFY(outcome.lines().last().endsWith(QStringLiteral("policy   CameraEnabled  on")));
+    QDBusConnection::disconnectFromBus(root.name());
+    QDBusConnection::disconnectFromBus(guest.name());
 }
 
 void TestGovctlImpostor::wrongAnswers_data()

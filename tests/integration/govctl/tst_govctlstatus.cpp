@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/govctl.h"
+#include "govctl/results.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 
@@ -9,23 +11,6 @@
 #include <QtTest>
 
 using namespace Support;
-
-namespace {
-
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
-
-/// The policy @p key in the result of "list" or "dump".
-QJsonObject policyIn(const QJsonObject &result, const QString &key)
-{
-    for (const QJsonValue policy : result.value(QStringLiteral("policies")).toArray()) {
-        if (policy.toObject().value(QStringLiteral("key")) == key)
-            return policy.toObject();
-    }
-    return {};
-}
-
-} // namespace
 
 /// The verbs about the whole system, against the real daemon.
 class TestGovctlStatus : public QObject
@@ -39,6 +24,7 @@ private Q_SLOTS:
     void statusListsDifferences();
     void statusComparesNothingItMayNotRead();
     void statusSeesAMalformedFile();
+    void statusKnowsWhatItDoesNotKnow();
     void canTellsWhy_data();
     void canTellsWhy();
     void dumpHoldsEverything();
@@ -97,7 +83,9 @@ void TestGovctlStatus::statusComparesNothingItMayNotRead()
     QVERIFY(QFile::setPermissions(QStringLiteral("/etc/policy"),
                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     Govctl guest(Identity::of("guest"));
-    QCOMPARE(guest.run(QStringLiteral("status")).code, 0);
+    const Outcome text = guest.run(QStringLiteral("status"));
+    QCOMPARE(text.code, 0);
+    QVERIFY(text.out.contains(QStringLiteral("policy.conf, which this user may not read\n")));
     QCOMPARE(guest.run(QStringLiteral("status --json")).result().value(QStringLiteral("file")),
              QJsonValue(QStringLiteral("unreadable")));
 }
@@ -108,11 +96,27 @@ void TestGovctlStatus::statusSeesAMalformedFile()
     QVERIFY(daemon.start());
     Files::write(PolicyFile, "this is no key file\n");
     Govctl govctl;
+    const Outcome text = govctl.run(QStringLiteral("status"));
+    QCOMPARE(text.code, 1);
+    QVERIFY(text.out.contains(
+        QStringLiteral("policy.conf, which is malformed: nothing can be saved\n")));
     QCOMPARE(govctl.run(QStringLiteral("status --json")).result().value(QStringLiteral("file")),
              QJsonValue(QStringLiteral("malformed")));
     QVERIFY(QFile::remove(PolicyFile));
+    const Outcome missing = govctl.run(QStringLiteral("status"));
+    QCOMPARE(missing.code, 0);
+    QVERIFY(missing.out.contains(QStringLiteral("policy.conf, which is missing\n")));
     QCOMPARE(govctl.run(QStringLiteral("status --json")).result().value(QStringLiteral("file")),
              QJsonValue(QStringLiteral("missing")));
+}
+
+void TestGovctlStatus::statusKnowsWhatItDoesNotKnow()
+{
+    Govctl govctl;
+    QCOMPARE(govctl.run(QStringLiteral("status")).out, QStringLiteral("service   not there\n"));
+    govctl.setEnvironment(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"),
+                          QStringLiteral("unix:path=/nonexistent"));
+    QCOMPARE(govctl.run(QStringLiteral("status")).out, QStringLiteral("service   not known\n"));
 }
 
 void TestGovctlStatus::canTellsWhy_data()

@@ -126,6 +126,9 @@ void TestGovctlSwitches::unknownSwitchGetsTheNearest()
         const Outcome json = govctl.run(verb + QStringLiteral(" --json"));
         QCOMPARE(json.error(), QStringLiteral("unknown-switch"));
     }
+    QCOMPARE(govctl.run(QStringLiteral("switch get xyz")).err,
+             QStringLiteral("govctl: unknown switch \"xyz\"; \"govctl switch list --keys\" names "
+                            "them\n"));
     QCOMPARE(plugin.calls().filter(QStringLiteral("setKeyValue")), QStringList());
 }
 
@@ -221,15 +224,18 @@ void TestGovctlSwitches::policyUnderASwitchCanBeSet()
     Daemon daemon;
     QVERIFY(daemon.start());
     Govctl govctl;
-    const Outcome on = govctl.run(QStringLiteral("set CameraEnabled on"));
-    QCOMPARE(on.code, 0);
-    QCOMPARE(on.out,
-             QStringLiteral("CameraEnabled still reads off, because switch \"spy\" is off; "
-                            "stored is now on\n"));
-    const QJsonObject off = govctl.run(QStringLiteral("set CameraEnabled off --json")).result();
-    QCOMPARE(off.value(QStringLiteral("changed")), QJsonValue(true));
+    const QString still = QStringLiteral(
+        "CameraEnabled still reads off, because switch \"spy\" is off; stored is %1\n");
+    const Outcome same = govctl.run(QStringLiteral("set CameraEnabled on"));
+    QCOMPARE(same.code, 0);
+    QCOMPARE(same.out, still.arg(QStringLiteral("on already; nothing changed")));
+    const Outcome other = govctl.run(QStringLiteral("set CameraEnabled off"));
+    QCOMPARE(other.code, 0);
+    QCOMPARE(other.out, still.arg(QStringLiteral("now off")));
     const QJsonObject again = govctl.run(QStringLiteral("set CameraEnabled off --json")).result();
     QCOMPARE(again.value(QStringLiteral("changed")), QJsonValue(false));
+    const QJsonObject on = govctl.run(QStringLiteral("set CameraEnabled on --json")).result();
+    QCOMPARE(on.value(QStringLiteral("changed")), QJsonValue(true));
 }
 
 /// Keys of switches are the plugin's own: they can hold anything.

@@ -5,6 +5,7 @@
 #include "support/bus.h"
 #include "support/caller.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/switchplugin.h"
@@ -18,8 +19,6 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
 const QString Watching = QStringLiteral("watching org.kvt.PolicyManager\n");
 
 /// The forged announcement that @p key is on.
@@ -67,6 +66,7 @@ private Q_SLOTS:
     void onceEndsAfterTheFirst();
     void isJsonLines();
     void followsTheDaemonAcrossARestart();
+    void hearsTheFirstWordOfANewDaemon();
     void heedsNobodyElse();
     void endsWhenTheReaderHasGone();
     void endsWhenTheBusIsGone();
@@ -171,6 +171,26 @@ void TestGovctlWatch::followsTheDaemonAcrossARestart()
     QCOMPARE(resultOf(outcome.lines()[0]).value(QStringLiteral("value")), QJsonValue(false));
     QCOMPARE(resultOf(outcome.lines()[1]).value(QStringLiteral("key")), QJsonValue(Service));
     QCOMPARE(resultOf(outcome.lines()[2]).value(QStringLiteral("key")), QJsonValue(Camera));
+}
+
+/// It may speak as soon as it has the name.
+void TestGovctlWatch::hearsTheFirstWordOfANewDaemon()
+{
+    Bus bus;
+    const QDBusConnection connection = bus.connect();
+    Govctl govctl;
+    {
+        const FakeDaemon old(connection);
+        govctl.start({QStringLiteral("watch"), QStringLiteral("--once")});
+        QVERIFY(govctl.waitForErr(Watching));
+    }
+    FakeDaemon fresh(connection);
+    fresh.announce(Camera);
+    const QStringList lines = govctl.finish().lines();
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines[0].endsWith(QStringLiteral("service  org.kvt.PolicyManager  off")));
+    QVERIFY(lines[1].endsWith(QStringLiteral("service  org.kvt.PolicyManager  on")));
+    QVERIFY(lines[2].endsWith(QStringLiteral("policy   CameraEnabled  on")));
 }
 
 void TestGovctlWatch::heedsNobodyElse()

@@ -20,6 +20,8 @@ private Q_SLOTS:
     void wrongUsage();
     void unknownLabelGetsTheNearest();
     void nearestInJson();
+    void jsonNamesTheVerb_data();
+    void jsonNamesTheVerb();
     void helpAndVersion();
     void optionsStandAnywhere();
 };
@@ -57,7 +59,7 @@ void TestSimCommandLine::wrongUsage_data()
     row("fail audio slow nan", "slow takes seconds");
     row("fail audio slow 1e9", "slow takes seconds");
     row("fail audio error 3", "only slow takes seconds");
-    row("expect", "too few arguments; use: govd-sim expect WHAT [NAME] [VALUE]");
+    row("expect", "too few arguments; use: govd-sim expect WHAT [NAME] VALUE");
     row("expect micro off", "unknown WHAT \"micro\"; did you mean microphone?");
     row("expect microphone", "too few arguments; use: govd-sim expect microphone on|off");
     row("expect microphone x on", "too many arguments; use: govd-sim expect microphone on|off");
@@ -107,6 +109,26 @@ void TestSimCommandLine::nearestInJson()
              QJsonValue(QJsonArray{QStringLiteral("storage")}));
 }
 
+void TestSimCommandLine::jsonNamesTheVerb_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QJsonValue>("verb");
+    QTest::newRow("wrong argument") << "launch clck" << QJsonValue(QStringLiteral("launch"));
+    QTest::newRow("wrong option") << "status --nonsense" << QJsonValue(QStringLiteral("status"));
+    QTest::newRow("option before") << "--timeout x run A" << QJsonValue(QStringLiteral("run"));
+    QTest::newRow("unknown verb") << "lunch clock" << QJsonValue(QJsonValue::Null);
+    QTest::newRow("no verb") << "" << QJsonValue(QJsonValue::Null);
+}
+
+void TestSimCommandLine::jsonNamesTheVerb()
+{
+    QFETCH(QString, arguments);
+    QFETCH(QJsonValue, verb);
+    const Sim::Outcome outcome = Sim::run(QStringLiteral("--json ") + arguments);
+    QCOMPARE(outcome.code, 2);
+    QCOMPARE(outcome.json().value(QStringLiteral("verb")), verb);
+}
+
 void TestSimCommandLine::helpAndVersion()
 {
     const Sim::Outcome help = Sim::run(QStringLiteral("--help"));
@@ -116,6 +138,9 @@ void TestSimCommandLine::helpAndVersion()
     QCOMPARE(plug.code, 0);
     QVERIFY(plug.out.startsWith(QStringLiteral("Usage: govd-sim plug [options] usb|card\n")));
     QVERIFY(plug.out.contains(QStringLiteral("--label <LABEL>")));
+    const Sim::Outcome expect = Sim::run(QStringLiteral("expect --help"));
+    QVERIFY(expect.out.startsWith(
+        QStringLiteral("Usage: govd-sim expect [options] WHAT [NAME] VALUE\n")));
     const Sim::Outcome version = Sim::run(QStringLiteral("--version"));
     QCOMPARE(version.code, 0);
     QVERIFY(version.out.startsWith(QStringLiteral("govd-sim ")));

@@ -42,6 +42,9 @@ private Q_SLOTS:
     void unreadable();
     void jsonOnly();
     void timeoutIsForEachLine();
+    void timeoutIsForLinesOfGovctl_data();
+    void timeoutIsForLinesOfGovctl();
+    void warningsOfGovctlAreShown();
 };
 
 void TestSimScripts::initTestCase()
@@ -197,6 +200,46 @@ void TestSimScripts::timeoutIsForEachLine()
     QVERIFY(device.startDevice());
     const Sim::Outcome outcome = runScript("expect camera on\n", QStringLiteral("--timeout 0.3"));
     QVERIFY(outcome.err.endsWith(QStringLiteral("after 0.3 s\n")));
+}
+
+void TestSimScripts::timeoutIsForLinesOfGovctl_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("seconds");
+    QTest::newRow("none") << QByteArray("govctl get CameraEnabled") << "0.3";
+    QTest::newRow("its own") << QByteArray("govctl get CameraEnabled --timeout 0.2") << "0.2";
+    QTest::newRow("its own, in one word") << QByteArray("govctl --timeout=0.2 status") << "0.2";
+}
+
+void TestSimScripts::timeoutIsForLinesOfGovctl()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QString, seconds);
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    daemon.pause();
+    const Sim::Outcome outcome = runScript(line + '\n', QStringLiteral("--timeout 0.3"));
+    QCOMPARE(outcome.code, 6);
+    QVERIFY2(outcome.err.contains(QStringLiteral(": no answer within %1 s;").arg(seconds)),
+             qPrintable(outcome.err));
+    daemon.resume();
+}
+
+/// Whether the line succeeds or not; what it failed of stands in the failure alone.
+void TestSimScripts::warningsOfGovctlAreShown()
+{
+    Files::write(
+        QStringLiteral("/tmp/stand-in/govctl"),
+        "#!/bin/sh\necho warning >&2\n[ \"$1\" = well ] || { echo govctl: end >&2; exit 3; }\n");
+    QVERIFY(QFile::setPermissions(QStringLiteral("/tmp/stand-in/govctl"),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    Files::write(Script, "govctl well\ngovctl badly\n");
+    const Sim::Outcome outcome =
+        Sim::shell(QStringLiteral("PATH=/tmp/stand-in:$PATH; export PATH; $SIM run ") + Script);
+    QCOMPARE(outcome.code, 3);
+    QCOMPARE(outcome.err,
+             QStringLiteral("warning\nwarning\n"
+                            "govd-sim: /tmp/test.sim, line 2, \"govctl badly\": end\n"));
 }
 
 QTEST_GUILESS_MAIN(TestSimScripts)

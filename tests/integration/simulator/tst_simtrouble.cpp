@@ -35,7 +35,6 @@ private Q_SLOTS:
     void nameOfAServiceIsTaken();
     void nameIsTakenMeanwhile();
     void busIsLost();
-    void stuckDevice();
     void endsInOrder_data();
     void endsInOrder();
     void readerHasGone();
@@ -146,20 +145,6 @@ void TestSimTrouble::busIsLost()
                                                 "lost; check that dbus runs, and start the device "
                                                 "again\n")));
     QCOMPARE(watch.finish().code, 5);
-}
-
-void TestSimTrouble::stuckDevice()
-{
-    Sim device;
-    QVERIFY(device.startDevice());
-    device.signal(SIGSTOP);
-    const Sim::Outcome outcome = Sim::run(QStringLiteral("status --timeout 0.3"));
-    QCOMPARE(outcome.code, 6);
-    QCOMPARE(outcome.err,
-             QStringLiteral("govd-sim: no answer within 0.3 s; check that the device is not "
-                            "stopped, or wait longer with --timeout\n"));
-    device.signal(SIGCONT);
-    QCOMPARE(Sim::run(QStringLiteral("status")).code, 0);
 }
 
 void TestSimTrouble::endsInOrder_data()

@@ -6,8 +6,6 @@
 #include <QJsonArray>
 #include <QtTest>
 
-#include <csignal>
-
 using namespace Support;
 
 namespace {
@@ -48,9 +46,6 @@ private Q_SLOTS:
     void applicationsAreLaunchedOnce();
     void certified();
     void stoppedServiceComesBack();
-    void watchDrawsEachChange();
-    void watchEndsWithTheDevice();
-    void watchEndsWithItsReader();
     void expectWaits();
     void expectTellsWhatIsSo();
 };
@@ -221,49 +216,6 @@ void TestSimVerbs::stoppedServiceComesBack()
     QCOMPARE(Sim::run(QStringLiteral("start storage")).code, 0);
     QCOMPARE(Sim::run(QStringLiteral("expect service storage present")).code, 0);
     QCOMPARE(Sim::run(QStringLiteral("expect storage CARD mounted")).code, 0);
-}
-
-void TestSimVerbs::watchDrawsEachChange()
-{
-    Sim device;
-    QVERIFY(device.startDevice());
-    Sim watch;
-    watch.start({QStringLiteral("status"), QStringLiteral("--watch"), QStringLiteral("--json")});
-    QTRY_COMPARE(watch.results().size(), 1);
-    QCOMPARE(Sim::run(QStringLiteral("launch camera")).code, 0);
-    QTRY_COMPARE(watch.results().size(), 2);
-    QCOMPARE(watch.results().last().value(QStringLiteral("running")).toArray().size(), 1);
-    Files::write(QStringLiteral("/var/lib/govd/camera_enabled"), "");
-    QTRY_COMPARE(watch.results().last().value(QStringLiteral("camera")), QJsonValue(true));
-    QVERIFY(QFile::remove(QStringLiteral("/var/lib/govd/camera_enabled")));
-    QTRY_COMPARE(watch.results().last().value(QStringLiteral("camera")), QJsonValue(false));
-}
-
-void TestSimVerbs::watchEndsWithTheDevice()
-{
-    Sim device;
-    QVERIFY(device.startDevice());
-    Sim watch;
-    watch.start({QStringLiteral("status"), QStringLiteral("--watch")});
-    QVERIFY(watch.waitForOut(QStringLiteral("last events")));
-    device.signal(SIGTERM);
-    QCOMPARE(device.finish().code, 0);
-    const Sim::Outcome outcome = watch.finish();
-    QCOMPARE(outcome.code, 5);
-    QVERIFY(outcome.err.contains(QStringLiteral("no device is on the system bus; run \"govd-sim "
-                                                "device\"")));
-}
-
-void TestSimVerbs::watchEndsWithItsReader()
-{
-    Sim device;
-    QVERIFY(device.startDevice());
-    Sim watch;
-    watch.startShell(QStringLiteral("$SIM status --watch | head -n 1; echo ${PIPESTATUS[0]}"));
-    QVERIFY(watch.waitForOut(QStringLiteral("Device")));
-    QCOMPARE(Sim::run(QStringLiteral("launch camera")).code, 0);
-    QCOMPARE(Sim::run(QStringLiteral("launch clock")).code, 0);
-    QCOMPARE(watch.finish().out, QStringLiteral("Device\n0\n"));
 }
 
 void TestSimVerbs::expectWaits()
