@@ -4,6 +4,7 @@
 #include "support/caller.h"
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/switchplugin.h"
@@ -16,7 +17,6 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Lens = QStringLiteral("lens");
 const QString Shutter = QStringLiteral("shutter");
 
@@ -65,8 +65,7 @@ void TestPolicyReading::switchThatIsOffHidesTheStoredValue()
     QVERIFY(daemon.start());
     Client client;
     QCOMPARE(client.policy(Camera), QVariant(false));
-    QCOMPARE(Files::values(QStringLiteral("/etc/policy/policy.conf")).value(Camera),
-             QStringLiteral("true"));
+    QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("true"));
     // It is hidden, not gone.
     plugin.setSwitch(Lens, {1}, true);
     QCOMPARE(client.policy(Camera), QVariant(true));
@@ -226,7 +225,7 @@ void TestPolicyReading::readingChangesNothing()
     QVERIFY(daemon.start());
     SystemLog systemLog;
     BusMonitor monitor;
-    const FileSnapshot file = Files::snapshot(QStringLiteral("/etc/policy/policy.conf"));
+    const FileSnapshot file = Files::snapshot(PolicyFile);
     const int mark = plugin.mark();
     const int logMark = daemon.mark();
     QCOMPARE(Client().policy(Camera), QVariant(false));
@@ -234,8 +233,8 @@ void TestPolicyReading::readingChangesNothing()
 
     monitor.settle();
     systemLog.settle();
-    QVERIFY(Files::snapshot(QStringLiteral("/etc/policy/policy.conf")) == file);
-    QVERIFY(!QFile::exists(QStringLiteral("/etc/policy/switch.conf")));
+    QVERIFY(Files::snapshot(PolicyFile) == file);
+    QVERIFY(!QFile::exists(SwitchFile));
     QCOMPARE(plugin.calls(mark).filter(QStringLiteral("setKeyValue")), QStringList());
     QCOMPARE(monitor.announcements(QStringLiteral("PolicyChanged")).size(), 0);
     QCOMPARE(systemLog.lines().size(), 0);
@@ -254,7 +253,7 @@ void TestPolicyReading::keysAreComparedExactly()
     QVERIFY(client.setPolicy(QStringLiteral("cameraEnabled"), false));
     QCOMPARE(client.policy(QStringLiteral("cameraEnabled")), QVariant(false));
     QCOMPARE(client.policy(Camera), QVariant(true));
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
 }
 
 void TestPolicyReading::everybodyMayRead()

@@ -4,6 +4,7 @@
 #include "support/caller.h"
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
@@ -15,9 +16,7 @@ using namespace Support;
 
 namespace {
 
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
 const QString ObjectPath = QStringLiteral("/org/kvt/PolicyManager");
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Lens = QStringLiteral("lens");
 
 /// What the bus library says of a reply or signal whose value it cannot write.

@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/mount.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QDBusPendingCall>
 #include <QDBusVariant>
@@ -20,7 +21,6 @@ const QString Location = QStringLiteral("LocationEnabled");
 const QString Cellular = QStringLiteral("cellular");
 const QString Inside = QStringLiteral("inside");
 const QString Later = QStringLiteral("later");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 
 /// Policies that nothing but the store knows, and numbers that are no policies.
 const QList<int> Three = {2, 999, 4};
@@ -104,8 +104,8 @@ void TestCallerChecks::policyWrites()
     QFETCH(QString, key);
     QFETCH(bool, value);
     QFETCH(QStringList, messages);
-    const QStringList process = texts({"GetConnectionUnixProcessID caller"});
-    const QStringList user = texts({"GetConnectionUnixUser caller"});
+    const QStringList process(ProcessQuery);
+    const QStringList user(UserQuery);
 
     const QVector<QPair<Identity, QStringList>> rows = {
         {Identity::root(), process},
@@ -114,9 +114,8 @@ void TestCallerChecks::policyWrites()
     };
     for (const auto &row : rows) {
         Files::reset();
-        ObservedDaemon daemon;
+        WatchedDaemon daemon;
         QVERIFY(daemon.start());
-        daemon.forget();
         Caller caller(row.first);
         QCOMPARE(caller.setPolicy(key, value).value(), QVariant(true));
         QCOMPARE(daemon.messages(caller.busName()), withChecks(messages, row.second));
@@ -127,27 +126,25 @@ void TestCallerChecks::lockedPolicyIsCheckedOnce()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Location});
     plugin.setLocked({Location});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     Caller caller;
     QCOMPARE(caller.setPolicy(Location, true).value(), QVariant(false));
     QCOMPARE(daemon.messages(caller.busName()),
-             texts({"GetConnectionUnixProcessID caller", "return false"}));
+             QStringList(ProcessQuery) + texts({"return false"}));
 }
 
 void TestCallerChecks::policyThatCannotBeSavedIsCheckedOnce()
 {
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const Mount disk = Mount::readOnly(QStringLiteral("/etc/policy"));
 
     Caller caller;
     QCOMPARE(caller.setPolicy(Location, false).value(), QVariant(false));
     QCOMPARE(daemon.messages(caller.busName()),
-             texts({"GetConnectionUnixProcessID caller", "return false"}));
+             QStringList(ProcessQuery) + texts({"return false"}));
 }
 
 void TestCallerChecks::switchWrites_data()
@@ -185,8 +182,8 @@ void TestCallerChecks::switchWrites()
     QFETCH(QString, announce);
     QFETCH(int, result);
     QFETCH(QStringList, messages);
-    const QStringList process = texts({"GetConnectionUnixProcessID caller"});
-    const QStringList user = texts({"GetConnectionUnixUser caller"});
+    const QStringList process(ProcessQuery);
+    const QStringList user(UserQuery);
 
     const QVector<QPair<Identity, QStringList>> rows = {
         {Identity::root(), process},
@@ -198,9 +195,8 @@ void TestCallerChecks::switchWrites()
         plugin.setSwitch(Cellular, types, true);
         plugin.setEntry(Cellular, QStringLiteral("announce"), announce);
         plugin.setEntry(Cellular, QStringLiteral("result"), result);
-        ObservedDaemon daemon;
+        WatchedDaemon daemon;
         QVERIFY(daemon.start());
-        daemon.forget();
         Caller caller(row.first);
         QCOMPARE(caller.setSwitch(Cellular, false).value(), QVariant(result == 0));
         if (announce == Later)
@@ -211,24 +207,20 @@ void TestCallerChecks::switchWrites()
 
 void TestCallerChecks::switchWithoutPluginIsCheckedOnce()
 {
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     Caller caller(Identity::of("mdm"));
     QCOMPARE(caller.setSwitch(Cellular, true).value(), QVariant(false));
-    QCOMPARE(daemon.messages(caller.busName()),
-             texts({"GetConnectionUnixProcessID caller", "GetConnectionUnixUser caller",
-                    "return false"}));
+    QCOMPARE(daemon.messages(caller.busName()), BothQueries + texts({"return false"}));
 }
 
 void TestCallerChecks::switchThatCannotBeSavedIsCheckedForEachPolicy()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {2, 4}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const Mount disk = Mount::readOnly(QStringLiteral("/etc/policy"));
 
     Caller caller;
@@ -238,7 +230,7 @@ void TestCallerChecks::switchThatCannotBeSavedIsCheckedForEachPolicy()
 
 void TestCallerChecks::repeatedWritesAreCheckedAfresh()
 {
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     Bus bus;
     QDBusConnection client = bus.connect();
@@ -252,9 +244,8 @@ void TestCallerChecks::repeatedWritesAreCheckedAfresh()
         client.asyncCall(write);
     QTRY_COMPARE(daemon.messages().filter(QStringLiteral("return true")).size(), 3);
 
-    const QString query = QStringLiteral("GetConnectionUnixProcessID caller");
     QCOMPARE(daemon.messages(client.baseService()).filter(QStringLiteral("GetConnection")),
-             (QStringList{query, query, query}));
+             (QStringList{ProcessQuery, ProcessQuery, ProcessQuery}));
 }
 
 void TestCallerChecks::ownWorkIsNotChecked()
@@ -262,9 +253,9 @@ void TestCallerChecks::ownWorkIsNotChecked()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1, 2}, true);
     Files::write(PolicyFile, "[policy]\nCameraEnabled=false\n");
-    Files::write(QStringLiteral("/etc/policy/switch.conf"), "[policy]\ncellular=false\n");
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    Files::write(SwitchFile, "[policy]\ncellular=false\n");
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     QCOMPARE(daemon.messages().filter(QStringLiteral("GetConnection")), QStringList());
     QCOMPARE(plugin.calls().filter(QStringLiteral("setKeyValue")),
@@ -277,9 +268,8 @@ void TestCallerChecks::announcementsOfPluginsAreNotChecked()
     SwitchPlugin switches;
     switches.setSwitch(Cellular, {2}, true);
     LockPlugin locks(QStringLiteral("lock.so"), QStringLiteral("lock"), {Location});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     switches.announce(Cellular, true);
     locks.setLocked({Location});

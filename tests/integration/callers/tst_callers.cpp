@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/untouched.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -13,13 +15,7 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Cellular = QStringLiteral("cellular");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-const QStringList BothQueries =
-    texts({"GetConnectionUnixProcessID caller", "GetConnectionUnixUser caller"});
 const QString AccessDenied = QStringLiteral("org.freedesktop.DBus.Error.AccessDenied");
 
 } // namespace
@@ -78,7 +74,7 @@ void TestCallers::callersThatMayChangeValues()
 {
     QFETCH(Identity, identity);
     QFETCH(bool, userIsAsked);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QVERIFY(QFile::exists(CameraMarker));
     daemon.forget();
@@ -88,15 +84,15 @@ void TestCallers::callersThatMayChangeValues()
     QCOMPARE(reply.signature, QStringLiteral("b"));
     QCOMPARE(reply.value(), QVariant(true));
 
-    QStringList check = texts({"GetConnectionUnixProcessID caller"});
+    QStringList check(ProcessQuery);
     if (userIsAsked)
-        check.append(QStringLiteral("GetConnectionUnixUser caller"));
+        check.append(UserQuery);
     const QStringList event(eventCall("CameraEnabled changed. Old value true. New value false."));
     QCOMPARE(daemon.messages(caller.busName()),
              check + event + check + texts({"PolicyChanged CameraEnabled false", "return true"}));
     QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("false"));
     QVERIFY(!QFile::exists(CameraMarker));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestCallers::strangers()
@@ -116,10 +112,9 @@ void TestCallers::strangers()
 void TestCallers::callersThatMayNotChangePolicies()
 {
     QFETCH(Identity, identity);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
-    const FileSnapshot before = Files::snapshot(PolicyFile);
+    Untouched all(daemon);
 
     Caller caller(identity);
     const Reply reply = caller.setPolicy(Camera, false);
@@ -128,10 +123,7 @@ void TestCallers::callersThatMayNotChangePolicies()
 
     QCOMPARE(daemon.messages(caller.busName()),
              BothQueries + QStringList(denialReply(caller.processId())));
-    QCOMPARE(daemon.events(), QStringList());
-    QCOMPARE(daemon.log(), QStringList());
-    QCOMPARE(Files::snapshot(PolicyFile), before);
-    QVERIFY(QFile::exists(CameraMarker));
+    QCOMPARE(all.traces(), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
 }
 
@@ -140,9 +132,9 @@ void TestCallers::callersThatMayNotChangeSwitches()
     QFETCH(Identity, identity);
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
+    Untouched all(daemon);
     const int before = plugin.mark();
 
     Caller caller(identity);
@@ -154,21 +146,18 @@ void TestCallers::callersThatMayNotChangeSwitches()
              BothQueries + QStringList(denialReply(caller.processId())));
     QCOMPARE(plugin.calls(before), QStringList());
     QCOMPARE(plugin.value(Cellular), QJsonValue(true));
-    QCOMPARE(daemon.events(), QStringList());
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(all.traces(), QStringList());
     QVERIFY(!QFile::exists(SwitchFile));
-    QVERIFY(QFile::exists(CameraMarker));
 }
 
 void TestCallers::refusalGoesBeforeAbsenceOfThePlugin()
 {
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     Caller guest(Identity::of("guest"));
     QCOMPARE(guest.setSwitch(Cellular, true).errorName, AccessDenied);
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
     QVERIFY(!QFile::exists(SwitchFile));
 }
 
@@ -176,7 +165,7 @@ void TestCallers::refusalGoesBeforeALock()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
     plugin.setLocked({Camera});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     const int before = plugin.mark();
 
@@ -195,9 +184,8 @@ void TestCallers::readingIsOpenToEverybody()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     const Identity guest = Identity::of("guest");
     const QString interface = QStringLiteral("Switch");

@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
 #include "support/effectiveuser.h"
+#include "support/facts.h"
 #include "support/files.h"
-#include "support/observeddaemon.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QDBusPendingCall>
 #include <QDBusVariant>
@@ -13,8 +14,6 @@
 using namespace Support;
 
 namespace {
-
-const QString Camera = QStringLiteral("CameraEnabled");
 
 /// Ids that the user and group databases do not know.
 Identity withoutName()
@@ -69,8 +68,7 @@ void TestChangedCallers::processCountsAsItIsNow_data()
     QTest::addColumn<QStringList>("queries");
     QTest::addColumn<bool>("isAllowed");
 
-    const QStringList process = texts({"GetConnectionUnixProcessID caller"});
-    const QStringList both = process + texts({"GetConnectionUnixUser caller"});
+    const QStringList process(ProcessQuery);
     const Identity root = Identity::root();
     const Identity guest = Identity::of("guest");
     const Identity mdm = Identity::of("mdm");
@@ -78,13 +76,14 @@ void TestChangedCallers::processCountsAsItIsNow_data()
     QTest::newRow("guest has become root") << guest << root << process + process << true;
     QTest::newRow("guest has become privileged")
         << guest << guest.inGroup("privileged") << process + process << true;
-    QTest::newRow("root has become guest") << root << guest << both << false;
+    QTest::newRow("root has become guest") << root << guest << BothQueries << false;
     QTest::newRow("privileged has become guest")
-        << guest.inGroup("privileged") << guest << both << false;
-    QTest::newRow("root has become ids without a name") << root << withoutName() << both << false;
+        << guest.inGroup("privileged") << guest << BothQueries << false;
+    QTest::newRow("root has become ids without a name")
+        << root << withoutName() << BothQueries << false;
     // The user is the one that the bus knows.
-    QTest::newRow("member has become guest") << mdm << guest << both + both << true;
-    QTest::newRow("guest has become member") << guest << mdm << both << false;
+    QTest::newRow("member has become guest") << mdm << guest << BothQueries + BothQueries << true;
+    QTest::newRow("guest has become member") << guest << mdm << BothQueries << false;
 }
 
 void TestChangedCallers::processCountsAsItIsNow()
@@ -93,7 +92,7 @@ void TestChangedCallers::processCountsAsItIsNow()
     QFETCH(Identity, now);
     QFETCH(QStringList, queries);
     QFETCH(bool, isAllowed);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     Bus bus;
     const QDBusConnection connection = [&] {
@@ -108,7 +107,7 @@ void TestChangedCallers::processCountsAsItIsNow()
         return call(connection, cameraOff());
     }();
 
-    QCOMPARE(daemon.events().size(), isAllowed ? 1 : 0);
+    QCOMPARE(daemon.recorded().size(), isAllowed ? 1 : 0);
     QCOMPARE(reply.type() == QDBusMessage::ReplyMessage, isAllowed);
     if (!isAllowed)
         QCOMPARE(reply.errorMessage(), denialText(QCoreApplication::applicationPid()));

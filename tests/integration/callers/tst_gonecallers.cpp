@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/borrowedsockets.h"
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/groupmembership.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/untouched.h"
+#include "support/watcheddaemon.h"
 
 #include <QDBusVariant>
 #include <QtTest>
@@ -17,18 +19,11 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Cellular = QStringLiteral("cellular");
 const QString Policy = QStringLiteral("Policy");
 const QString Switch = QStringLiteral("Switch");
 const QString Write = QStringLiteral("SetKeyValue");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 const QString KeyPolicyTypes = QStringLiteral("keyPolicyTypes");
-
-const QString ProcessQuery = QStringLiteral("GetConnectionUnixProcessID caller");
-const QStringList Check = {ProcessQuery, QStringLiteral("GetConnectionUnixUser caller")};
 
 QVariant inVariant(bool value)
 {
@@ -86,10 +81,9 @@ void TestGoneCallers::identities()
 void TestGoneCallers::goneBeforeThePolicyCheck()
 {
     QFETCH(Identity, identity);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
-    const FileSnapshot before = Files::snapshot(PolicyFile);
+    Untouched all(daemon);
 
     daemon.process().pause();
     Caller caller(identity);
@@ -97,11 +91,8 @@ void TestGoneCallers::goneBeforeThePolicyCheck()
     caller.vanish();
     daemon.process().resume();
 
-    QCOMPARE(daemon.messages(caller.busName()), Check + QStringList(denialReply(0)));
-    QCOMPARE(daemon.events(), QStringList());
-    QCOMPARE(daemon.log(), QStringList());
-    QCOMPARE(Files::snapshot(PolicyFile), before);
-    QVERIFY(QFile::exists(CameraMarker));
+    QCOMPARE(daemon.messages(caller.busName()), BothQueries + QStringList(denialReply(0)));
+    QCOMPARE(all.traces(), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
 }
 
@@ -110,9 +101,9 @@ void TestGoneCallers::goneBeforeTheSwitchCheck()
     QFETCH(Identity, identity);
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
+    Untouched all(daemon);
     const int before = plugin.mark();
 
     daemon.process().pause();
@@ -121,10 +112,9 @@ void TestGoneCallers::goneBeforeTheSwitchCheck()
     caller.vanish();
     daemon.process().resume();
 
-    QCOMPARE(daemon.messages(caller.busName()), Check + QStringList(denialReply(0)));
+    QCOMPARE(daemon.messages(caller.busName()), BothQueries + QStringList(denialReply(0)));
     QCOMPARE(plugin.calls(before), QStringList());
-    QCOMPARE(daemon.events(), QStringList());
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(all.traces(), QStringList());
     QVERIFY(!QFile::exists(SwitchFile));
 }
 
@@ -144,9 +134,8 @@ void TestGoneCallers::goneBetweenTheChecksOfAPolicy()
     Files::write(PolicyFile, "[policy]\nCameraEnabled=" + other + "\n");
     SwitchPlugin plugin; // its one switch governs another policy
     plugin.setSwitch(Cellular, {2}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
 
     plugin.hold(KeyPolicyTypes);
@@ -159,11 +148,11 @@ void TestGoneCallers::goneBetweenTheChecksOfAPolicy()
     const QString change = QStringLiteral("CameraEnabled changed. Old value %1. New value %2.")
                                .arg(QString::fromLatin1(other), QString::fromLatin1(text));
     QStringList messages(ProcessQuery);
-    messages << eventCall(change) << Check << denialReply(0)
+    messages << eventCall(change) << BothQueries << denialReply(0)
              << QLatin1String("PolicyChanged CameraEnabled ") + QString::fromLatin1(text);
     QCOMPARE(daemon.messages(caller.busName()), messages);
-    QCOMPARE(daemon.events(), QStringList(QLatin1String("Policy ") + change));
-    QCOMPARE(daemon.log(),
+    QCOMPARE(daemon.recorded(), QStringList(QLatin1String("Policy ") + change));
+    QCOMPARE(daemon.logged(),
              QStringList(QStringLiteral("warning|default|Failed to enforce policy: "
                                         "\"CameraEnabled\" = %1")
                              .arg(QString::fromLatin1(text))));
@@ -176,9 +165,8 @@ void TestGoneCallers::goneBetweenTheChecksOfASwitch()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1, 3}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
 
     plugin.hold(QStringLiteral("setKeyValue"));
@@ -190,12 +178,13 @@ void TestGoneCallers::goneBetweenTheChecksOfASwitch()
 
     const QString change = QStringLiteral("cellular changed. Old value true. New value false.");
     QStringList messages(ProcessQuery);
-    messages << Check << denialReply(0) << QStringLiteral("PolicyChanged CameraEnabled false")
-             << Check << denialReply(0) << QStringLiteral("PolicyChanged BluetoothEnabled false")
+    messages << BothQueries << denialReply(0) << QStringLiteral("PolicyChanged CameraEnabled false")
+             << BothQueries << denialReply(0)
+             << QStringLiteral("PolicyChanged BluetoothEnabled false")
              << QStringLiteral("SwitchChanged cellular false") << eventCall(change);
     QCOMPARE(daemon.messages(caller.busName()), messages);
-    QCOMPARE(daemon.events(), QStringList(QLatin1String("Policy ") + change));
-    QCOMPARE(daemon.log(),
+    QCOMPARE(daemon.recorded(), QStringList(QLatin1String("Policy ") + change));
+    QCOMPARE(daemon.logged(),
              texts({"warning|default|Failed to enforce switch policy: \"cellular\" - "
                     "\"CameraEnabled\"",
                     "warning|default|Failed to enforce switch policy: \"cellular\" - "
@@ -220,9 +209,8 @@ void TestGoneCallers::goneProcessIsJudgedByItsUser()
 {
     QFETCH(Identity, identity);
     QFETCH(bool, isAllowed);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     daemon.process().pause();
     Caller caller(identity);
@@ -232,21 +220,20 @@ void TestGoneCallers::goneProcessIsJudgedByItsUser()
     daemon.process().resume();
 
     const QStringList messages = daemon.messages(caller.busName());
-    const QStringList refused = Check + QStringList(denialReply(caller.processId()));
-    QStringList allowed = Check;
-    allowed << eventCall("CameraEnabled changed. Old value true. New value false.") << Check
+    const QStringList refused = BothQueries + QStringList(denialReply(caller.processId()));
+    QStringList allowed = BothQueries;
+    allowed << eventCall("CameraEnabled changed. Old value true. New value false.") << BothQueries
             << texts({"PolicyChanged CameraEnabled false", "return true"});
     QCOMPARE(messages, isAllowed ? allowed : refused);
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
     QCOMPARE(QFile::exists(CameraMarker), !isAllowed);
 }
 
 void TestGoneCallers::failedQueriesStandForRoot()
 {
     const GroupMembership membership("root", "pellora-mdm");
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     daemon.process().pause();
     Caller caller(Identity::of("guest"));
@@ -255,8 +242,8 @@ void TestGoneCallers::failedQueriesStandForRoot()
     daemon.process().resume();
 
     QCOMPARE(daemon.messages(caller.busName()).filter(QStringLiteral("GetConnection")),
-             Check + Check);
-    QCOMPARE(daemon.log(), QStringList());
+             BothQueries + BothQueries);
+    QCOMPARE(daemon.logged(), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(false));
     QVERIFY(!QFile::exists(CameraMarker));
 }

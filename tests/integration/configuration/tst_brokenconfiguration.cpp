@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/mount.h"
 #include "support/neighbours.h"
@@ -26,7 +27,6 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 const QString Seed = QStringLiteral("/etc/policy/policy.d/seed.conf");
 const QString Failure = QStringLiteral("warning|default|Failed to save configuration to file "
                                        "\"/etc/policy/switch.conf\"");
@@ -82,7 +82,7 @@ private Q_SLOTS:
 void TestBrokenConfiguration::init()
 {
     Files::reset();
-    Files::write(QStringLiteral("/var/lib/govd/camera_enabled"), {});
+    Files::write(CameraMarker, {});
     Files::write(QStringLiteral("/var/lib/govd/user_report_enabled"), {});
 }
 
@@ -112,7 +112,7 @@ void TestBrokenConfiguration::fileThatIsNoKeyFileStopsEverything()
                           QStringLiteral("warning|default|Error loading key file ") + error, 46));
     QVERIFY(Client().haveNoValue(platformKeys()));
     QVERIFY(Files::snapshot(PolicyFile) == before);
-    QVERIFY(!QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(!QFile::exists(CameraMarker));
     QVERIFY(!QFile::exists(QStringLiteral("/var/lib/govd/user_report_enabled")));
     QVERIFY(QFile::exists(QStringLiteral("/var/lib/devel-su/.disable")));
 }
@@ -176,7 +176,7 @@ void TestBrokenConfiguration::unwritableDirectoryStopsEverything()
     QVERIFY(Client().haveNoValue(platformKeys()));
     QCOMPARE(Files::read(PolicyFile), content);
     QCOMPARE(QDir(QStringLiteral("/etc/policy")).exists(), place == QLatin1String("read-only"));
-    QVERIFY(!QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(!QFile::exists(CameraMarker));
     QVERIFY(QFile::exists(QStringLiteral("/var/lib/devel-su/.disable")));
     systemLog.settle();
     QCOMPARE(systemLog.lines().size(), 0);
@@ -239,7 +239,7 @@ void TestBrokenConfiguration::policiesAreWrittenOnceThatIsPossible()
     QCOMPARE(client.policy(QStringLiteral("CameraEnabled")), QVariant(true));
     QVERIFY(client.haveNoValue(platformKeys().mid(2)));
     QCOMPARE(Files::read(PolicyFile), QByteArray("[policy]\nCameraEnabled=true\n"));
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
 }
 
 void TestBrokenConfiguration::nextStartFindsTheMendedFile()

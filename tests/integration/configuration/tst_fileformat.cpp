@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/platformkeys.h"
 #include "support/texts.h"
@@ -12,9 +13,7 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 const QString Seed = QStringLiteral("/etc/policy/policy.d/seed.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
 
 QStringList usualLog()
 {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/neighbours.h"
@@ -21,9 +22,7 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 const QString Directory = QStringLiteral("/etc/policy/policy.d/");
-const QString Camera = QStringLiteral("CameraEnabled");
 const QByteArray Forbidden = "[policy]\nCameraEnabled=false\n";
 const QByteArray Allowed = "[policy]\nCameraEnabled=true\n";
 

@@ -3,6 +3,7 @@
 #include "support/busmonitor.h"
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/openwatch.h"
 #include "support/switchplugin.h"
@@ -15,7 +16,6 @@ using namespace Support;
 
 namespace {
 
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
 const QString Directory = QStringLiteral("/etc/policy/switch.d/");
 const QString Lens = QStringLiteral("lens");
 const QString Radio = QStringLiteral("radio");
@@ -247,27 +247,27 @@ void TestSwitchFiles::valuesAreAudited()
 void TestSwitchFiles::switchesGoBeforePolicies()
 {
     Files::write(SwitchFile, LensOn);
-    Files::write(QStringLiteral("/etc/policy/policy.conf"), "[policy]\nCameraEnabled=true\n");
+    Files::write(PolicyFile, "[policy]\nCameraEnabled=true\n");
     SwitchPlugin plugin;
     plugin.setSwitch(Lens, {1}, false);
     plugin.setEntry(Lens, QStringLiteral("announce"), QStringLiteral("never"));
     plugin.hold(QStringLiteral("setKeyValue"));
     Daemon daemon;
-    const OpenWatch policies(QStringLiteral("/etc/policy/policy.conf"));
+    const OpenWatch policies(PolicyFile);
     daemon.launch();
     QVERIFY(plugin.waitForCall(QStringLiteral("holding setKeyValue")));
     QCOMPARE(policies.opened(), 0);
     plugin.release();
     QVERIFY(daemon.waitUntilReady());
     QVERIFY(policies.opened() > 0);
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
 }
 
 void TestSwitchFiles::announcementsDuringTheStartAreTaken()
 {
     // The policy has no value yet when its switch changes, so it is enforced as off at first.
     Files::write(SwitchFile, LensOn);
-    Files::write(QStringLiteral("/var/lib/govd/camera_enabled"), {});
+    Files::write(CameraMarker, {});
     SwitchPlugin plugin;
     plugin.setSwitch(Lens, {1}, false);
     plugin.hold(QStringLiteral("keyValue"));
@@ -275,7 +275,7 @@ void TestSwitchFiles::announcementsDuringTheStartAreTaken()
     Daemon daemon;
     daemon.launch();
     QVERIFY(plugin.waitForCall(QStringLiteral("holding keyValue"))); // the old value, for the audit
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
     const int mark = plugin.mark();
     plugin.hold(QStringLiteral("none"));
     QVERIFY(plugin.waitForCall(QStringLiteral("setKeyValue lens true"), mark));

@@ -3,11 +3,12 @@
 #include "simulator/audiopolicy.h"
 #include "simulator/servicethread.h"
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/mount.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -17,10 +18,7 @@ namespace {
 
 const QString Cellular = QStringLiteral("cellular");
 const QString Radio = QStringLiteral("radio");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
 const QString SeedFile = QStringLiteral("/etc/policy/switch.d/seed");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
 } // namespace
 
@@ -62,16 +60,16 @@ void TestSwitchStart::switchValuesAreRecordedAndPolicyValuesAreNot()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
     plugin.setSwitch(Radio, {3}, true);
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(daemon.events(),
+    QCOMPARE(daemon.recorded(),
              texts({"Policy radio changed. Old value true. New value false.",
                     "Policy cellular changed. Old value true. New value true."}));
     QCOMPARE(daemon.messages().filter(QStringLiteral("sendEventStringAlt")),
              (QStringList{eventCall("radio changed. Old value true. New value false."),
                           eventCall("cellular changed. Old value true. New value true.")}));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
 }
 
 void TestSwitchStart::restartKeepsValues()
@@ -79,7 +77,7 @@ void TestSwitchStart::restartKeepsValues()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
     plugin.setSwitch(Radio, {3}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Caller().setSwitch(Cellular, false).value(), QVariant(true));
     QCOMPARE(daemon.process().stop(), 0);
@@ -87,14 +85,15 @@ void TestSwitchStart::restartKeepsValues()
     plugin.setEntry(Cellular, QStringLiteral("value"), true); // a plugin without a memory
     const int before = plugin.mark();
     daemon.forget();
-    QVERIFY(daemon.start());
+    QVERIFY(daemon.startObserved());
     QCOMPARE(plugin.calls(before).filter(QStringLiteral("setKeyValue")),
              texts({"setKeyValue cellular false"}));
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(false));
     QCOMPARE(Caller().switchValue(Radio).value(), QVariant(true));
     QCOMPARE(Caller().policy(QStringLiteral("CameraEnabled")).value(), QVariant(false));
     QVERIFY(!QFile::exists(CameraMarker));
-    QCOMPARE(daemon.events(), texts({"Policy cellular changed. Old value true. New value false."}));
+    QCOMPARE(daemon.recorded(),
+             texts({"Policy cellular changed. Old value true. New value false."}));
 }
 
 void TestSwitchStart::unsavableValueStaysWithThePlugin()
@@ -103,16 +102,16 @@ void TestSwitchStart::unsavableValueStaysWithThePlugin()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
     const Mount disk = Mount::readOnly(QStringLiteral("/etc/policy"));
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    const QStringList log = daemon.log();
+    const QStringList log = daemon.complaints();
     QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error saving key file ")));
     QVERIFY(log.at(0).contains(SwitchFile));
     QCOMPARE(log.at(1),
              QStringLiteral("warning|default|Failed to save configuration to file "
                             "\"/etc/policy/switch.conf\""));
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
     QCOMPARE(plugin.value(Cellular), QJsonValue(false));
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(false));
 }
@@ -151,7 +150,7 @@ void TestSwitchStart::enforcementsOfTheStart()
     Simulator::ServiceThread thread;
     auto *audio = thread.create<Simulator::AudioPolicy>();
     QVERIFY(thread.run([audio] { return audio->appear(); }));
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
 
     const auto calls = thread.run([audio] { return audio->calls(); });
@@ -167,14 +166,14 @@ void TestSwitchStart::failingSwitchForcesItsPoliciesOff()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, 3);
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     // Once as the default is stored, once in the pass over all policies.
     const QStringList failure =
         texts({"warning|default|AccessSwitch plugin failed to retrieve value for key: \"cellular\"",
                "warning|default|Return code: 3"});
-    QCOMPARE(daemon.log(), failure + failure);
+    QCOMPARE(daemon.complaints(), failure + failure);
     QVERIFY(!QFile::exists(CameraMarker));
     QCOMPARE(Files::values(PolicyFile).value(QStringLiteral("CameraEnabled")),
              QStringLiteral("true"));
@@ -187,8 +186,8 @@ void TestSwitchStart::announcementLaterComesToTheBus()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, false);
     plugin.setEntry(Cellular, QStringLiteral("announce"), QStringLiteral("later"));
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     QVERIFY(daemon.monitor().waitFor([](const BusMessage &message) {
         return message.isSignal(QStringLiteral("SwitchChanged"));
     }));

@@ -2,14 +2,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/developermode.h"
 #include "simulator/networktechnology.h"
-#include "support/enforcement.h"
+#include "support/files.h"
 #include "support/neighbour.h"
+#include "support/watcheddaemon.h"
+#include "support/wording.h"
 
 #include <QTest>
 
-using Support::Enforcement;
-using Support::Oddity;
-using Support::Trouble;
+using namespace Support;
 
 namespace {
 
@@ -21,14 +21,14 @@ const QString NetworkName = QStringLiteral("net.connman");
 
 QString disableRemoteAccess()
 {
-    return Enforcement::callText(QStringLiteral("org.kvt.developermode / org.kvt.developermode"),
-                                 QStringLiteral("SetRemoteConnectionEnabled"), QStringLiteral("b"),
-                                 {false});
+    return Wording::call(QStringLiteral("org.kvt.developermode / org.kvt.developermode"),
+                         QStringLiteral("SetRemoteConnectionEnabled"), QStringLiteral("b"),
+                         {false});
 }
 
 QString disableTethering()
 {
-    return Enforcement::callText(
+    return Wording::call(
         QStringLiteral("net.connman /net/connman/technology/wifi net.connman.Technology"),
         QStringLiteral("SetProperty"), QStringLiteral("sv"), {QStringLiteral("Tethering"), false});
 }
@@ -40,6 +40,7 @@ class TestConnectivity : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
 
     void remoteAccessIsDisabledOnBothRoutes();
     void remoteAccessIsDisabledDirectlyWhileTheServiceIsUnseen();
@@ -60,52 +61,50 @@ private Q_SLOTS:
 
 void TestConnectivity::remoteAccessIsDisabledOnBothRoutes()
 {
-    Support::Neighbour<Simulator::DeveloperMode> mode;
+    Neighbour<Simulator::DeveloperMode> mode;
     mode.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(DeveloperMode, false));
+    QVERIFY(daemon.change(DeveloperMode, false));
 
-    QCOMPARE(device.calls(), QStringList({disableRemoteAccess(), disableRemoteAccess()}));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList({disableRemoteAccess(), disableRemoteAccess()}));
+    QCOMPARE(daemon.logged(), QStringList());
     QVERIFY(!mode.ask(
         [](Simulator::DeveloperMode &service) { return service.isRemoteConnectionEnabled(); }));
 }
 
 void TestConnectivity::remoteAccessIsDisabledDirectlyWhileTheServiceIsUnseen()
 {
-    Support::Neighbour<Simulator::DeveloperMode> mode;
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    Neighbour<Simulator::DeveloperMode> mode;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(DeveloperMode, false));
-    QCOMPARE(device.calls(), QStringList(disableRemoteAccess()));
-    QCOMPARE(device.log(),
+    QVERIFY(daemon.change(DeveloperMode, false));
+    QCOMPARE(daemon.calls(), QStringList(disableRemoteAccess()));
+    QCOMPARE(daemon.logged(),
              QStringList(QStringLiteral(
                  "warning|default|Failed to disable remote access in developer mode.")));
 
-    device.forget();
+    daemon.forget();
     mode.appear();
-    QCOMPARE(device.calls(), QStringList(disableRemoteAccess()));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(disableRemoteAccess()));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestConnectivity::allowedDeveloperModeSwitchesNoRemoteAccessOn()
 {
-    Support::Neighbour<Simulator::DeveloperMode> mode;
+    Neighbour<Simulator::DeveloperMode> mode;
     mode.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QCOMPARE(device.calls(DeveloperModeName), QStringList());
-    QVERIFY(device.change(DeveloperMode, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.calls(DeveloperModeName), QStringList());
+    QVERIFY(daemon.change(DeveloperMode, false));
+    daemon.forget();
 
-    QVERIFY(device.change(DeveloperMode, true));
+    QVERIFY(daemon.change(DeveloperMode, true));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(!mode.ask(
         [](Simulator::DeveloperMode &service) { return service.isRemoteConnectionEnabled(); }));
 }
@@ -118,19 +117,18 @@ void TestConnectivity::failureForRemoteAccessIsOneLineForEachRoute_data()
 void TestConnectivity::failureForRemoteAccessIsOneLineForEachRoute()
 {
     QFETCH(Trouble, trouble);
-    Support::Neighbour<Simulator::DeveloperMode> mode;
+    Neighbour<Simulator::DeveloperMode> mode;
     mode.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     mode.suffer(trouble);
 
-    QVERIFY(device.change(DeveloperMode, false));
+    QVERIFY(daemon.change(DeveloperMode, false));
 
-    QCOMPARE(device.calls(), QStringList({disableRemoteAccess(), disableRemoteAccess()}));
+    QCOMPARE(daemon.calls(), QStringList({disableRemoteAccess(), disableRemoteAccess()}));
     const QString failure =
         QStringLiteral("warning|default|Failed to disable remote access in developer mode.");
-    QCOMPARE(device.log(), QStringList({failure, failure}));
+    QCOMPARE(daemon.logged(), QStringList({failure, failure}));
 }
 
 void TestConnectivity::oddAnswerForRemoteAccessIsSuccess_data()
@@ -141,67 +139,65 @@ void TestConnectivity::oddAnswerForRemoteAccessIsSuccess_data()
 void TestConnectivity::oddAnswerForRemoteAccessIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::DeveloperMode> mode;
+    Neighbour<Simulator::DeveloperMode> mode;
     mode.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     mode.fail(oddity.fault);
 
-    QVERIFY(device.change(DeveloperMode, false));
+    QVERIFY(daemon.change(DeveloperMode, false));
 
-    QCOMPARE(device.calls(), QStringList({disableRemoteAccess(), disableRemoteAccess()}));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList({disableRemoteAccess(), disableRemoteAccess()}));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestConnectivity::tetheringIsDisabled()
 {
-    Support::Neighbour<Simulator::NetworkTechnology> wifi;
+    Neighbour<Simulator::NetworkTechnology> wifi;
     wifi.ask([](Simulator::NetworkTechnology &service) { service.setTethering(true); });
     wifi.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QCOMPARE(device.calls(NetworkName), QStringList());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.calls(NetworkName), QStringList());
+    daemon.forget();
 
-    QVERIFY(device.change(Tethering, false));
+    QVERIFY(daemon.change(Tethering, false));
 
-    QCOMPARE(device.calls(), QStringList(disableTethering()));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(disableTethering()));
+    QCOMPARE(daemon.logged(), QStringList());
     QVERIFY(!wifi.ask([](Simulator::NetworkTechnology &service) { return service.isTethering(); }));
 }
 
 void TestConnectivity::allowedTetheringIsNotRestored()
 {
-    Support::Neighbour<Simulator::NetworkTechnology> wifi;
+    Neighbour<Simulator::NetworkTechnology> wifi;
     wifi.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Tethering, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Tethering, false));
+    daemon.forget();
 
-    QVERIFY(device.change(Tethering, true));
+    QVERIFY(daemon.change(Tethering, true));
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestConnectivity::tetheringWaitsForTheService()
 {
-    Support::Neighbour<Simulator::NetworkTechnology> wifi;
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
-    QVERIFY(device.change(Tethering, false));
-    QVERIFY(device.change(Tethering, true));
-    QVERIFY(device.change(Tethering, false));
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    Neighbour<Simulator::NetworkTechnology> wifi;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Tethering, false));
+    QVERIFY(daemon.change(Tethering, true));
+    QVERIFY(daemon.change(Tethering, false));
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 
     wifi.appear();
 
-    QCOMPARE(device.calls(), QStringList({disableTethering(), disableTethering()}));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList({disableTethering(), disableTethering()}));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestConnectivity::failureForTetheringNamesTheError_data()
@@ -212,17 +208,16 @@ void TestConnectivity::failureForTetheringNamesTheError_data()
 void TestConnectivity::failureForTetheringNamesTheError()
 {
     QFETCH(Trouble, trouble);
-    Support::Neighbour<Simulator::NetworkTechnology> wifi;
+    Neighbour<Simulator::NetworkTechnology> wifi;
     wifi.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     wifi.suffer(trouble);
 
-    QVERIFY(device.change(Tethering, false));
+    QVERIFY(daemon.change(Tethering, false));
 
-    QCOMPARE(device.calls(), QStringList(disableTethering()));
-    QCOMPARE(device.log(),
+    QCOMPARE(daemon.calls(), QStringList(disableTethering()));
+    QCOMPARE(daemon.logged(),
              QStringList(QStringLiteral("warning|default|Failed to disable internet sharing:"
                                         " QDBusError(\"%1\", \"%2\")")
                              .arg(trouble.errorName, trouble.errorMessage)));
@@ -236,17 +231,16 @@ void TestConnectivity::oddAnswerForTetheringIsSuccess_data()
 void TestConnectivity::oddAnswerForTetheringIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::NetworkTechnology> wifi;
+    Neighbour<Simulator::NetworkTechnology> wifi;
     wifi.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     wifi.fail(oddity.fault);
 
-    QVERIFY(device.change(Tethering, false));
+    QVERIFY(daemon.change(Tethering, false));
 
-    QCOMPARE(device.calls(), QStringList(disableTethering()));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(disableTethering()));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestConnectivity)

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/applicationsandbox.h"
-#include "support/enforcement.h"
+#include "support/files.h"
 #include "support/neighbour.h"
+#include "support/watcheddaemon.h"
+#include "support/wording.h"
 
 #include <QTest>
 
-using Support::Enforcement;
-using Support::Oddity;
-using Support::Trouble;
+using namespace Support;
 
 namespace {
 
@@ -37,7 +37,7 @@ const QVector<Row> rows{
 
 QString changeDenylist(bool isAllowed, const QStringList &applications)
 {
-    return Enforcement::callText(
+    return Wording::call(
         QStringLiteral("org.pelloraos.appjaild1 /org/pelloraos/appjaild1 org.pelloraos.appjaild1"),
         isAllowed ? QStringLiteral("RemoveFromGlobalDenylist")
                   : QStringLiteral("AddToGlobalDenylist"),
@@ -69,10 +69,10 @@ void addPolicyRows()
 }
 
 /// Brings the policy to the other value, so that the change to @p value is one.
-bool prepare(Enforcement &device, const QString &key, bool value)
+bool prepare(WatchedDaemon &daemon, const QString &key, bool value)
 {
-    const bool done = device.change(key, !value);
-    device.forget();
+    const bool done = daemon.change(key, !value);
+    daemon.forget();
     return done;
 }
 
@@ -83,6 +83,8 @@ class TestDenylist : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void denylistFollowsThePolicy_data();
     void denylistFollowsThePolicy();
     void otherPoliciesDoNotReachTheSandbox_data();
@@ -108,15 +110,15 @@ void TestDenylist::denylistFollowsThePolicy()
     QFETCH(QString, key);
     QFETCH(QStringList, applications);
     QFETCH(bool, value);
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(prepare(device, key, value));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(prepare(daemon, key, value));
 
-    QVERIFY(device.change(key, value));
+    QVERIFY(daemon.change(key, value));
 
-    QCOMPARE(device.calls(SandboxName), QStringList(changeDenylist(value, applications)));
+    QCOMPARE(daemon.calls(SandboxName), QStringList(changeDenylist(value, applications)));
 }
 
 void TestDenylist::otherPoliciesDoNotReachTheSandbox_data()
@@ -131,38 +133,37 @@ void TestDenylist::otherPoliciesDoNotReachTheSandbox_data()
 void TestDenylist::otherPoliciesDoNotReachTheSandbox()
 {
     QFETCH(QString, key);
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(key, false));
-    QVERIFY(device.change(key, true));
+    QVERIFY(daemon.change(key, false));
+    QVERIFY(daemon.change(key, true));
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestDenylist::stateOfTheSandboxFollows()
 {
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     const auto denylist = [](Simulator::ApplicationSandbox &service) {
         return service.denylist();
     };
 
-    QVERIFY(device.change(QStringLiteral("CameraEnabled"), false));
-    QVERIFY(device.change(QStringLiteral("VoiceCallsEnabled"), false));
-    QVERIFY(device.change(QStringLiteral("MicrophoneEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("CameraEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("VoiceCallsEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("MicrophoneEnabled"), false));
     QCOMPARE(
         sandbox.ask(denylist),
         QStringList({QStringLiteral("org.kvt.camera"), QStringLiteral("org.kvt.cameralockscreen"),
                      QStringLiteral("voicecall-ui")}));
 
-    QVERIFY(device.change(QStringLiteral("CameraEnabled"), true));
+    QVERIFY(daemon.change(QStringLiteral("CameraEnabled"), true));
     QCOMPARE(sandbox.ask(denylist), QStringList(QStringLiteral("voicecall-ui")));
 }
 
@@ -176,17 +177,17 @@ void TestDenylist::failureListsThePackages()
     QFETCH(QString, key);
     QFETCH(QStringList, applications);
     QFETCH(bool, value);
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(prepare(device, key, value));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(prepare(daemon, key, value));
     sandbox.fail(Simulator::Fault::error());
 
-    QVERIFY(device.change(key, value));
+    QVERIFY(daemon.change(key, value));
 
-    QCOMPARE(device.calls(SandboxName), QStringList(changeDenylist(value, applications)));
-    const QStringList warnings = device.log().filter(QStringLiteral("warning|"));
+    QCOMPARE(daemon.calls(SandboxName), QStringList(changeDenylist(value, applications)));
+    const QStringList warnings = daemon.logged().filter(QStringLiteral("warning|"));
     QCOMPARE(warnings, QStringList(failure(value, applications)));
 }
 
@@ -198,16 +199,15 @@ void TestDenylist::failureForEveryKindOfTroubleIsTheSame_data()
 void TestDenylist::failureForEveryKindOfTroubleIsTheSame()
 {
     QFETCH(Trouble, trouble);
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     sandbox.suffer(trouble);
 
-    QVERIFY(device.change(QStringLiteral("CameraEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("CameraEnabled"), false));
 
-    QCOMPARE(device.log(),
+    QCOMPARE(daemon.logged(),
              QStringList(QStringLiteral("warning|default|Failed to add packages to global denylist:"
                                         " (\"org.kvt.cameralockscreen\", \"org.kvt.camera\")")));
 }
@@ -220,46 +220,45 @@ void TestDenylist::oddAnswerIsSuccess_data()
 void TestDenylist::oddAnswerIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     sandbox.fail(oddity.fault);
 
-    QVERIFY(device.change(QStringLiteral("VoiceCallsEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("VoiceCallsEnabled"), false));
 
-    QCOMPARE(device.calls(), QStringList(changeDenylist(false, {QStringLiteral("voicecall-ui")})));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(changeDenylist(false, {QStringLiteral("voicecall-ui")})));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 /// Each policy is told once as its value is stored, and once when all are set up.
 void TestDenylist::allPoliciesAreToldAtStart()
 {
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     QStringList once;
     for (const Row &row : rows) // user reports are forbidden without device information
         once.append(changeDenylist(qstrcmp(row.name, "41") != 0, row.applications));
-    QCOMPARE(device.calls(SandboxName), once + once);
+    QCOMPARE(daemon.calls(SandboxName), once + once);
 }
 
 void TestDenylist::allPoliciesAreToldWhenTheSandboxAppears()
 {
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
-    Enforcement device;
-    QVERIFY(device.start());
-    QCOMPARE(device.calls(SandboxName), QStringList());
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.calls(SandboxName), QStringList());
 
     sandbox.appear();
 
     QStringList once;
     for (const Row &row : rows)
         once.append(changeDenylist(qstrcmp(row.name, "41") != 0, row.applications));
-    QCOMPARE(device.calls(SandboxName), once + once);
+    QCOMPARE(daemon.calls(SandboxName), once + once);
 }
 
 QTEST_GUILESS_MAIN(TestDenylist)

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/watcheddaemon.h"
 
@@ -17,9 +18,6 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString Microphone = QStringLiteral("MicrophoneEnabled");
 const QString DeveloperMode = QStringLiteral("DeveloperModeEnabled");
 
 // Calls as WatchedDaemon::said() shows them

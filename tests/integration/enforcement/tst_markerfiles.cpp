@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/mount.h"
 #include "support/watcheddaemon.h"
@@ -11,7 +12,6 @@ using namespace Support;
 namespace {
 
 const QString Directory = QStringLiteral("/var/lib/govd");
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString UserReport = QStringLiteral("UserReportExportEnabled");
 
 QString failure(const char *text, const QString &path)
@@ -23,7 +23,7 @@ QString failure(const char *text, const QString &path)
 void storeAtStart(bool value)
 {
     const QByteArray text = value ? "true" : "false";
-    Files::write(QStringLiteral("/etc/policy/policy.conf"),
+    Files::write(PolicyFile,
                  "[policy]\nCameraEnabled=" + text + "\nUserReportExportEnabled=" + text + '\n');
 }
 

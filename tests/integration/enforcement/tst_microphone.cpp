@@ -2,28 +2,24 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/audiopolicy.h"
 #include "support/caller.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
+#include "support/microphonestates.h"
 #include "support/neighbour.h"
+#include "support/wording.h"
 
 #include <QTest>
 
-using Support::Enforcement;
-using Support::Oddity;
-using Support::Trouble;
+using namespace Support;
 
 namespace {
 
-const QString Microphone = QStringLiteral("MicrophoneEnabled");
-const QString AudioPolicyName = QStringLiteral("org.freedesktop.ohm.mdm");
-
 QString setMicrophone(bool isEnabled)
 {
-    return Enforcement::callText(
+    return Wording::call(
         QStringLiteral("org.freedesktop.ohm.mdm /org/freedesktop/ohm/mdm org.freedesktop.ohm.mdm"),
         QStringLiteral("Set"), QStringLiteral("ss"),
-        {QStringLiteral("microphone"),
-         isEnabled ? QStringLiteral("enabled") : QStringLiteral("disabled")});
+        {QStringLiteral("microphone"), isEnabled ? Enabled : Disabled});
 }
 
 } // namespace
@@ -33,6 +29,8 @@ class TestMicrophone : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void microphoneFollowsThePolicyBothWays();
     void microphoneIsSetAtStart_data();
     void microphoneIsSetAtStart();
@@ -46,24 +44,23 @@ private Q_SLOTS:
 
 void TestMicrophone::microphoneFollowsThePolicyBothWays()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     const auto isEnabled = [](Simulator::AudioPolicy &service) {
         return service.isMicrophoneEnabled();
     };
 
-    QVERIFY(device.change(Microphone, false));
-    QCOMPARE(device.calls(), QStringList(setMicrophone(false)));
+    QVERIFY(daemon.change(Microphone, false));
+    QCOMPARE(daemon.calls(), QStringList(setMicrophone(false)));
     QVERIFY(!audio.ask(isEnabled));
 
-    device.forget();
-    QVERIFY(device.change(Microphone, true));
-    QCOMPARE(device.calls(), QStringList(setMicrophone(true)));
+    daemon.forget();
+    QVERIFY(daemon.change(Microphone, true));
+    QCOMPARE(daemon.calls(), QStringList(setMicrophone(true)));
     QVERIFY(audio.ask(isEnabled));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestMicrophone::microphoneIsSetAtStart_data()
@@ -77,15 +74,15 @@ void TestMicrophone::microphoneIsSetAtStart_data()
 void TestMicrophone::microphoneIsSetAtStart()
 {
     QFETCH(bool, value);
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    Support::Files::write(QStringLiteral("/etc/policy/policy.conf"),
-                          value ? "[policy]\nMicrophoneEnabled=true\n"
-                                : "[policy]\nMicrophoneEnabled=false\n");
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    Files::write(PolicyFile,
+                 value ? "[policy]\nMicrophoneEnabled=true\n"
+                       : "[policy]\nMicrophoneEnabled=false\n");
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(device.calls(AudioPolicyName),
+    QCOMPARE(daemon.calls(AudioPolicyName),
              QStringList({setMicrophone(value), setMicrophone(value)}));
 }
 
@@ -103,22 +100,22 @@ void TestMicrophone::failureNamesTheDirectionAndTheError()
 {
     QFETCH(Trouble, trouble);
     QFETCH(bool, value);
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     if (value)
-        QVERIFY(device.change(Microphone, false));
-    device.forget();
+        QVERIFY(daemon.change(Microphone, false));
+    daemon.forget();
     audio.suffer(trouble);
 
-    QVERIFY(device.change(Microphone, value));
+    QVERIFY(daemon.change(Microphone, value));
 
-    QCOMPARE(device.calls(), QStringList(setMicrophone(value)));
+    QCOMPARE(daemon.calls(), QStringList(setMicrophone(value)));
     const QString line = value
         ? QStringLiteral("warning|default|Failed to enable microphone \"%1\"")
         : QStringLiteral("warning|default|Failed to disable microphone \"%1\"");
-    QCOMPARE(device.log(), QStringList(line.arg(trouble.errorName)));
+    QCOMPARE(daemon.logged(), QStringList(line.arg(trouble.errorName)));
 }
 
 void TestMicrophone::oddAnswerIsSuccess_data()
@@ -129,56 +126,51 @@ void TestMicrophone::oddAnswerIsSuccess_data()
 void TestMicrophone::oddAnswerIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     audio.fail(oddity.fault);
 
-    QVERIFY(device.change(Microphone, false));
+    QVERIFY(daemon.change(Microphone, false));
 
-    QCOMPARE(device.calls(), QStringList(setMicrophone(false)));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(setMicrophone(false)));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestMicrophone::failureIsNoBusinessOfTheCaller()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     audio.fail(Simulator::Fault::error());
 
-    const Support::Reply reply = Support::Caller().setPolicy(Microphone, false);
+    const Reply reply = Caller().setPolicy(Microphone, false);
 
     QCOMPARE(reply.errorName, QString());
     QCOMPARE(reply.signature, QStringLiteral("b"));
     QCOMPARE(reply.value(), QVariant(true));
-    QCOMPARE(Support::Caller().policy(Microphone).value(), QVariant(false));
-    QCOMPARE(Support::Files::values(QStringLiteral("/etc/policy/policy.conf")).value(Microphone),
-             QStringLiteral("false"));
-    QCOMPARE(device.announcements(),
-             QStringList(QStringLiteral("PolicyChanged [\"MicrophoneEnabled\",false]")));
+    QCOMPARE(Caller().policy(Microphone).value(), QVariant(false));
+    QCOMPARE(Files::values(PolicyFile).value(Microphone), QStringLiteral("false"));
+    QCOMPARE(daemon.announcements(), QStringList(daemon.announcement(Microphone, false)));
 }
 
 /// The daemon waits for the service: when a change is confirmed, it is in force.
 void TestMicrophone::replyToTheCallerComesAfterThatOfTheService()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     audio.fail(Simulator::Fault::late(200));
 
-    QVERIFY(device.change(Microphone, false));
-    device.monitor().settle();
+    QVERIFY(daemon.change(Microphone, false));
+    daemon.monitor().settle();
 
-    const auto change = device.monitor().calls(QStringLiteral("SetKeyValue")).value(0);
-    const auto order = device.monitor().calls(QStringLiteral("Set")).value(0);
-    const auto answers = device.monitor().messages([&](const Support::BusMessage &message) {
+    const auto change = daemon.monitor().calls(QStringLiteral("SetKeyValue")).value(0);
+    const auto order = daemon.monitor().calls(QStringLiteral("Set")).value(0);
+    const auto answers = daemon.monitor().messages([&](const BusMessage &message) {
         return message.answers(change) || message.answers(order);
     });
     QCOMPARE(answers.size(), 2);

@@ -1,33 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/audiopolicy.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
+#include "support/microphonestates.h"
 #include "support/neighbour.h"
 
 #include <QDBusConnectionInterface>
 #include <QTest>
 
 using Simulator::Fault;
-using Support::Enforcement;
+using namespace Support;
 
 namespace {
-
-const QString Microphone = QStringLiteral("MicrophoneEnabled");
-const QString AudioPolicyName = QStringLiteral("org.freedesktop.ohm.mdm");
-
-/// The microphone shows every task: it is set for both values.
-QStringList microphoneStates(Enforcement &device)
-{
-    device.monitor().settle();
-    QStringList states;
-    for (const QString &call : device.calls(AudioPolicyName))
-        states.append(call.contains(QStringLiteral("\"enabled\"")) ? QStringLiteral("enabled")
-                                                                   : QStringLiteral("disabled"));
-    return states;
-}
-
-const QString Enabled = QStringLiteral("enabled");
-const QString Disabled = QStringLiteral("disabled");
 
 QString failure(const char *verb, const char *error)
 {
@@ -44,6 +29,8 @@ class TestServiceDepartures : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void serviceThatComesBackGetsNothingAgain();
     void serviceThatLeftStillGetsItsTasks();
     void serviceThatComesBackGetsTasksAgain();
@@ -54,119 +41,118 @@ private Q_SLOTS:
 
 void TestServiceDepartures::serviceThatComesBackGetsNothingAgain()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
-    Enforcement device;
-    QVERIFY(device.start());
+    Neighbour<Simulator::AudioPolicy> audio;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     audio.appear();
-    QCOMPARE(microphoneStates(device), QStringList({Enabled, Enabled}));
-    device.forget();
+    QCOMPARE(microphoneStates(daemon), QStringList({Enabled, Enabled}));
+    daemon.forget();
 
     audio.leave();
     audio.appear();
     audio.leave();
     audio.appear();
 
-    QCOMPARE(microphoneStates(device), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(microphoneStates(daemon), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestServiceDepartures::serviceThatLeftStillGetsItsTasks()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     audio.leave();
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(Microphone, false));
-    QVERIFY(device.change(Microphone, true));
+    QVERIFY(daemon.change(Microphone, false));
+    QVERIFY(daemon.change(Microphone, true));
 
-    QCOMPARE(microphoneStates(device), QStringList({Disabled, Enabled}));
+    QCOMPARE(microphoneStates(daemon), QStringList({Disabled, Enabled}));
     QCOMPARE(
-        device.log(),
+        daemon.logged(),
         QStringList({failure("disable", "ServiceUnknown"), failure("enable", "ServiceUnknown")}));
 
-    device.forget();
+    daemon.forget();
     audio.appear();
-    QCOMPARE(microphoneStates(device), QStringList());
+    QCOMPARE(microphoneStates(daemon), QStringList());
 }
 
 void TestServiceDepartures::serviceThatComesBackGetsTasksAgain()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     audio.leave();
     audio.appear();
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(Microphone, false));
+    QVERIFY(daemon.change(Microphone, false));
 
-    QCOMPARE(microphoneStates(device), QStringList(Disabled));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(microphoneStates(daemon), QStringList(Disabled));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 /// The daemon hears of it when the service has gone already.
 void TestServiceDepartures::tasksOfAServiceThatLeavesAtOnceAreLost()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    Neighbour<Simulator::AudioPolicy> audio;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    device.daemon().pause();
+    daemon.process().pause();
     audio.appear();
     audio.leave();
-    device.daemon().resume();
+    daemon.process().resume();
 
-    QCOMPARE(microphoneStates(device), QStringList({Enabled, Enabled}));
+    QCOMPARE(microphoneStates(daemon), QStringList({Enabled, Enabled}));
     const QString unknown = failure("enable", "ServiceUnknown");
-    QCOMPARE(device.log(), QStringList({unknown, unknown}));
+    QCOMPARE(daemon.logged(), QStringList({unknown, unknown}));
 
-    device.forget();
+    daemon.forget();
     audio.appear();
-    QCOMPARE(microphoneStates(device), QStringList());
+    QCOMPARE(microphoneStates(daemon), QStringList());
 }
 
 void TestServiceDepartures::tasksThatFailInTheReplayAreLost()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.fail(Fault::error());
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     audio.appear();
 
-    QCOMPARE(microphoneStates(device), QStringList({Enabled, Enabled}));
-    QCOMPARE(device.log(), QStringList({failure("enable", "Failed"), failure("enable", "Failed")}));
+    QCOMPARE(microphoneStates(daemon), QStringList({Enabled, Enabled}));
+    QCOMPARE(daemon.logged(),
+             QStringList({failure("enable", "Failed"), failure("enable", "Failed")}));
 
-    device.forget();
+    daemon.forget();
     audio.mend();
-    QVERIFY(device.change(Microphone, false));
-    QCOMPARE(microphoneStates(device), QStringList(Disabled));
+    QVERIFY(daemon.change(Microphone, false));
+    QCOMPARE(microphoneStates(daemon), QStringList(Disabled));
 }
 
 void TestServiceDepartures::nameThatChangesHandsGetsNothingAgain()
 {
-    Support::Bus bus;
+    Bus bus;
     QDBusConnection first = bus.connect();
     QDBusConnection second = bus.connect();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     QVERIFY(first.interface()->registerService(AudioPolicyName,
                                                QDBusConnectionInterface::DontQueueService,
                                                QDBusConnectionInterface::AllowReplacement));
-    QCOMPARE(microphoneStates(device), QStringList({Enabled, Enabled}));
-    device.forget();
+    QCOMPARE(microphoneStates(daemon), QStringList({Enabled, Enabled}));
+    daemon.forget();
 
     QVERIFY(second.interface()->registerService(AudioPolicyName,
                                                 QDBusConnectionInterface::ReplaceExistingService));
 
-    QCOMPARE(microphoneStates(device), QStringList());
-    const auto changes = device.monitor().messages([](const Support::BusMessage &message) {
+    QCOMPARE(microphoneStates(daemon), QStringList());
+    const auto changes = daemon.monitor().messages([](const BusMessage &message) {
         return message.isSignal(QStringLiteral("NameOwnerChanged"))
             && message.arguments.value(0) == AudioPolicyName;
     });

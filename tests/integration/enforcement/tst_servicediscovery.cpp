@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/busrelay.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/watcheddaemon.h"
 
@@ -13,7 +14,6 @@ using namespace Support;
 
 namespace {
 
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
 const QString Connman = QStringLiteral("net.connman");
 const QString Sharing = QStringLiteral("InternetSharingEnabled");
 const QString SharingOff = QStringLiteral(R"(call SetProperty "Tethering" false)");
@@ -53,8 +53,7 @@ private Q_SLOTS:
 void TestServiceDiscovery::init()
 {
     Files::reset();
-    Files::write(QStringLiteral("/etc/policy/policy.conf"),
-                 "[policy]\nInternetSharingEnabled=false\n");
+    Files::write(PolicyFile, "[policy]\nInternetSharingEnabled=false\n");
 }
 
 void TestServiceDiscovery::presentServiceIsServedDuringTheStart()

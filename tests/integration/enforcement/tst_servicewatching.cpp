@@ -2,40 +2,23 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/applicationsandbox.h"
 #include "simulator/audiopolicy.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
+#include "support/microphonestates.h"
 #include "support/neighbour.h"
 
 #include <QTest>
 
 using Simulator::Fault;
-using Support::Enforcement;
-
-namespace {
-
-const QString Microphone = QStringLiteral("MicrophoneEnabled");
-const QString AudioPolicyName = QStringLiteral("org.freedesktop.ohm.mdm");
-
-/// The microphone shows every task: it is set for both values.
-QStringList microphoneStates(Enforcement &device)
-{
-    device.monitor().settle();
-    QStringList states;
-    for (const QString &call : device.calls(AudioPolicyName))
-        states.append(call.contains(QStringLiteral("\"enabled\"")) ? QStringLiteral("enabled")
-                                                                   : QStringLiteral("disabled"));
-    return states;
-}
-
-const QString Enabled = QStringLiteral("enabled");
-const QString Disabled = QStringLiteral("disabled");
-
-} // namespace
+using namespace Support;
 
 class TestServiceWatching : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void nothingRunsBeforeTheServiceIsSeen();
     void waitingTasksRunInOrderExactlyOnce();
     void serviceThatIsThereAtStartGetsTasksAtOnce();
@@ -49,67 +32,66 @@ private Q_SLOTS:
 
 void TestServiceWatching::nothingRunsBeforeTheServiceIsSeen()
 {
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Microphone, false));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(Microphone, false));
 
-    QCOMPARE(device.calls(AudioPolicyName), QStringList());
-    QCOMPARE(device.log().filter(QStringLiteral("microphone")), QStringList());
+    QCOMPARE(daemon.calls(AudioPolicyName), QStringList());
+    QCOMPARE(daemon.logged().filter(QStringLiteral("microphone")), QStringList());
 }
 
 /// Two tasks are of the start: the stored default and the set-up. None is merged with another.
 void TestServiceWatching::waitingTasksRunInOrderExactlyOnce()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Microphone, false));
-    QVERIFY(device.change(Microphone, true));
-    QVERIFY(device.change(Microphone, false));
-    device.forget();
+    Neighbour<Simulator::AudioPolicy> audio;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Microphone, false));
+    QVERIFY(daemon.change(Microphone, true));
+    QVERIFY(daemon.change(Microphone, false));
+    daemon.forget();
 
     audio.appear();
 
-    QCOMPARE(microphoneStates(device),
+    QCOMPARE(microphoneStates(daemon),
              QStringList({Enabled, Enabled, Disabled, Enabled, Disabled}));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestServiceWatching::serviceThatIsThereAtStartGetsTasksAtOnce()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     // Before the daemon had its name, so before anybody could have called it.
-    const auto messages = device.monitor().messages([](const Support::BusMessage &message) {
+    const auto messages = daemon.monitor().messages([](const BusMessage &message) {
         return message.isCallOf(QStringLiteral("Set"))
             || (message.isCallOf(QStringLiteral("RequestName"))
                 && message.arguments.value(0) == QStringLiteral("org.kvt.PolicyManager"));
     });
     QVERIFY(!messages.isEmpty());
     QCOMPARE(messages.last().member, QStringLiteral("RequestName"));
-    QCOMPARE(microphoneStates(device), QStringList({Enabled, Enabled}));
+    QCOMPARE(microphoneStates(daemon), QStringList({Enabled, Enabled}));
 }
 
 void TestServiceWatching::newTaskWaitsForTheReplayToEnd()
 {
-    Support::Neighbour<Simulator::AudioPolicy> audio;
+    Neighbour<Simulator::AudioPolicy> audio;
     audio.fail(Fault::late(100));
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Microphone, false));
-    QVERIFY(device.change(Microphone, true));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Microphone, false));
+    QVERIFY(daemon.change(Microphone, true));
+    daemon.forget();
 
     audio.appear();
-    QVERIFY(device.monitor().waitFor([](const Support::BusMessage &message) {
-        return message.isCallOf(QStringLiteral("Set"));
-    }));
-    QVERIFY(device.change(Microphone, false));
+    QVERIFY(daemon.monitor().waitFor(
+        [](const BusMessage &message) { return message.isCallOf(QStringLiteral("Set")); }));
+    QVERIFY(daemon.change(Microphone, false));
 
-    QCOMPARE(microphoneStates(device),
+    QCOMPARE(microphoneStates(daemon),
              QStringList({Enabled, Enabled, Disabled, Enabled, Disabled}));
 }
 
@@ -126,18 +108,18 @@ void TestServiceWatching::unwatchedNamesChangeNothing_data()
 void TestServiceWatching::unwatchedNamesChangeNothing()
 {
     QFETCH(QString, name);
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(QStringLiteral("InternetSharingEnabled"), false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(QStringLiteral("InternetSharingEnabled"), false));
+    daemon.forget();
 
-    Support::Bus bus;
+    Bus bus;
     QDBusConnection connection = bus.connect();
     QVERIFY(connection.registerService(name));
     QVERIFY(connection.unregisterService(name));
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestServiceWatching::directRouteComesFirst_data()
@@ -151,17 +133,16 @@ void TestServiceWatching::directRouteComesFirst_data()
 void TestServiceWatching::directRouteComesFirst()
 {
     QFETCH(QString, seed);
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
     sandbox.appear();
-    Enforcement device;
-    device.daemon().setEnvironment(QStringLiteral("QT_HASH_SEED"), seed);
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    daemon.process().setEnvironment(QStringLiteral("QT_HASH_SEED"), seed);
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(QStringLiteral("BrowserEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("BrowserEnabled"), false));
 
     QStringList members;
-    for (const QString &call : device.calls())
+    for (const QString &call : daemon.calls())
         members.append(call.section(QLatin1Char(' '), 3, 3));
     QCOMPARE(members,
              QStringList({QStringLiteral("Terminate"), QStringLiteral("Terminate"),
@@ -170,20 +151,20 @@ void TestServiceWatching::directRouteComesFirst()
 
 void TestServiceWatching::eachServiceHasAQueueOfItsOwn()
 {
-    Support::Neighbour<Simulator::ApplicationSandbox> sandbox;
-    Support::Neighbour<Simulator::AudioPolicy> audio;
-    Enforcement device;
-    QVERIFY(device.start());
+    Neighbour<Simulator::ApplicationSandbox> sandbox;
+    Neighbour<Simulator::AudioPolicy> audio;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     audio.appear();
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(Microphone, false));
-    QCOMPARE(microphoneStates(device), QStringList(Disabled));
-    QCOMPARE(device.calls().size(), 1);
+    QVERIFY(daemon.change(Microphone, false));
+    QCOMPARE(microphoneStates(daemon), QStringList(Disabled));
+    QCOMPARE(daemon.calls().size(), 1);
 
-    device.forget();
+    daemon.forget();
     sandbox.appear();
-    const QStringList calls = device.calls();
+    const QStringList calls = daemon.calls();
     QCOMPARE(calls.size(), 13); // six policies twice, and the change
     QVERIFY(calls.last().contains(QStringLiteral(" AddToGlobalDenylist as [[]]")));
 }

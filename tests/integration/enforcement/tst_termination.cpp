@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/runtimemanager.h"
 #include "support/caller.h"
-#include "support/enforcement.h"
 #include "support/files.h"
 #include "support/neighbour.h"
+#include "support/watcheddaemon.h"
+#include "support/wording.h"
 
 #include <QTest>
 
 using Simulator::Fault;
-using Support::Enforcement;
+using namespace Support;
 
 namespace {
 
@@ -23,10 +24,9 @@ const QString MessagesApplication = QStringLiteral("org.kvt.messages");
 
 QString terminate(const QString &application)
 {
-    return Enforcement::callText(
-        QStringLiteral("org.kvt.RuntimeManager /org/kvt/RuntimeManager/Control1"
-                       " org.kvt.RuntimeManager.Control1"),
-        QStringLiteral("Terminate"), QStringLiteral("s"), {application});
+    return Wording::call(QStringLiteral("org.kvt.RuntimeManager /org/kvt/RuntimeManager/Control1"
+                                        " org.kvt.RuntimeManager.Control1"),
+                         QStringLiteral("Terminate"), QStringLiteral("s"), {application});
 }
 
 QString notice(const QString &application, const QString &error)
@@ -41,6 +41,8 @@ class TestTermination : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void forbiddenBrowsersAreTerminatedInOrder();
     void forbiddenMessagesApplicationIsTerminated();
     void allowedApplicationsAreLeftAlone_data();
@@ -57,23 +59,23 @@ private Q_SLOTS:
 
 void TestTermination::forbiddenBrowsersAreTerminatedInOrder()
 {
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.ask([](Simulator::RuntimeManager &service) {
         service.start(QStringLiteral("org.kvt.camera"));
         service.start(WebApplication);
         service.start(BrowserApplication);
     });
     manager.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QCOMPARE(device.calls(RuntimeManager), QStringList());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.calls(RuntimeManager), QStringList());
+    daemon.forget();
 
-    QVERIFY(device.change(Browser, false));
+    QVERIFY(daemon.change(Browser, false));
 
-    QCOMPARE(device.calls(RuntimeManager),
+    QCOMPARE(daemon.calls(RuntimeManager),
              QStringList({terminate(BrowserApplication), terminate(WebApplication)}));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
     const QStringList running = manager.ask(
         [](Simulator::RuntimeManager &service) { return service.runningApplications(); });
     QCOMPARE(running, QStringList(QStringLiteral("org.kvt.camera")));
@@ -81,17 +83,16 @@ void TestTermination::forbiddenBrowsersAreTerminatedInOrder()
 
 void TestTermination::forbiddenMessagesApplicationIsTerminated()
 {
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.ask([](Simulator::RuntimeManager &service) { service.start(MessagesApplication); });
     manager.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(Messages, false));
+    QVERIFY(daemon.change(Messages, false));
 
-    QCOMPARE(device.calls(RuntimeManager), QStringList(terminate(MessagesApplication)));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(RuntimeManager), QStringList(terminate(MessagesApplication)));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestTermination::allowedApplicationsAreLeftAlone_data()
@@ -104,30 +105,29 @@ void TestTermination::allowedApplicationsAreLeftAlone_data()
 void TestTermination::allowedApplicationsAreLeftAlone()
 {
     QFETCH(QString, key);
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(key, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(key, false));
+    daemon.forget();
 
-    QVERIFY(device.change(key, true));
+    QVERIFY(daemon.change(key, true));
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 /// Once when the stored value is read and once when all policies are set up.
 void TestTermination::applicationsForbiddenSinceStartAreTerminatedTwice()
 {
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.appear();
-    Enforcement device;
-    Support::Files::write(QStringLiteral("/etc/policy/policy.conf"),
-                          "[policy]\nMessagesEnabled=false\n");
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    Files::write(QStringLiteral("/etc/policy/policy.conf"), "[policy]\nMessagesEnabled=false\n");
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(device.calls(RuntimeManager),
+    QCOMPARE(daemon.calls(RuntimeManager),
              QStringList({terminate(MessagesApplication), terminate(MessagesApplication)}));
 }
 
@@ -169,15 +169,14 @@ void TestTermination::failureIsANoticeForEachApplication()
     QFETCH(QStringList, applications);
     QFETCH(QStringList, errors);
 
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.fail(kind == Fault::Death ? Fault::death() : Fault::error());
     if (present)
         manager.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(key, false));
+    QVERIFY(daemon.change(key, false));
 
     QStringList calls;
     QStringList notices;
@@ -185,26 +184,25 @@ void TestTermination::failureIsANoticeForEachApplication()
         calls.append(terminate(applications.at(i)));
         notices.append(notice(applications.at(i), errors.at(i)));
     }
-    QCOMPARE(device.calls(RuntimeManager), calls);
-    QCOMPARE(device.log(), notices);
+    QCOMPARE(daemon.calls(RuntimeManager), calls);
+    QCOMPARE(daemon.logged(), notices);
 }
 
 void TestTermination::failureForTheFirstBrowserDoesNotStopTheSecond()
 {
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.ask([](Simulator::RuntimeManager &service) { service.start(WebApplication); });
     manager.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(Browser, false));
+    QVERIFY(daemon.change(Browser, false));
 
     const QStringList running = manager.ask(
         [](Simulator::RuntimeManager &service) { return service.runningApplications(); });
     QCOMPARE(running, QStringList());
-    QCOMPARE(device.log().size(), 1);
-    QVERIFY(device.log().at(0).startsWith(
+    QCOMPARE(daemon.logged().size(), 1);
+    QVERIFY(daemon.logged().at(0).startsWith(
         QStringLiteral("info|default|Terminating \"org.kvt.browserstandalone\" \"")));
 }
 
@@ -221,50 +219,47 @@ void TestTermination::lateOrOddAnswerIsSuccess()
 {
     QFETCH(int, delay);
     QFETCH(QVariantList, answer);
-    Support::Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::RuntimeManager> manager;
     manager.ask([](Simulator::RuntimeManager &service) { service.start(MessagesApplication); });
     manager.fail(delay > 0 ? Fault::late(delay) : Fault::wrongAnswer(answer));
     manager.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(Messages, false));
+    QVERIFY(daemon.change(Messages, false));
 
-    QCOMPARE(device.calls(RuntimeManager), QStringList(terminate(MessagesApplication)));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(RuntimeManager), QStringList(terminate(MessagesApplication)));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestTermination::failureIsNoBusinessOfTheCaller()
 {
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    const Support::Reply reply = Support::Caller().setPolicy(Browser, false);
+    const Reply reply = Caller().setPolicy(Browser, false);
 
     QCOMPARE(reply.errorName, QString());
     QCOMPARE(reply.signature, QStringLiteral("b"));
     QCOMPARE(reply.value(), QVariant(true));
-    QCOMPARE(Support::Caller().policy(Browser).value(), QVariant(false));
-    QCOMPARE(Support::Files::values(QStringLiteral("/etc/policy/policy.conf")).value(Browser),
+    QCOMPARE(Caller().policy(Browser).value(), QVariant(false));
+    QCOMPARE(Files::values(QStringLiteral("/etc/policy/policy.conf")).value(Browser),
              QStringLiteral("false"));
-    QCOMPARE(device.announcements(),
-             QStringList(QStringLiteral("PolicyChanged [\"BrowserEnabled\",false]")));
+    QCOMPARE(daemon.announcements(), QStringList(daemon.announcement(Browser, false)));
 }
 
 void TestTermination::failureIsNotRetriedWhenTheServiceAppears()
 {
-    Support::Neighbour<Simulator::RuntimeManager> manager;
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Messages, false));
-    device.forget();
+    Neighbour<Simulator::RuntimeManager> manager;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Messages, false));
+    daemon.forget();
 
     manager.appear();
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestTermination)

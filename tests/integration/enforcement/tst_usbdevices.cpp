@@ -1,29 +1,27 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/devicesentry.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
 #include "support/neighbour.h"
+#include "support/watcheddaemon.h"
+#include "support/wording.h"
 
 #include <QTest>
 
-using Support::Enforcement;
-using Support::Oddity;
-using Support::Trouble;
+using namespace Support;
 
 namespace {
-
-const QString UsbDevices = QStringLiteral("UsbDevicesEnabled");
 
 const QString DeviceSentryName = QStringLiteral("org.brinos.DeviceSentry1");
 
 QString setUsbDevices(bool isEnabled)
 {
-    return Enforcement::callText(
-        QStringLiteral("org.brinos.DeviceSentry1 /org/brinos/DeviceSentry1/Usb"
-                       " org.freedesktop.DBus.Properties"),
-        QStringLiteral("Set"), QStringLiteral("ssv"),
-        {QStringLiteral("org.brinos.DeviceSentry1.UsbManager"), QStringLiteral("Enabled"),
-         isEnabled});
+    return Wording::call(QStringLiteral("org.brinos.DeviceSentry1 /org/brinos/DeviceSentry1/Usb"
+                                        " org.freedesktop.DBus.Properties"),
+                         QStringLiteral("Set"), QStringLiteral("ssv"),
+                         {QStringLiteral("org.brinos.DeviceSentry1.UsbManager"),
+                          QStringLiteral("Enabled"), isEnabled});
 }
 
 } // namespace
@@ -33,6 +31,8 @@ class TestUsbDevices : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void usbDevicesFollowThePolicyBothWays();
     void usbDevicesAreSetAtStart_data();
     void usbDevicesAreSetAtStart();
@@ -44,21 +44,20 @@ private Q_SLOTS:
 
 void TestUsbDevices::usbDevicesFollowThePolicyBothWays()
 {
-    Support::Neighbour<Simulator::DeviceSentry> sentry;
+    Neighbour<Simulator::DeviceSentry> sentry;
     sentry.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(UsbDevices, false));
-    QCOMPARE(device.calls(), QStringList(setUsbDevices(false)));
+    QVERIFY(daemon.change(UsbDevices, false));
+    QCOMPARE(daemon.calls(), QStringList(setUsbDevices(false)));
     QVERIFY(!sentry.ask([](Simulator::DeviceSentry &service) { return service.isUsbEnabled(); }));
 
-    device.forget();
-    QVERIFY(device.change(UsbDevices, true));
-    QCOMPARE(device.calls(), QStringList(setUsbDevices(true)));
+    daemon.forget();
+    QVERIFY(daemon.change(UsbDevices, true));
+    QCOMPARE(daemon.calls(), QStringList(setUsbDevices(true)));
     QVERIFY(sentry.ask([](Simulator::DeviceSentry &service) { return service.isUsbEnabled(); }));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestUsbDevices::usbDevicesAreSetAtStart_data()
@@ -73,21 +72,21 @@ void TestUsbDevices::usbDevicesAreSetAtStart_data()
 void TestUsbDevices::usbDevicesAreSetAtStart()
 {
     QFETCH(bool, present);
-    Support::Neighbour<Simulator::DeviceSentry> sentry;
+    Neighbour<Simulator::DeviceSentry> sentry;
     if (present)
         sentry.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(device.calls(), QStringList({setUsbDevices(true), setUsbDevices(true)}));
+    QCOMPARE(daemon.calls(), QStringList({setUsbDevices(true), setUsbDevices(true)}));
     const QString failure =
         QStringLiteral("warning|default|Failed to disable USB devices connection.");
-    QCOMPARE(device.log(), present ? QStringList() : QStringList({failure, failure}));
+    QCOMPARE(daemon.logged(), present ? QStringList() : QStringList({failure, failure}));
 
-    device.forget();
+    daemon.forget();
     sentry.leave();
     sentry.appear();
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
 }
 
 void TestUsbDevices::failureForUsbDevicesIsAlwaysToDisableThem_data()
@@ -104,20 +103,20 @@ void TestUsbDevices::failureForUsbDevicesIsAlwaysToDisableThem()
 {
     QFETCH(Trouble, trouble);
     QFETCH(bool, value);
-    Support::Neighbour<Simulator::DeviceSentry> sentry;
+    Neighbour<Simulator::DeviceSentry> sentry;
     sentry.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     if (value)
-        QVERIFY(device.change(UsbDevices, false));
-    device.forget();
+        QVERIFY(daemon.change(UsbDevices, false));
+    daemon.forget();
     sentry.suffer(trouble);
 
-    QVERIFY(device.change(UsbDevices, value));
+    QVERIFY(daemon.change(UsbDevices, value));
 
-    QCOMPARE(device.calls(), QStringList(setUsbDevices(value)));
+    QCOMPARE(daemon.calls(), QStringList(setUsbDevices(value)));
     QCOMPARE(
-        device.log(),
+        daemon.logged(),
         QStringList(QStringLiteral("warning|default|Failed to disable USB devices connection.")));
 }
 
@@ -129,17 +128,16 @@ void TestUsbDevices::oddAnswerForUsbDevicesIsSuccess_data()
 void TestUsbDevices::oddAnswerForUsbDevicesIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::DeviceSentry> sentry;
+    Neighbour<Simulator::DeviceSentry> sentry;
     sentry.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     sentry.fail(oddity.fault);
 
-    QVERIFY(device.change(UsbDevices, false));
+    QVERIFY(daemon.change(UsbDevices, false));
 
-    QCOMPARE(device.calls(), QStringList(setUsbDevices(false)));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(setUsbDevices(false)));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestUsbDevices)

@@ -2,50 +2,27 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/developermode.h"
 #include "simulator/usbmodes.h"
-#include "support/enforcement.h"
+#include "support/files.h"
 #include "support/neighbour.h"
+#include "support/usbwhitelist.h"
+#include "support/wording.h"
 
 #include <QTest>
 
 using Simulator::Fault;
-using Support::Enforcement;
-using Support::Oddity;
-using Support::Trouble;
+using namespace Support;
 
 namespace {
 
-const QString UsbDeveloperMode = QStringLiteral("UsbDeveloperModeEnabled");
-const QString UsbMediaTransfer = QStringLiteral("UsbMediaTransferEnabled");
-const QString DeveloperMode = QStringLiteral("DeveloperModeEnabled");
-const QString UsbModesName = QStringLiteral("com.meego.usb_moded");
-
-const QString SetAll = QStringLiteral("set_whitelisted_modes");
 const QString SetOne = QStringLiteral("set_whitelisted");
-
-QString setMode(const QString &mode, bool isAllowed)
-{
-    return Enforcement::callText(
-        QStringLiteral("com.meego.usb_moded /com/meego/usb_moded com.meego.usb_moded"), SetOne,
-        QStringLiteral("sb"), {mode, isAllowed});
-}
-
-/// The texts of the whole whitelists that were sent.
-QStringList whitelists(Enforcement &device)
-{
-    device.monitor().settle();
-    QStringList texts;
-    for (const Support::BusMessage &call : device.monitor().calls(SetAll))
-        texts.append(call.arguments.value(0).toString());
-    return texts;
-}
 
 void addModeRows()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("mode");
-    QTest::newRow("13") << UsbDeveloperMode << QStringLiteral("developer_mode");
-    QTest::newRow("14") << UsbMediaTransfer << QStringLiteral("mtp_mode");
-    QTest::newRow("42") << DeveloperMode << QStringLiteral("developer_mode");
+    QTest::newRow("13") << UsbDeveloperMode << Developer;
+    QTest::newRow("14") << UsbMediaTransfer << Media;
+    QTest::newRow("42") << DeveloperMode << Developer;
 }
 
 } // namespace
@@ -56,6 +33,8 @@ class TestUsbModes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void modeFollowsThePolicyBothWays_data();
     void modeFollowsThePolicyBothWays();
     void lastChangeDecidesAboutASharedMode();
@@ -76,44 +55,41 @@ void TestUsbModes::modeFollowsThePolicyBothWays()
 {
     QFETCH(QString, key);
     QFETCH(QString, mode);
-    Support::Neighbour<Simulator::UsbModes> modes;
+    Neighbour<Simulator::UsbModes> modes;
     modes.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(key, false));
-    QCOMPARE(device.calls(UsbModesName), QStringList(setMode(mode, false)));
+    QVERIFY(daemon.change(key, false));
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setMode(mode, false)));
 
-    device.forget();
-    QVERIFY(device.change(key, true));
-    QCOMPARE(device.calls(UsbModesName), QStringList(setMode(mode, true)));
-    QCOMPARE(device.log(), QStringList());
+    daemon.forget();
+    QVERIFY(daemon.change(key, true));
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setMode(mode, true)));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 /// Forbidden by one policy, the mode is off although the other one allows it, and the other way
 /// round.
 void TestUsbModes::lastChangeDecidesAboutASharedMode()
 {
-    Support::Neighbour<Simulator::UsbModes> modes;
+    Neighbour<Simulator::UsbModes> modes;
     modes.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     const auto whitelisted = [](Simulator::UsbModes &service) {
-        return service.whitelistedModes().contains(QStringLiteral("developer_mode"));
+        return service.whitelistedModes().contains(Developer);
     };
 
-    device.forget();
-    QVERIFY(device.change(DeveloperMode, false));
-    QCOMPARE(device.calls(UsbModesName),
-             QStringList(setMode(QStringLiteral("developer_mode"), false)));
+    daemon.forget();
+    QVERIFY(daemon.change(DeveloperMode, false));
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setMode(Developer, false)));
     QVERIFY(!modes.ask(whitelisted));
 
-    QVERIFY(device.change(UsbDeveloperMode, false));
-    device.forget();
-    QVERIFY(device.change(UsbDeveloperMode, true));
-    QCOMPARE(device.calls(UsbModesName),
-             QStringList(setMode(QStringLiteral("developer_mode"), true)));
+    QVERIFY(daemon.change(UsbDeveloperMode, false));
+    daemon.forget();
+    QVERIFY(daemon.change(UsbDeveloperMode, true));
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setMode(Developer, true)));
     QVERIFY(modes.ask(whitelisted));
 }
 
@@ -127,8 +103,7 @@ void TestUsbModes::failureNamesTheDirectionTheModeAndTheError_data()
     for (const Trouble &trouble : Trouble::of(UsbModesName)) {
         for (const QString &key : keys) {
             const bool isMedia = key == UsbMediaTransfer;
-            const QString mode =
-                isMedia ? QStringLiteral("mtp_mode") : QStringLiteral("developer_mode");
+            const QString mode = isMedia ? Media : Developer;
             for (const bool value : {false, true})
                 QTest::newRow(trouble.name + (isMedia ? ", 14" : ", 13")
                               + (value ? ", enable" : ", disable"))
@@ -143,22 +118,22 @@ void TestUsbModes::failureNamesTheDirectionTheModeAndTheError()
     QFETCH(QString, key);
     QFETCH(QString, mode);
     QFETCH(bool, value);
-    Support::Neighbour<Simulator::UsbModes> modes;
+    Neighbour<Simulator::UsbModes> modes;
     modes.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     if (value)
-        QVERIFY(device.change(key, false));
-    device.forget();
+        QVERIFY(daemon.change(key, false));
+    daemon.forget();
     modes.suffer(trouble);
 
-    QVERIFY(device.change(key, value));
+    QVERIFY(daemon.change(key, value));
 
-    QCOMPARE(device.calls(UsbModesName), QStringList(setMode(mode, value)));
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setMode(mode, value)));
     const QString line = value
         ? QStringLiteral("warning|default|Failed to enable USB mode \"%1\" \"%2\"")
         : QStringLiteral("warning|default|Failed to disable USB mode \"%1\" \"%2\"");
-    QCOMPARE(device.log(), QStringList(line.arg(mode, trouble.errorName)));
+    QCOMPARE(daemon.logged(), QStringList(line.arg(mode, trouble.errorName)));
 }
 
 void TestUsbModes::oddAnswerIsSuccess_data()
@@ -169,59 +144,56 @@ void TestUsbModes::oddAnswerIsSuccess_data()
 void TestUsbModes::oddAnswerIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::UsbModes> modes;
+    Neighbour<Simulator::UsbModes> modes;
     modes.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     modes.fail(oddity.fault);
 
-    QVERIFY(device.change(UsbMediaTransfer, false));
+    QVERIFY(daemon.change(UsbMediaTransfer, false));
 
-    QCOMPARE(device.calls(UsbModesName), QStringList(setMode(QStringLiteral("mtp_mode"), false)));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setMode(Media, false)));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestUsbModes::failedModeDoesNotSendTheWhitelistAgain()
 {
-    Support::Neighbour<Simulator::UsbModes> modes;
+    Neighbour<Simulator::UsbModes> modes;
     modes.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QCOMPARE(whitelists(device).size(), 1);
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(UsbWhitelist::sent(daemon).size(), 1);
+    daemon.forget();
     modes.fail(SetOne, Fault::error());
-    QVERIFY(device.change(UsbMediaTransfer, false));
+    QVERIFY(daemon.change(UsbMediaTransfer, false));
     modes.mend();
 
-    QVERIFY(device.change(UsbMediaTransfer, true));
+    QVERIFY(daemon.change(UsbMediaTransfer, true));
 
-    QCOMPARE(whitelists(device), QStringList());
+    QCOMPARE(UsbWhitelist::sent(daemon), QStringList());
 }
 
 /// The developer-mode service hears of it on both routes, the USB modes on one, and the direct
 /// call is the first of all.
 void TestUsbModes::developerModeReachesBothItsServices()
 {
-    Support::Neighbour<Simulator::DeveloperMode> developerMode;
+    Neighbour<Simulator::DeveloperMode> developerMode;
     developerMode.appear();
-    Support::Neighbour<Simulator::UsbModes> modes;
+    Neighbour<Simulator::UsbModes> modes;
     modes.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(DeveloperMode, false));
+    QVERIFY(daemon.change(DeveloperMode, false));
 
-    QStringList calls = device.calls();
-    const QString remoteAccess = Enforcement::callText(
-        QStringLiteral("org.kvt.developermode / org.kvt.developermode"),
-        QStringLiteral("SetRemoteConnectionEnabled"), QStringLiteral("b"), {false});
+    QStringList calls = daemon.calls();
+    const QString remoteAccess =
+        Wording::call(QStringLiteral("org.kvt.developermode / org.kvt.developermode"),
+                      QStringLiteral("SetRemoteConnectionEnabled"), QStringLiteral("b"), {false});
     QCOMPARE(calls.value(0), remoteAccess);
     calls.sort();
     QCOMPARE(calls,
-             QStringList(
-                 {setMode(QStringLiteral("developer_mode"), false), remoteAccess, remoteAccess}));
+             QStringList({UsbWhitelist::setMode(Developer, false), remoteAccess, remoteAccess}));
 }
 
 QTEST_GUILESS_MAIN(TestUsbModes)

@@ -1,66 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/usbmodes.h"
-#include "support/enforcement.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/neighbour.h"
 #include "support/switchplugin.h"
+#include "support/usbwhitelist.h"
 
 #include <QTest>
 
-using Support::Enforcement;
-
-namespace {
-
-const QString UsbDeveloperMode = QStringLiteral("UsbDeveloperModeEnabled");
-const QString UsbMediaTransfer = QStringLiteral("UsbMediaTransferEnabled");
-const QString UsbModesName = QStringLiteral("com.meego.usb_moded");
-const QString Target =
-    QStringLiteral("com.meego.usb_moded /com/meego/usb_moded com.meego.usb_moded");
-
-QString setAll(const QString &modes)
-{
-    return Enforcement::callText(Target, QStringLiteral("set_whitelisted_modes"),
-                                 QStringLiteral("s"), {modes});
-}
-
-QString setMode(const char *mode, bool isAllowed)
-{
-    return Enforcement::callText(Target, QStringLiteral("set_whitelisted"), QStringLiteral("sb"),
-                                 {QString::fromLatin1(mode), isAllowed});
-}
-
-void writePolicies(bool usbDeveloperMode, bool usbMediaTransfer, bool developerMode)
-{
-    const auto text = [](bool value) {
-        return value ? "true\n" : "false\n";
-    };
-    Support::Files::write(QStringLiteral("/etc/policy/policy.conf"),
-                          QByteArray("[policy]\nUsbDeveloperModeEnabled=") + text(usbDeveloperMode)
-                              + "UsbMediaTransferEnabled=" + text(usbMediaTransfer)
-                              + "DeveloperModeEnabled=" + text(developerMode));
-}
-
-/// The modes of the one whitelist that was sent; the order among them is not settled.
-QStringList sentModes(Enforcement &device)
-{
-    device.monitor().settle();
-    const auto calls = device.monitor().calls(QStringLiteral("set_whitelisted_modes"));
-    if (calls.size() != 1)
-        return {QStringLiteral("%1 whitelists").arg(calls.size())};
-    QStringList modes = calls.at(0).arguments.value(0).toString().split(QLatin1Char(','));
-    modes.sort();
-    return modes;
-}
-
-} // namespace
+using namespace Support;
 
 class TestUsbWhitelist : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void whitelistHoldsTheAllowedModes_data();
     void whitelistHoldsTheAllowedModes();
     void lockedPolicyCountsAsForbidden();
@@ -73,20 +30,18 @@ private Q_SLOTS:
 
 void TestUsbWhitelist::whitelistHoldsTheAllowedModes_data()
 {
-    const QString developer = QStringLiteral("developer_mode");
-    const QString media = QStringLiteral("mtp_mode");
     QTest::addColumn<bool>("usbDeveloperMode");
     QTest::addColumn<bool>("usbMediaTransfer");
     QTest::addColumn<bool>("developerMode");
     QTest::addColumn<QStringList>("modes");
     QTest::newRow("none") << false << false << false << QStringList(QString());
-    QTest::newRow("13") << true << false << false << QStringList(developer);
-    QTest::newRow("14") << false << true << false << QStringList(media);
-    QTest::newRow("42") << false << false << true << QStringList(developer);
-    QTest::newRow("13, 14") << true << true << false << QStringList({developer, media});
-    QTest::newRow("13, 42") << true << false << true << QStringList({developer, developer});
-    QTest::newRow("14, 42") << false << true << true << QStringList({developer, media});
-    QTest::newRow("all") << true << true << true << QStringList({developer, developer, media});
+    QTest::newRow("13") << true << false << false << QStringList(Developer);
+    QTest::newRow("14") << false << true << false << QStringList(Media);
+    QTest::newRow("42") << false << false << true << QStringList(Developer);
+    QTest::newRow("13, 14") << true << true << false << QStringList({Developer, Media});
+    QTest::newRow("13, 42") << true << false << true << QStringList({Developer, Developer});
+    QTest::newRow("14, 42") << false << true << true << QStringList({Developer, Media});
+    QTest::newRow("all") << true << true << true << QStringList({Developer, Developer, Media});
 }
 
 void TestUsbWhitelist::whitelistHoldsTheAllowedModes()
@@ -95,76 +50,75 @@ void TestUsbWhitelist::whitelistHoldsTheAllowedModes()
     QFETCH(bool, usbMediaTransfer);
     QFETCH(bool, developerMode);
     QFETCH(QStringList, modes);
-    Support::Neighbour<Simulator::UsbModes> service;
-    Enforcement device;
-    writePolicies(usbDeveloperMode, usbMediaTransfer, developerMode);
-    QVERIFY(device.start());
-    device.forget();
+    Neighbour<Simulator::UsbModes> service;
+    WatchedDaemon daemon;
+    UsbWhitelist::writePolicies(usbDeveloperMode, usbMediaTransfer, developerMode);
+    QVERIFY(daemon.start());
 
     service.appear();
 
-    QCOMPARE(sentModes(device), modes);
-    QCOMPARE(device.calls().at(0).section(QLatin1Char(' '), 0, 4),
-             setAll(QString()).section(QLatin1Char(' '), 0, 4));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(UsbWhitelist::sentModes(daemon), modes);
+    QCOMPARE(daemon.calls().at(0).section(QLatin1Char(' '), 0, 4),
+             UsbWhitelist::setAll(QString()).section(QLatin1Char(' '), 0, 4));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestUsbWhitelist::lockedPolicyCountsAsForbidden()
 {
-    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"),
-                             {UsbMediaTransfer, UsbDeveloperMode});
-    Support::Neighbour<Simulator::UsbModes> service;
-    Enforcement device;
-    QVERIFY(device.start());
+    LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"),
+                    {UsbMediaTransfer, UsbDeveloperMode});
+    Neighbour<Simulator::UsbModes> service;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     lock.setLocked({UsbMediaTransfer});
 
     service.appear();
 
-    const QString developer = QStringLiteral("developer_mode");
-    QCOMPARE(sentModes(device), QStringList({developer, developer}));
+    QCOMPARE(UsbWhitelist::sentModes(daemon), QStringList({Developer, Developer}));
 }
 
 void TestUsbWhitelist::policyWithoutItsSwitchCountsAsForbidden()
 {
-    Support::SwitchPlugin plugin;
+    SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("usb"), {13, 14}, true);
-    Support::Neighbour<Simulator::UsbModes> service;
-    Enforcement device;
-    QVERIFY(device.start());
+    Neighbour<Simulator::UsbModes> service;
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     plugin.setEntry(QStringLiteral("usb"), QStringLiteral("value"), false);
 
     service.appear();
 
-    QCOMPARE(sentModes(device), QStringList(QStringLiteral("developer_mode")));
+    QCOMPARE(UsbWhitelist::sentModes(daemon), QStringList(Developer));
 }
 
 /// The tasks of the start come after it, each once: those of the stored values, then those of the
 /// set-up.
 void TestUsbWhitelist::whitelistIsSentOnceAndBeforeTheModes()
 {
-    Support::Neighbour<Simulator::UsbModes> service;
-    Enforcement device;
-    writePolicies(false, true, false);
-    QVERIFY(device.start());
-    device.forget();
+    Neighbour<Simulator::UsbModes> service;
+    WatchedDaemon daemon;
+    UsbWhitelist::writePolicies(false, true, false);
+    QVERIFY(daemon.start());
 
     service.appear();
-    const QStringList once{setMode("developer_mode", false), setMode("mtp_mode", true),
-                           setMode("developer_mode", false)};
-    QCOMPARE(device.calls(UsbModesName),
-             QStringList(setAll(QStringLiteral("mtp_mode"))) + once + once);
+    const QStringList once{UsbWhitelist::setMode(Developer, false),
+                           UsbWhitelist::setMode(Media, true),
+                           UsbWhitelist::setMode(Developer, false)};
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setAll(Media)) + once + once);
 
-    device.forget();
-    QVERIFY(device.change(UsbMediaTransfer, false));
-    QVERIFY(device.change(UsbMediaTransfer, true));
-    QCOMPARE(device.calls(), QStringList({setMode("mtp_mode", false), setMode("mtp_mode", true)}));
+    daemon.forget();
+    QVERIFY(daemon.change(UsbMediaTransfer, false));
+    QVERIFY(daemon.change(UsbMediaTransfer, true));
+    QCOMPARE(
+        daemon.calls(),
+        QStringList({UsbWhitelist::setMode(Media, false), UsbWhitelist::setMode(Media, true)}));
 }
 
 void TestUsbWhitelist::whitelistAtStartHoldsWhatIsKnownSoFar_data()
 {
     QTest::addColumn<bool>("usbDeveloperMode");
     QTest::addColumn<QString>("modes");
-    QTest::newRow("allowed") << true << QStringLiteral("developer_mode");
+    QTest::newRow("allowed") << true << Developer;
     QTest::newRow("forbidden") << false << QString();
 }
 
@@ -174,30 +128,31 @@ void TestUsbWhitelist::whitelistAtStartHoldsWhatIsKnownSoFar()
 {
     QFETCH(bool, usbDeveloperMode);
     QFETCH(QString, modes);
-    Support::Neighbour<Simulator::UsbModes> service;
+    Neighbour<Simulator::UsbModes> service;
     service.appear();
-    Enforcement device;
-    writePolicies(usbDeveloperMode, true, true);
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    UsbWhitelist::writePolicies(usbDeveloperMode, true, true);
+    QVERIFY(daemon.startObserved());
 
-    const QStringList once{setMode("developer_mode", usbDeveloperMode), setMode("mtp_mode", true),
-                           setMode("developer_mode", true)};
-    QCOMPARE(device.calls(UsbModesName), QStringList(setAll(modes)) + once + once);
+    const QStringList once{UsbWhitelist::setMode(Developer, usbDeveloperMode),
+                           UsbWhitelist::setMode(Media, true),
+                           UsbWhitelist::setMode(Developer, true)};
+    QCOMPARE(daemon.calls(UsbModesName), QStringList(UsbWhitelist::setAll(modes)) + once + once);
 }
 
 void TestUsbWhitelist::restartedServiceGetsNoWhitelist()
 {
-    Support::Neighbour<Simulator::UsbModes> service;
+    Neighbour<Simulator::UsbModes> service;
     service.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     service.leave();
-    device.forget();
+    daemon.forget();
 
     service.appear();
-    QVERIFY(device.change(UsbMediaTransfer, false));
+    QVERIFY(daemon.change(UsbMediaTransfer, false));
 
-    QCOMPARE(device.calls(), QStringList(setMode("mtp_mode", false)));
+    QCOMPARE(daemon.calls(), QStringList(UsbWhitelist::setMode(Media, false)));
 }
 
 QTEST_GUILESS_MAIN(TestUsbWhitelist)

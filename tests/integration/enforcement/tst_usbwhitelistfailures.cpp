@@ -1,57 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/usbmodes.h"
-#include "support/enforcement.h"
 #include "support/files.h"
 #include "support/neighbour.h"
+#include "support/usbwhitelist.h"
 
 #include <QTest>
 
 using Simulator::Fault;
-using Support::Enforcement;
-using Support::Oddity;
+using namespace Support;
 
 namespace {
-
-const QString UsbDeveloperMode = QStringLiteral("UsbDeveloperModeEnabled");
-const QString UsbMediaTransfer = QStringLiteral("UsbMediaTransferEnabled");
-const QString Target =
-    QStringLiteral("com.meego.usb_moded /com/meego/usb_moded com.meego.usb_moded");
-
-QString setAll(const QString &modes)
-{
-    return Enforcement::callText(Target, QStringLiteral("set_whitelisted_modes"),
-                                 QStringLiteral("s"), {modes});
-}
-
-QString setMode(const char *mode, bool isAllowed)
-{
-    return Enforcement::callText(Target, QStringLiteral("set_whitelisted"), QStringLiteral("sb"),
-                                 {QString::fromLatin1(mode), isAllowed});
-}
-
-void writePolicies(bool usbDeveloperMode, bool usbMediaTransfer, bool developerMode)
-{
-    const auto text = [](bool value) {
-        return value ? "true\n" : "false\n";
-    };
-    Support::Files::write(QStringLiteral("/etc/policy/policy.conf"),
-                          QByteArray("[policy]\nUsbDeveloperModeEnabled=") + text(usbDeveloperMode)
-                              + "UsbMediaTransferEnabled=" + text(usbMediaTransfer)
-                              + "DeveloperModeEnabled=" + text(developerMode));
-}
-
-/// The modes of the one whitelist that was sent; the order among them is not settled.
-QStringList sentModes(Enforcement &device)
-{
-    device.monitor().settle();
-    const auto calls = device.monitor().calls(QStringLiteral("set_whitelisted_modes"));
-    if (calls.size() != 1)
-        return {QStringLiteral("%1 whitelists").arg(calls.size())};
-    QStringList modes = calls.at(0).arguments.value(0).toString().split(QLatin1Char(','));
-    modes.sort();
-    return modes;
-}
 
 QString whitelistFailure(const QString &error)
 {
@@ -71,6 +30,8 @@ class TestUsbWhitelistFailures : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void whitelistIsSentAgainAfterAFailure();
     void deathInTheWhitelistIsAFailure();
     void oddAnswerIsSuccess_data();
@@ -82,50 +43,49 @@ private Q_SLOTS:
 /// same.
 void TestUsbWhitelistFailures::whitelistIsSentAgainAfterAFailure()
 {
-    Support::Neighbour<Simulator::UsbModes> service;
+    Neighbour<Simulator::UsbModes> service;
     service.fail(QStringLiteral("set_whitelisted_modes"),
                  Fault::error(QStringLiteral("org.example.Refused")));
-    Enforcement device;
-    writePolicies(false, true, false);
-    QVERIFY(device.start());
-    device.forget();
-    const QString all = setAll(QStringLiteral("mtp_mode"));
+    WatchedDaemon daemon;
+    UsbWhitelist::writePolicies(false, true, false);
+    QVERIFY(daemon.start());
+    const QString all = UsbWhitelist::setAll(Media);
 
     service.appear();
-    const QStringList once{all, setMode("developer_mode", false), all, setMode("mtp_mode", true),
-                           all, setMode("developer_mode", false)};
-    QCOMPARE(device.calls(), once + once);
+    const QStringList once{all, UsbWhitelist::setMode(Developer, false),
+                           all, UsbWhitelist::setMode(Media, true),
+                           all, UsbWhitelist::setMode(Developer, false)};
+    QCOMPARE(daemon.calls(), once + once);
     const QString failure = whitelistFailure(QStringLiteral("org.example.Refused"));
-    QCOMPARE(device.log(), QStringList({failure, failure, failure, failure, failure, failure}));
+    QCOMPARE(daemon.logged(), QStringList({failure, failure, failure, failure, failure, failure}));
 
-    device.forget();
+    daemon.forget();
     service.mend();
-    QVERIFY(device.change(UsbDeveloperMode, true));
-    QVERIFY(device.change(UsbMediaTransfer, false));
-    QCOMPARE(sentModes(device),
-             QStringList({QStringLiteral("developer_mode"), QStringLiteral("mtp_mode")}));
-    QCOMPARE(device.calls().mid(1),
-             QStringList({setMode("developer_mode", true), setMode("mtp_mode", false)}));
-    QCOMPARE(device.log(), QStringList());
+    QVERIFY(daemon.change(UsbDeveloperMode, true));
+    QVERIFY(daemon.change(UsbMediaTransfer, false));
+    QCOMPARE(UsbWhitelist::sentModes(daemon), QStringList({Developer, Media}));
+    QCOMPARE(
+        daemon.calls().mid(1),
+        QStringList({UsbWhitelist::setMode(Developer, true), UsbWhitelist::setMode(Media, false)}));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestUsbWhitelistFailures::deathInTheWhitelistIsAFailure()
 {
-    Support::Neighbour<Simulator::UsbModes> service;
+    Neighbour<Simulator::UsbModes> service;
     service.fail(QStringLiteral("set_whitelisted_modes"), Fault::death());
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     service.appear();
 
     const QString noReply = QStringLiteral("org.freedesktop.DBus.Error.NoReply");
     const QString unknown = QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown");
-    const QStringList log = device.log();
+    const QStringList log = daemon.logged();
     QCOMPARE(log.value(0), whitelistFailure(noReply));
-    QCOMPARE(log.value(1), modeFailure(QStringLiteral("developer_mode"), unknown));
+    QCOMPARE(log.value(1), modeFailure(Developer, unknown));
     QCOMPARE(log.value(2), whitelistFailure(unknown));
-    QCOMPARE(log.value(3), modeFailure(QStringLiteral("mtp_mode"), unknown));
+    QCOMPARE(log.value(3), modeFailure(Media, unknown));
     QCOMPARE(log.size(), 12);
 }
 
@@ -137,39 +97,37 @@ void TestUsbWhitelistFailures::oddAnswerIsSuccess_data()
 void TestUsbWhitelistFailures::oddAnswerIsSuccess()
 {
     QFETCH(Oddity, oddity);
-    Support::Neighbour<Simulator::UsbModes> service;
+    Neighbour<Simulator::UsbModes> service;
     service.fail(QStringLiteral("set_whitelisted_modes"), oddity.fault);
-    Enforcement device;
-    writePolicies(false, true, false);
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    UsbWhitelist::writePolicies(false, true, false);
+    QVERIFY(daemon.start());
 
     service.appear();
 
-    QCOMPARE(sentModes(device), QStringList(QStringLiteral("mtp_mode")));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(UsbWhitelist::sentModes(daemon), QStringList(Media));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 /// Seen once, the service is sent its tasks although it has left.
 void TestUsbWhitelistFailures::absentServiceOfAnUnsentWhitelistFailsTwice()
 {
-    Support::Neighbour<Simulator::UsbModes> service;
+    Neighbour<Simulator::UsbModes> service;
     service.fail(QStringLiteral("set_whitelisted_modes"), Fault::error());
     service.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     service.leave();
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(UsbMediaTransfer, false));
+    QVERIFY(daemon.change(UsbMediaTransfer, false));
 
     const QString unknown = QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown");
-    QCOMPARE(device.log(),
+    QCOMPARE(daemon.logged(),
              QStringList({whitelistFailure(unknown),
                           QStringLiteral("warning|default|Failed to disable USB mode \"mtp_mode\""
                                          " \"org.freedesktop.DBus.Error.ServiceUnknown\"")}));
-    const QString developer = QStringLiteral("developer_mode");
-    QCOMPARE(sentModes(device), QStringList({developer, developer}));
+    QCOMPARE(UsbWhitelist::sentModes(daemon), QStringList({Developer, Developer}));
 }
 
 QTEST_GUILESS_MAIN(TestUsbWhitelistFailures)

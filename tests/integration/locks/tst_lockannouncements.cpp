@@ -1,26 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/switchplugin.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
-using Support::Caller;
-using Support::Enforcement;
-using Support::LockPlugin;
+using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString Microphone = QStringLiteral("MicrophoneEnabled");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-
-QStringList announced(const QString &key, const char *value)
+QStringList announced(const QString &key, bool value)
 {
-    return QStringList(QStringLiteral("PolicyChanged [\"%1\",%2]").arg(key, QLatin1String(value)));
+    return {WatchedDaemon::announcement(key, value)};
 }
 
 } // namespace
@@ -30,6 +25,8 @@ class TestLockAnnouncements : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void lockIsAnnouncedAsFalse();
     void freedPolicyIsAnnouncedWithItsStoredValue_data();
     void freedPolicyIsAnnouncedWithItsStoredValue();
@@ -49,22 +46,21 @@ private Q_SLOTS:
 void TestLockAnnouncements::lockIsAnnouncedAsFalse()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     plugin.setLocked({Camera});
     plugin.announce(Camera, true);
 
-    QCOMPARE(device.announcements(), announced(Camera, "false"));
+    QCOMPARE(daemon.announcements(), announced(Camera, false));
 }
 
 void TestLockAnnouncements::freedPolicyIsAnnouncedWithItsStoredValue_data()
 {
     QTest::addColumn<bool>("stored");
     QTest::addColumn<QStringList>("expected");
-    QTest::newRow("allowed") << true << announced(Camera, "true");
-    QTest::newRow("forbidden") << false << announced(Camera, "false");
+    QTest::newRow("allowed") << true << announced(Camera, true);
+    QTest::newRow("forbidden") << false << announced(Camera, false);
 }
 
 void TestLockAnnouncements::freedPolicyIsAnnouncedWithItsStoredValue()
@@ -72,16 +68,16 @@ void TestLockAnnouncements::freedPolicyIsAnnouncedWithItsStoredValue()
     QFETCH(bool, stored);
     QFETCH(QStringList, expected);
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Camera, stored));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Camera, stored));
     plugin.setLocked({Camera});
-    device.forget();
+    daemon.forget();
 
     plugin.setLocked({});
     plugin.announce(Camera, false);
 
-    QCOMPARE(device.announcements(), expected);
+    QCOMPARE(daemon.announcements(), expected);
 }
 
 void TestLockAnnouncements::newsThatDoNotHoldAreIgnored_data()
@@ -95,64 +91,63 @@ void TestLockAnnouncements::newsThatDoNotHoldAreIgnored()
 {
     QFETCH(bool, isLocked);
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked(isLocked ? QStringList(Camera) : QStringList());
-    device.forget();
+    daemon.forget();
 
     plugin.announce(Camera, !isLocked);
 
-    QCOMPARE(device.announcements(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestLockAnnouncements::newsOfNoChangeArePassedOn()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     plugin.announce(Camera, false);
     plugin.announce(Camera, false);
 
-    QCOMPARE(device.announcements(), announced(Camera, "true") + announced(Camera, "true"));
+    QCOMPARE(daemon.announcements(), announced(Camera, true) + announced(Camera, true));
 }
 
 void TestLockAnnouncements::newsOfAnotherSourceCountToo()
 {
     LockPlugin one(QStringLiteral("one.so"), QStringLiteral("one"), {Camera});
     LockPlugin two(QStringLiteral("two.so"), QStringLiteral("two"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     one.setLocked({Camera});
     two.setLocked({Camera});
-    device.forget();
+    daemon.forget();
 
     two.setLocked({});
     two.announce(Camera, false);
-    QCOMPARE(device.announcements(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
 
     two.announce(Camera, true); // not by itself, but it is
-    QCOMPARE(device.announcements(), announced(Camera, "false"));
+    QCOMPARE(daemon.announcements(), announced(Camera, false));
 
-    device.forget();
+    daemon.forget();
     one.setLocked({});
     one.announce(Camera, false);
-    QCOMPARE(device.announcements(), announced(Camera, "true"));
+    QCOMPARE(daemon.announcements(), announced(Camera, true));
 }
 
 void TestLockAnnouncements::keyThatIsNotListedIsAnnouncedAsFree()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked({Microphone});
-    device.forget();
+    daemon.forget();
 
     plugin.announce(Microphone, false);
 
-    QCOMPARE(device.announcements(), announced(Microphone, "true"));
+    QCOMPARE(daemon.announcements(), announced(Microphone, true));
     QCOMPARE(plugin.calls().filter(QStringLiteral("policyIsLocked MicrophoneEnabled")),
              QStringList());
 }
@@ -160,29 +155,28 @@ void TestLockAnnouncements::keyThatIsNotListedIsAnnouncedAsFree()
 void TestLockAnnouncements::keyThatIsNotListedAndSaidLockedIsIgnored()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked({Microphone});
-    device.forget();
+    daemon.forget();
 
     plugin.announce(Microphone, true);
 
-    QCOMPARE(device.announcements(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
     QCOMPARE(Caller().policy(Microphone).value(), QVariant(true));
 }
 
 void TestLockAnnouncements::freedPolicyWithoutItsSwitchIsAnnouncedAsFalse()
 {
-    Support::SwitchPlugin switches;
+    SwitchPlugin switches;
     switches.setSwitch(QStringLiteral("privacy"), {1}, false);
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     plugin.announce(Camera, false);
 
-    QCOMPARE(device.announcements(), announced(Camera, "false"));
+    QCOMPARE(daemon.announcements(), announced(Camera, false));
 }
 
 /// An announcement without a value cannot travel.
@@ -190,33 +184,31 @@ void TestLockAnnouncements::freedPolicyWithoutAValueIsNotAnnounced()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
     plugin.setLocked({Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     plugin.setLocked({});
     plugin.announce(Camera, false);
-    QCOMPARE(device.announcements(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
 
     plugin.setLocked({Camera});
     plugin.announce(Camera, true);
-    QCOMPARE(device.announcements(), announced(Camera, "false"));
+    QCOMPARE(daemon.announcements(), announced(Camera, false));
 }
 
 void TestLockAnnouncements::newsFromAThreadArePassedOn()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     plugin.setLocked({Camera});
     plugin.announceFromThread(Camera, true);
-    QCOMPARE(device.announcements(), announced(Camera, "false"));
+    QCOMPARE(daemon.announcements(), announced(Camera, false));
 
-    device.forget();
+    daemon.forget();
     plugin.announceFromThread(Camera, false);
-    QCOMPARE(device.announcements(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
 }
 
 void TestLockAnnouncements::nothingIsEnforcedOrWritten_data()
@@ -233,25 +225,24 @@ void TestLockAnnouncements::nothingIsEnforcedOrWritten()
     const QStringList keys{Camera, Microphone, QStringLiteral("UsbDevicesEnabled"),
                            QStringLiteral("BrowserEnabled")};
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), keys);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked(isLocked ? QStringList() : keys);
-    device.forget();
-    const Support::FileSnapshot file =
-        Support::Files::snapshot(QStringLiteral("/etc/policy/policy.conf"));
-    const Support::FileSnapshot marker = Support::Files::snapshot(CameraMarker);
+    daemon.forget();
+    const FileSnapshot file = Files::snapshot(PolicyFile);
+    const FileSnapshot marker = Files::snapshot(CameraMarker);
 
     plugin.setLocked(isLocked ? keys : QStringList());
     for (const QString &key : keys)
         plugin.announce(key, isLocked);
 
-    QCOMPARE(device.announcements().size(), keys.size());
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.monitor().calls(QStringLiteral("sendEventStringAlt")).size(), 0);
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.announcements().size(), keys.size());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.monitor().calls(QStringLiteral("sendEventStringAlt")).size(), 0);
+    QCOMPARE(daemon.logged(), QStringList());
     QVERIFY(marker.exists);
-    QVERIFY(Support::Files::snapshot(CameraMarker) == marker);
-    QVERIFY(Support::Files::snapshot(QStringLiteral("/etc/policy/policy.conf")) == file);
+    QVERIFY(Files::snapshot(CameraMarker) == marker);
+    QVERIFY(Files::snapshot(PolicyFile) == file);
 }
 
 QTEST_GUILESS_MAIN(TestLockAnnouncements)

@@ -2,24 +2,20 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/brokenplugin.h"
 #include "support/caller.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/pluginfile.h"
+#include "support/watcheddaemon.h"
 
 #include <QDir>
 #include <QPluginLoader>
 #include <QTest>
 
-using Support::BrokenPlugin;
-using Support::Caller;
-using Support::Enforcement;
-using Support::LockPlugin;
-using Support::PluginFile;
+using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Browser = QStringLiteral("BrowserEnabled");
 const QString ChildNotes = QStringLiteral("/run/govd-test-child");
 
@@ -32,9 +28,9 @@ QString failure(const QString &path)
         .arg(path, loader.errorString());
 }
 
-QStringList pluginLines(Enforcement &device)
+QStringList pluginLines(WatchedDaemon &daemon)
 {
-    return device.log().filter(QStringLiteral("lugin"));
+    return daemon.logged().filter(QStringLiteral("lugin"));
 }
 
 } // namespace
@@ -57,6 +53,7 @@ private Q_SLOTS:
 
 void TestLockFailures::init()
 {
+    Files::reset();
     QVERIFY(QDir(LockPlugin::directory()).removeRecursively());
     QFile::remove(ChildNotes);
 }
@@ -73,11 +70,11 @@ void TestLockFailures::fileThatIsNoPluginIsReported()
     QFETCH(int, kind);
     const QString path = LockPlugin::directory() + QStringLiteral("broken.so");
     const BrokenPlugin plugin(static_cast<BrokenPlugin::Kind>(kind), path);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList(failure(path)));
-    QVERIFY(device.log().contains(failure(path)));
+    QCOMPARE(pluginLines(daemon), QStringList(failure(path)));
+    QVERIFY(daemon.logged().contains(failure(path)));
     QVERIFY(failure(path).size() > path.size() + 40); // the reason is no empty text
 }
 
@@ -95,10 +92,10 @@ void TestLockFailures::libraryThatCannotBeLoadedIsReported()
     QFETCH(QString, plugin);
     QFETCH(int, size);
     const PluginFile file(plugin, QStringLiteral("broken.so"), size);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    const QStringList lines = pluginLines(device);
+    const QStringList lines = pluginLines(daemon);
     QCOMPARE(lines.size(), 1);
     QVERIFY(lines.at(0).startsWith(
         QStringLiteral("warning|default|Cannot load plugin %1: ").arg(file.path())));
@@ -113,13 +110,13 @@ void TestLockFailures::pluginOfAnotherKindIsSkippedSilently()
 {
     const BrokenPlugin plugin(BrokenPlugin::OtherInterface,
                               LockPlugin::directory() + QStringLiteral("other.so"));
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList());
+    QCOMPARE(pluginLines(daemon), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
     const QByteArray maps =
-        Support::Files::read(QStringLiteral("/proc/%1/maps").arg(device.daemon().processId()));
+        Files::read(QStringLiteral("/proc/%1/maps").arg(daemon.process().processId()));
     QVERIFY(maps.contains("/govd/other.so")); // it stays loaded
 }
 
@@ -133,10 +130,10 @@ void TestLockFailures::failuresDoNotStopTheOthers()
     LockPlugin two(QStringLiteral("e.so"), QStringLiteral("two"), {Browser});
     one.setLocked({Camera});
     two.setLocked({Browser});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QStringList lines = pluginLines(device);
+    QStringList lines = pluginLines(daemon);
     lines.sort();
     QCOMPARE(lines, QStringList({failure(first.path()), failure(third.path())}));
     QCOMPARE(Caller().policy(Camera).value(), QVariant(false));
@@ -148,10 +145,10 @@ void TestLockFailures::pathIsPrintedAsItIs()
 {
     const QString path = LockPlugin::directory() + QStringLiteral("a \"b\" 100% %s ö.so");
     const BrokenPlugin plugin(BrokenPlugin::NoLibrary, path);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList(failure(path)));
+    QCOMPARE(pluginLines(daemon), QStringList(failure(path)));
 }
 
 QTEST_GUILESS_MAIN(TestLockFailures)

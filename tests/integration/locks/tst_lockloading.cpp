@@ -1,35 +1,31 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/pluginfile.h"
+#include "support/watcheddaemon.h"
 
 #include <QDir>
 #include <QJsonArray>
 #include <QTest>
 
-using Support::Caller;
-using Support::Enforcement;
-using Support::LockPlugin;
-using Support::PluginFile;
+using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Browser = QStringLiteral("BrowserEnabled");
 const QString ChildNotes = QStringLiteral("/run/govd-test-child");
 
-QStringList pluginLines(Enforcement &device)
+QStringList pluginLines(WatchedDaemon &daemon)
 {
-    return device.log().filter(QStringLiteral("lugin"));
+    return daemon.logged().filter(QStringLiteral("lugin"));
 }
 
 QStringList childNotes()
 {
-    return QString::fromUtf8(Support::Files::read(ChildNotes))
-        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return QString::fromUtf8(Files::read(ChildNotes)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -58,6 +54,7 @@ private Q_SLOTS:
 
 void TestLockLoading::init()
 {
+    Files::reset();
     QVERIFY(QDir(LockPlugin::directory()).removeRecursively());
     QFile::remove(ChildNotes);
 }
@@ -65,21 +62,21 @@ void TestLockLoading::init()
 void TestLockLoading::withoutADirectoryEverythingIsFree()
 {
     QVERIFY(!QFileInfo::exists(LockPlugin::directory()));
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList());
+    QCOMPARE(pluginLines(daemon), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
-    QVERIFY(device.change(Camera, false));
+    QVERIFY(daemon.change(Camera, false));
 }
 
 void TestLockLoading::directoryWithoutPluginsIsSilent()
 {
-    Support::Files::write(LockPlugin::directory() + QStringLiteral("readme"), "No plugin\n");
-    Enforcement device;
-    QVERIFY(device.start());
+    Files::write(LockPlugin::directory() + QStringLiteral("readme"), "No plugin\n");
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList());
+    QCOMPARE(pluginLines(daemon), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
 }
 
@@ -102,23 +99,23 @@ void TestLockLoading::onlyFilesNamedSoAreLoaded()
     QFETCH(QString, file);
     QFETCH(bool, isLoaded);
     LockPlugin plugin(file, QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     plugin.setLocked({Camera});
 
     QCOMPARE(!plugin.calls().isEmpty(), isLoaded);
     QCOMPARE(Caller().policy(Camera).value(), QVariant(!isLoaded));
-    QCOMPARE(pluginLines(device), QStringList());
+    QCOMPARE(pluginLines(daemon), QStringList());
 }
 
 void TestLockLoading::subdirectoryIsNoPlugin()
 {
     QVERIFY(QDir().mkpath(LockPlugin::directory() + QStringLiteral("folder.so")));
     LockPlugin plugin(QStringLiteral("folder.so/lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList());
+    QCOMPARE(pluginLines(daemon), QStringList());
     QCOMPARE(plugin.calls(), QStringList());
 }
 
@@ -126,11 +123,11 @@ void TestLockLoading::eachPluginIsAskedOnceForItsNameAndItsKeys()
 {
     LockPlugin one(QStringLiteral("one.so"), QStringLiteral("one"), {Camera});
     LockPlugin two(QStringLiteral("two.so"), QStringLiteral("two"), {});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     one.announce(Camera, false);
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
-    QVERIFY(device.change(Camera, false));
+    QVERIFY(daemon.change(Camera, false));
 
     const QStringList introduction{QStringLiteral("name"), QStringLiteral("supportedPolicies")};
     QCOMPARE(one.calls().mid(0, 2), introduction);
@@ -142,8 +139,8 @@ void TestLockLoading::eachPluginIsAskedOnceForItsNameAndItsKeys()
 void TestLockLoading::keysAreFixedAtStart()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     plugin.setState({{QStringLiteral("name"), QStringLiteral("lock")},
                      {QStringLiteral("supported"), QJsonArray{Browser}},
@@ -155,8 +152,8 @@ void TestLockLoading::keysAreFixedAtStart()
 
 void TestLockLoading::pluginAddedLaterIsNotLoaded()
 {
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
     plugin.setLocked({Camera});
@@ -177,10 +174,10 @@ void TestLockLoading::laterPluginOfANameReplacesTheEarlier()
             .entryList({QStringLiteral("*.so")}, QDir::Files, QDir::Unsorted);
     QCOMPARE(listing.size(), 2);
     const bool isTwoLater = listing.last() == QStringLiteral("two.so");
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(pluginLines(device), QStringList());
+    QCOMPARE(pluginLines(daemon), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(isTwoLater));
     QCOMPARE(Caller().policy(Browser).value(), QVariant(!isTwoLater));
 }
@@ -189,32 +186,31 @@ void TestLockLoading::replacedPluginIsIgnored()
 {
     LockPlugin one(QStringLiteral("one.so"), QStringLiteral("same"), {Camera});
     LockPlugin two(QStringLiteral("two.so"), QStringLiteral("same"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     const bool isTwoKept = two.calls().contains(QStringLiteral("supportedPolicies"));
     LockPlugin &kept = isTwoKept ? two : one;
     LockPlugin &replaced = isTwoKept ? one : two;
-    device.forget();
+    daemon.forget();
 
     replaced.setLocked({Camera});
     replaced.announce(Camera, false);
     replaced.announce(Camera, true);
-    QCOMPARE(device.announcements(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
     QCOMPARE(replaced.calls().filter(QStringLiteral("policyIsLocked")), QStringList());
     QCOMPARE(replaced.calls().filter(QStringLiteral("supportedPolicies")), QStringList());
 
     kept.announce(Camera, false);
-    QCOMPARE(device.announcements(),
-             QStringList(QStringLiteral("PolicyChanged [\"CameraEnabled\",true]")));
+    QCOMPARE(daemon.announcements(), QStringList(daemon.announcement(Camera, true)));
 }
 
 void TestLockLoading::pluginsAreChildrenOfTheRestrictionInTheMainThread()
 {
     const PluginFile child(QStringLiteral("child"), QStringLiteral("child.so"));
-    Enforcement device;
-    QVERIFY(device.start());
-    Support::Files::write(ChildNotes, "");
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    Files::write(ChildNotes, "");
 
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
 
@@ -225,11 +221,11 @@ void TestLockLoading::pluginsAreChildrenOfTheRestrictionInTheMainThread()
 void TestLockLoading::pluginsAreDeletedWhenTheDaemonEnds()
 {
     const PluginFile child(QStringLiteral("child"), QStringLiteral("child.so"));
-    Enforcement device;
-    QVERIFY(device.start());
-    Support::Files::write(ChildNotes, "");
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    Files::write(ChildNotes, "");
 
-    QCOMPARE(device.daemon().stop(), 0);
+    QCOMPARE(daemon.process().stop(), 0);
 
     QCOMPARE(childNotes(), QStringList(QStringLiteral("deleted by its parent")));
 }
@@ -238,10 +234,10 @@ void TestLockLoading::replacedPluginIsNobodysChild()
 {
     const PluginFile one(QStringLiteral("child"), QStringLiteral("one.so"));
     const PluginFile two(QStringLiteral("child"), QStringLiteral("two.so"));
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QCOMPARE(device.daemon().stop(), 0);
+    QCOMPARE(daemon.process().stop(), 0);
 
     QCOMPARE(childNotes().count(QStringLiteral("deleted by its parent")), 1);
 }

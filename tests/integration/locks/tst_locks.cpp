@@ -1,25 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/neighbour.h"
-#include "support/systemlog.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
-using Support::Caller;
-using Support::Enforcement;
-using Support::LockPlugin;
-using Support::Reply;
+using namespace Support;
 
 namespace {
-
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString Microphone = QStringLiteral("MicrophoneEnabled");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
 QStringList cameraQuestions(const LockPlugin &plugin)
 {
@@ -33,6 +25,8 @@ class TestLocks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void lockedPolicyReadsFalse();
     void freePolicyReadsItsStoredValue();
     void unstoredKeyReadsFalseWhileLocked();
@@ -50,8 +44,8 @@ private Q_SLOTS:
 void TestLocks::lockedPolicyReadsFalse()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked({Camera});
 
     const Reply reply = Caller().policy(Camera);
@@ -65,8 +59,8 @@ void TestLocks::lockedPolicyReadsFalse()
 void TestLocks::freePolicyReadsItsStoredValue()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked({Camera});
     QCOMPARE(Caller().policy(Camera).value(), QVariant(false));
 
@@ -80,8 +74,8 @@ void TestLocks::unstoredKeyReadsFalseWhileLocked()
     const QString unknown = QStringLiteral("NoSuchPolicy");
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {unknown});
     plugin.setLocked({unknown});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     QCOMPARE(Caller().policy(unknown).value(), QVariant(false));
 }
@@ -96,17 +90,14 @@ void TestLocks::lockedPolicyIsRefusedSilently_data()
 void TestLocks::lockedPolicyIsRefusedSilently()
 {
     QFETCH(bool, value);
-    Support::SystemLog systemLog;
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(Camera, !value));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(Camera, !value));
     plugin.setLocked({Camera});
-    device.forget();
-    systemLog.settle();
-    const int mark = systemLog.mark();
-    const Support::FileSnapshot file = Support::Files::snapshot(PolicyFile);
-    const Support::FileSnapshot marker = Support::Files::snapshot(CameraMarker);
+    daemon.forget();
+    const FileSnapshot file = Files::snapshot(PolicyFile);
+    const FileSnapshot marker = Files::snapshot(CameraMarker);
 
     const Reply reply = Caller().setPolicy(Camera, value);
 
@@ -114,14 +105,13 @@ void TestLocks::lockedPolicyIsRefusedSilently()
     QCOMPARE(reply.errorName, QString());
     QCOMPARE(reply.signature, QStringLiteral("b"));
     QCOMPARE(reply.value(), QVariant(false));
-    QVERIFY(Support::Files::snapshot(PolicyFile) == file);
-    QVERIFY(Support::Files::snapshot(CameraMarker) == marker);
-    QCOMPARE(device.announcements(), QStringList());
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.monitor().calls(QStringLiteral("sendEventStringAlt")).size(), 0);
-    QCOMPARE(device.log(), QStringList());
-    systemLog.settle();
-    QCOMPARE(systemLog.lines(mark).size(), 0);
+    QVERIFY(Files::snapshot(PolicyFile) == file);
+    QVERIFY(Files::snapshot(CameraMarker) == marker);
+    QCOMPARE(daemon.announcements(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.monitor().calls(QStringLiteral("sendEventStringAlt")).size(), 0);
+    QCOMPARE(daemon.logged(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
 
     plugin.setLocked({});
     QCOMPARE(Caller().policy(Camera).value(), QVariant(!value));
@@ -130,8 +120,8 @@ void TestLocks::lockedPolicyIsRefusedSilently()
 void TestLocks::lockIsAskedAfreshEachTime()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     const int mark = plugin.mark();
 
     for (int i = 0; i < 3; ++i)
@@ -145,16 +135,15 @@ void TestLocks::lockIsAskedAfreshEachTime()
 void TestLocks::lockNeedsNoAnnouncement()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     for (const bool isLocked : {true, false, true}) {
         plugin.setLocked(isLocked ? QStringList(Camera) : QStringList());
         QCOMPARE(Caller().policy(Camera).value(), QVariant(!isLocked));
         QCOMPARE(Caller().setPolicy(Camera, true).value(), QVariant(!isLocked));
     }
-    QCOMPARE(device.announcements(), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
 }
 
 /// Which of the two is the first differs from run to run, so both ways round are tried.
@@ -162,8 +151,8 @@ void TestLocks::secondSourceIsAskedOnlyWhenTheFirstIsFree()
 {
     LockPlugin one(QStringLiteral("one.so"), QStringLiteral("one"), {Camera});
     LockPlugin two(QStringLiteral("two.so"), QStringLiteral("two"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     int asked = 0;
     for (LockPlugin *locking : {&one, &two}) {
@@ -187,19 +176,19 @@ void TestLocks::keyThatIsNotListedIsNotLocked()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Microphone});
     plugin.setLocked({Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
-    QVERIFY(device.change(Camera, false));
+    QVERIFY(daemon.change(Camera, false));
     QCOMPARE(cameraQuestions(plugin), QStringList());
 }
 
 void TestLocks::keyThatIsListedTwiceIsLockedLikeOnce()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera, Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     const int mark = plugin.mark();
     const QString question = QStringLiteral("policyIsLocked CameraEnabled");
 
@@ -216,8 +205,8 @@ void TestLocks::keyThatNoPolicyHasDoesNoHarm()
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"),
                       {QStringLiteral("NoSuchPolicy"), QString(), QStringLiteral("cameraenabled")});
     plugin.setLocked({QStringLiteral("NoSuchPolicy"), QStringLiteral("cameraenabled")});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     QCOMPARE(Caller().policy(Camera).value(), QVariant(true));
     QCOMPARE(plugin.calls().filter(QStringLiteral("policyIsLocked")), QStringList());
@@ -226,18 +215,17 @@ void TestLocks::keyThatNoPolicyHasDoesNoHarm()
 void TestLocks::policyThatIsFreeAgainTakesChanges()
 {
     LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     plugin.setLocked({Camera});
     QCOMPARE(Caller().setPolicy(Camera, false).value(), QVariant(false));
     plugin.setLocked({});
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(Camera, false));
+    QVERIFY(daemon.change(Camera, false));
 
-    QCOMPARE(device.announcements(),
-             QStringList(QStringLiteral("PolicyChanged [\"CameraEnabled\",false]")));
-    QVERIFY(!Support::Files::snapshot(CameraMarker).exists);
+    QCOMPARE(daemon.announcements(), QStringList(daemon.announcement(Camera, false)));
+    QVERIFY(!Files::snapshot(CameraMarker).exists);
 }
 
 QTEST_GUILESS_MAIN(TestLocks)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/neighbours.h"
@@ -19,7 +20,6 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 const QString UserReport = QStringLiteral("UserReportExportEnabled");
 const QString UserReportMarker = QStringLiteral("/var/lib/govd/user_report_enabled");
 const QString DeviceInformation = QStringLiteral("org.kvt.deviceinfo");
@@ -71,7 +71,7 @@ void TestDefaults::everythingIsAllowedButUserReports()
     for (const QString &key : keys)
         QCOMPARE(client.policy(key), QVariant(key != QLatin1String("UserReportExportEnabled")));
 
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
     QVERIFY(!QFile::exists(UserReportMarker));
     QVERIFY(!QFile::exists(QStringLiteral("/var/lib/devel-su/.disable")));
 }
@@ -156,7 +156,7 @@ void TestDefaults::lockedPolicyGetsNoDefault()
     const QMap<QString, QString> values = Files::values(PolicyFile);
     QCOMPARE(values.size(), 44);
     QVERIFY(!values.contains(camera) && !values.contains(UserReport));
-    QVERIFY(!QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(!QFile::exists(CameraMarker));
 
     // What is left when the lock is gone is no value at all.
     lock.setLocked({});

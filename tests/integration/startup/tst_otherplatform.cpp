@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/mount.h"
 #include "support/neighbours.h"
@@ -18,10 +19,8 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 const QString Sandbox = QStringLiteral("org.pelloraos.appjaild1");
 const QString Sentry = QStringLiteral("org.brinos.DeviceSentry1");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 const QString UserReportMarker = QStringLiteral("/var/lib/govd/user_report_enabled");
 
 /// The daemon on a platform whose library lists other policies; see otherplatform/policyvalue.h.

@@ -3,6 +3,7 @@
 #include "support/bus.h"
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/neighbours.h"
 #include "support/platformkeys.h"
@@ -16,10 +17,6 @@
 using namespace Support;
 
 namespace {
-
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
 bool isRegistration(const BusMessage &message)
 {

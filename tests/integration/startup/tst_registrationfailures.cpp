@@ -3,6 +3,7 @@
 #include "support/bus.h"
 #include "support/buspolicy.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/neighbours.h"
@@ -18,9 +19,6 @@ using namespace Support;
 
 namespace {
 
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 const QString UsbFailure =
     QStringLiteral("warning|default|Failed to disable USB devices connection.");
 

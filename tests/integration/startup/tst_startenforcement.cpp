@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/neighbours.h"
@@ -26,7 +27,6 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 const QString Sandbox = QStringLiteral("org.pelloraos.appjaild1");
 
 /// The neighbours of which no two serve the same policy, except a direct one and then a watched

@@ -4,6 +4,7 @@
 #include "support/busmonitor.h"
 #include "support/caller.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 
 #include <QtTest>
@@ -13,8 +14,6 @@
 using namespace Support;
 
 namespace {
-
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
 
 /// Enforced at start, and once more before registration, while the neighbour is not there.
 const QString UsbFailure =
@@ -70,8 +69,8 @@ void TestStartup::servesFromTheMomentItsNameIsSeen()
     // All values are on disk and enforced before the name is there.
     Daemon daemon;
     QVERIFY(daemon.start());
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
-    QCOMPARE(Files::values(QStringLiteral("/etc/policy/policy.conf")).size(), 46);
+    QVERIFY(QFile::exists(CameraMarker));
+    QCOMPARE(Files::values(PolicyFile).size(), 46);
     QCOMPARE(Caller().policy(QStringLiteral("CameraEnabled")).value(), QVariant(true));
 }
 
@@ -79,7 +78,7 @@ void TestStartup::secondInstanceFails()
 {
     Daemon first;
     QVERIFY(first.start());
-    const FileSnapshot before = Files::snapshot(QStringLiteral("/etc/policy/policy.conf"));
+    const FileSnapshot before = Files::snapshot(PolicyFile);
 
     Daemon second;
     QVERIFY(!second.start());
@@ -88,7 +87,7 @@ void TestStartup::secondInstanceFails()
     QCOMPARE(second.log(), Enforced + QStringList{QStringLiteral("critical|default|\"\"")});
 
     // It has recorded everything once more by then, and hurt nobody.
-    QVERIFY(Files::snapshot(QStringLiteral("/etc/policy/policy.conf")) != before);
+    QVERIFY(Files::snapshot(PolicyFile) != before);
     QCOMPARE(Caller().policy(QStringLiteral("CameraEnabled")).value(), QVariant(true));
     QCOMPARE(first.stop(), 0);
 }
@@ -103,7 +102,7 @@ void TestStartup::failsWithoutBus()
     const QStringList critical =
         daemon.log().filter(QRegularExpression(QStringLiteral("^critical\\|default\\|\".+\"$")));
     QCOMPARE(critical.size(), 1);
-    QVERIFY(QFile::exists(QStringLiteral("/etc/policy/policy.conf")));
+    QVERIFY(QFile::exists(PolicyFile));
 }
 
 void TestStartup::endsWhenTheBusIsLost()

@@ -4,6 +4,7 @@
 #include "support/busmonitor.h"
 #include "support/client.h"
 #include "support/daemon.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
@@ -15,9 +16,6 @@
 using namespace Support;
 
 namespace {
-
-const QString Service = QStringLiteral("org.kvt.PolicyManager");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
 
 /// What the log of a start holds where no neighbour is on the bus, and nothing else.
 QStringList usualLog()
@@ -82,7 +80,7 @@ void TestSurroundings::serviceIsTheSameWhateverTheSurroundings()
     QCOMPARE(client.policy(QStringLiteral("MicrophoneEnabled")), QVariant(false));
     QVERIFY(client.setPolicy(QStringLiteral("CameraEnabled"), false));
     QCOMPARE(client.policy(QStringLiteral("CameraEnabled")), QVariant(false));
-    QVERIFY(!QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(!QFile::exists(CameraMarker));
     const QMap<QString, QString> values = Files::values(PolicyFile);
     QCOMPARE(values.value(QStringLiteral("MicrophoneEnabled")), QStringLiteral("false"));
     QCOMPARE(values.value(QStringLiteral("CameraEnabled")), QStringLiteral("false"));
@@ -146,7 +144,7 @@ void TestSurroundings::requestToEndDuringTheStartWaitsForItsEnd()
     QCOMPARE(daemon.waitForExit(), 0);
     monitor.settle();
     QVERIFY(!monitor.uniqueName(Service).isEmpty());
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
     QCOMPARE(daemon.log(), usualLog());
 }
 
@@ -172,7 +170,7 @@ void TestSurroundings::anEndTakesNothingBack()
     });
     QCOMPARE(said.size(), 0);
     QVERIFY(Files::snapshot(PolicyFile) == before);
-    QVERIFY(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")));
+    QVERIFY(QFile::exists(CameraMarker));
 }
 
 void TestSurroundings::lossOfTheBusIsNoFailure()

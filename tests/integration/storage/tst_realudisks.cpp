@@ -1,28 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/loopdevice.h"
 #include "support/storagestack.h"
 #include "support/waiting.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
 #include <cstdio>
 #include <memory>
 
-using Support::Enforcement;
-using Support::LoopDevice;
-using Support::StorageStack;
+using namespace Support;
 
 namespace {
 
-const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
-const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
-
 /// Milliseconds. Now and then the storage service waits 20 seconds for an event of the kernel
 /// before it answers.
-constexpr int Patience = Support::Deadline;
+constexpr int Patience = Deadline;
 
 } // namespace
 
@@ -62,6 +58,7 @@ void TestRealUdisks::initTestCase()
 
 void TestRealUdisks::init()
 {
+    Files::reset();
     m_loop = std::make_unique<LoopDevice>();
     QVERIFY2(m_loop->failure().isEmpty(), qPrintable(m_loop->failure()));
     QVERIFY2(m_stack->waitForFileSystem(m_loop->objectPath(), true),
@@ -84,60 +81,59 @@ void TestRealUdisks::cleanupTestCase()
 
 void TestRealUdisks::policyTurnedOffUnmountsTheFileSystem()
 {
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     QVERIFY(m_loop->mount());
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
-    device.forget();
+    daemon.forget();
     QVERIFY(m_loop->isMounted());
 
-    QVERIFY(device.change(MemoryCard, false));
+    QVERIFY(daemon.change(MemoryCard, false));
 
     QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), false));
-    QCOMPARE(device.calls().size(), 1);
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls().size(), 1);
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestRealUdisks::fileSystemMountedByTheServiceIsUnmounted()
 {
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     QVERIFY(m_stack->mount(m_loop->objectPath()));
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
-    device.forget();
+    daemon.forget();
     QVERIFY(m_loop->isMounted());
 
-    QVERIFY(device.change(MemoryCard, false));
+    QVERIFY(daemon.change(MemoryCard, false));
 
     QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestRealUdisks::fileSystemMountedWhileForbiddenIsUnmounted()
 {
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(MemoryCard, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(MemoryCard, false));
+    daemon.forget();
 
     QVERIFY(m_loop->mount());
 
     QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
-    QCOMPARE(device.calls().size(), 1);
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls().size(), 1);
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestRealUdisks::fileSystemForbiddenSinceStartIsUnmounted()
 {
     QVERIFY(m_loop->mount());
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
-    Enforcement device;
-    Support::Files::write(QStringLiteral("/etc/policy/policy.conf"),
-                          "[policy]\nMemoryCardEnabled=false\n");
+    WatchedDaemon daemon;
+    Files::write(PolicyFile, "[policy]\nMemoryCardEnabled=false\n");
     QVERIFY(m_loop->isMounted());
 
-    QVERIFY(device.start());
+    QVERIFY(daemon.start());
 
     QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
 }
@@ -146,69 +142,69 @@ void TestRealUdisks::fileSystemForbiddenSinceStartIsUnmounted()
 void TestRealUdisks::deviceThatAppearsWhileForbiddenStaysUsable()
 {
     cleanup();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(MemoryCard, false));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(MemoryCard, false));
     init();
     QVERIFY(m_loop->mount());
     QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), false));
 
-    QVERIFY(device.change(MemoryCard, true));
+    QVERIFY(daemon.change(MemoryCard, true));
     QVERIFY(m_loop->mount());
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
 
-    device.monitor().settle();
+    daemon.monitor().settle();
     QVERIFY(m_loop->isMounted());
 }
 
 void TestRealUdisks::policyOfAnotherBusLeavesItMounted()
 {
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     QVERIFY(m_loop->mount());
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, false));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(m_loop->isMounted());
 }
 
 void TestRealUdisks::policyTurnedOnMountsNothing()
 {
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     QVERIFY(m_loop->mount());
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
-    device.forget();
-    QVERIFY(device.change(MemoryCard, false));
+    daemon.forget();
+    QVERIFY(daemon.change(MemoryCard, false));
     QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(MemoryCard, true));
+    QVERIFY(daemon.change(MemoryCard, true));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(!m_loop->isMounted());
 }
 
 void TestRealUdisks::fileSystemInUseStaysMountedSilently()
 {
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     QVERIFY(m_loop->mount());
     QFile file(LoopDevice::mountPoint() + QStringLiteral("/in-use"));
     QVERIFY(file.open(QIODevice::WriteOnly));
     QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(MemoryCard, false));
+    QVERIFY(daemon.change(MemoryCard, false));
 
-    QVERIFY(device.monitor().waitFor([](const Support::BusMessage &message) {
+    QVERIFY(daemon.monitor().waitFor([](const BusMessage &message) {
         return message.errorName == QStringLiteral("org.freedesktop.UDisks2.Error.DeviceBusy");
     }));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
     QVERIFY(m_loop->isMounted());
 }
 

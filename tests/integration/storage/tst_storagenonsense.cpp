@@ -1,22 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/objecttree.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
 #include "support/stick.h"
 #include "support/trouble.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
 using Simulator::Fault;
 using Simulator::InterfaceValues;
 using Simulator::Storage;
-using Support::Enforcement;
-using Support::Stick;
+using namespace Support;
 
 namespace {
 
-const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
-const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
 const QString RootPath = QStringLiteral("/org/freedesktop/UDisks2");
 const QString ObjectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const QString StorageName = QStringLiteral("org.freedesktop.UDisks2");
@@ -55,6 +54,8 @@ class TestStorageNonsense : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void listingThatFailsIsSurvived_data();
     void listingThatFailsIsSurvived();
     void oddPropertiesAreTakenAsMissing_data();
@@ -66,34 +67,34 @@ private Q_SLOTS:
 
 void TestStorageNonsense::listingThatFailsIsSurvived_data()
 {
-    QTest::addColumn<Support::Oddity>("oddity");
-    for (const Support::Oddity &oddity : Support::Oddity::all()) {
+    QTest::addColumn<Oddity>("oddity");
+    for (const Oddity &oddity : Oddity::all()) {
         if (oddity.fault.delay == 0)
             QTest::newRow(oddity.name.constData()) << oddity;
     }
-    QTest::newRow("error") << Support::Oddity{"error", Fault::error()};
-    QTest::newRow("nothing") << Support::Oddity{"nothing", Fault::wrongAnswer({})};
+    QTest::newRow("error") << Oddity{"error", Fault::error()};
+    QTest::newRow("nothing") << Oddity{"nothing", Fault::wrongAnswer({})};
 }
 
 /// What appears later is seen all the same.
 void TestStorageNonsense::listingThatFailsIsSurvived()
 {
-    QFETCH(Support::Oddity, oddity);
-    Support::Neighbour<Storage> storage;
+    QFETCH(Oddity, oddity);
+    Neighbour<Storage> storage;
     storage.fail(QStringLiteral("GetManagedObjects"), oddity.fault);
     const Stick unseen;
     unseen.plug(storage);
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
-    QCOMPARE(device.calls(StorageName), QStringList());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(UsbStorage, false));
+    QCOMPARE(daemon.calls(StorageName), QStringList());
 
     const Stick later{QStringLiteral("later"), QStringLiteral("usb"), false, true, false};
     later.plug(storage);
 
-    QCOMPARE(device.calls(StorageName), QStringList(later.unmountOrder()));
-    QCOMPARE(device.log().filter(QStringLiteral("orage")), QStringList());
+    QCOMPARE(daemon.calls(StorageName), QStringList(later.unmountOrder()));
+    QCOMPARE(daemon.logged().filter(QStringLiteral("orage")), QStringList());
 }
 
 void TestStorageNonsense::oddPropertiesAreTakenAsMissing_data()
@@ -130,12 +131,12 @@ void TestStorageNonsense::oddPropertiesAreTakenAsMissing()
     QFETCH(QString, property);
     QFETCH(QVariant, value);
     QFETCH(bool, isUnmounted);
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(MemoryCard, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(MemoryCard, false));
+    daemon.forget();
     Stick odd;
     odd.id = QStringLiteral("odd");
 
@@ -145,8 +146,8 @@ void TestStorageNonsense::oddPropertiesAreTakenAsMissing()
                             QVariant::fromValue(oddBlock(interface, property, value))});
     });
 
-    QCOMPARE(device.calls(), isUnmounted ? QStringList(odd.unmountOrder()) : QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), isUnmounted ? QStringList(odd.unmountOrder()) : QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageNonsense::oddSignalsAreIgnored_data()
@@ -175,41 +176,41 @@ void TestStorageNonsense::oddSignalsAreIgnored()
     QFETCH(QString, member);
     QFETCH(QVariantList, arguments);
     const Stick stick;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(MemoryCard, false));
-    QVERIFY(device.change(UsbStorage, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(MemoryCard, false));
+    QVERIFY(daemon.change(UsbStorage, false));
+    daemon.forget();
 
     storage.ask(
         [&](Storage &service) { service.sendSignal(RootPath, ObjectManager, member, arguments); });
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
 
     stick.plug(storage);
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 /// Anybody may send a signal that looks like one of the storage service.
 void TestStorageNonsense::signalsOfOthersAreIgnored()
 {
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(MemoryCard, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(MemoryCard, false));
+    daemon.forget();
 
     QDBusMessage forged =
         QDBusMessage::createSignal(RootPath, ObjectManager, QStringLiteral("InterfacesAdded"));
     forged.setArguments(
         {QVariant::fromValue(QDBusObjectPath("/x")), QVariant::fromValue(oddBlock())});
-    Support::Bus bus;
+    Bus bus;
     QVERIFY(bus.connect().send(forged));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestStorageNonsense)

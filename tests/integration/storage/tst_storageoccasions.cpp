@@ -1,20 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
 #include "support/stick.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
 using Simulator::Storage;
-using Support::Enforcement;
-using Support::Stick;
-
-namespace {
-
-const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
-const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
-
-} // namespace
+using namespace Support;
 
 /// When storage is unmounted. Which storage is in tst_storagerules.
 class TestStorageOccasions : public QObject
@@ -36,12 +30,13 @@ private Q_SLOTS:
     void sameValueSweepsNothing();
 
 private:
-    std::unique_ptr<Support::Neighbour<Storage>> m_storage;
+    std::unique_ptr<Neighbour<Storage>> m_storage;
 };
 
 void TestStorageOccasions::init()
 {
-    m_storage = std::make_unique<Support::Neighbour<Storage>>();
+    Files::reset();
+    m_storage = std::make_unique<Neighbour<Storage>>();
     m_storage->appear();
 }
 
@@ -49,18 +44,18 @@ void TestStorageOccasions::allowingMountsNothing()
 {
     const Stick stick;
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
     QTRY_VERIFY(!stick.isMountedIn(*m_storage));
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(UsbStorage, true));
+    QVERIFY(daemon.change(UsbStorage, true));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(!stick.isMountedIn(*m_storage));
     stick.mount(*m_storage);
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
 }
 
 void TestStorageOccasions::storageMountedLaterIsUnmounted_data()
@@ -76,31 +71,30 @@ void TestStorageOccasions::storageMountedLaterIsUnmounted()
     const Stick stick{QStringLiteral("stick"), QStringLiteral("usb"), false, false, false};
     stick.plug(*m_storage);
     m_storage->ask([=](Storage &service) { service.setTellsMountPoints(tellsMountPoints); });
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
-    QCOMPARE(device.calls(m_storage->name()), QStringList());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(UsbStorage, false));
+    QCOMPARE(daemon.calls(m_storage->name()), QStringList());
 
     stick.mount(*m_storage);
 
-    QVERIFY(device.monitor().waitFor([](const Support::BusMessage &message) {
-        return message.isCallOf(QStringLiteral("Unmount"));
-    }));
+    QVERIFY(daemon.monitor().waitFor(
+        [](const BusMessage &message) { return message.isCallOf(QStringLiteral("Unmount")); }));
     QTRY_VERIFY(!stick.isMountedIn(*m_storage));
-    QCOMPARE(device.calls(m_storage->name()), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.calls(m_storage->name()), QStringList(stick.unmountOrder()));
 }
 
 void TestStorageOccasions::storageMountedAgainIsUnmountedAgain()
 {
     const Stick stick;
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(UsbStorage, false));
 
     for (int times = 1; times <= 3; ++times) {
         QTRY_VERIFY(!stick.isMountedIn(*m_storage));
-        QCOMPARE(device.calls(m_storage->name()).size(), times);
+        QCOMPARE(daemon.calls(m_storage->name()).size(), times);
         stick.mount(*m_storage);
     }
 }
@@ -111,26 +105,26 @@ void TestStorageOccasions::fileSystemMadeLaterIsSeen()
     stick.isMounted = false;
     stick.plug(*m_storage);
     m_storage->ask([&](Storage &service) { service.setFilesystem(stick.path(), false); });
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
+    daemon.forget();
 
     m_storage->ask([&](Storage &service) { service.setFilesystem(stick.path(), true); });
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     stick.mount(*m_storage);
 
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
 }
 
 /// Without its drive nobody can tell whether it is a memory card.
 void TestStorageOccasions::storageWithoutItsDriveWaitsForIt()
 {
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(MemoryCard, false));
-    QVERIFY(device.change(UsbStorage, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(MemoryCard, false));
+    QVERIFY(daemon.change(UsbStorage, false));
+    daemon.forget();
     const Stick stick;
     m_storage->ask([&](Storage &service) {
         Simulator::Block block;
@@ -139,8 +133,8 @@ void TestStorageOccasions::storageWithoutItsDriveWaitsForIt()
         block.mountPoints = QStringList(stick.mountPoint());
         service.plug(block);
     });
-    QCOMPARE(device.calls(), QStringList());
-    QVERIFY(device.change(MemoryCard, true));
+    QCOMPARE(daemon.calls(), QStringList());
+    QVERIFY(daemon.change(MemoryCard, true));
 
     m_storage->ask([](Storage &service) {
         Simulator::Drive drive;
@@ -149,7 +143,7 @@ void TestStorageOccasions::storageWithoutItsDriveWaitsForIt()
         service.plug(drive);
     });
 
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
 }
 
 void TestStorageOccasions::onlyForbiddenOnesOfManyAreUnmounted()
@@ -166,17 +160,16 @@ void TestStorageOccasions::onlyForbiddenOnesOfManyAreUnmounted()
     };
     for (const Stick &stick : sticks)
         stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(UsbStorage, false));
-    QCOMPARE(device.calls(),
+    QVERIFY(daemon.change(UsbStorage, false));
+    QCOMPARE(daemon.calls(),
              QStringList({sticks.at(0).unmountOrder(), sticks.at(4).unmountOrder()}));
 
-    device.forget();
-    QVERIFY(device.change(MemoryCard, false));
-    QCOMPARE(device.calls(),
+    daemon.forget();
+    QVERIFY(daemon.change(MemoryCard, false));
+    QCOMPARE(daemon.calls(),
              QStringList({sticks.at(1).unmountOrder(), sticks.at(5).unmountOrder()}));
 }
 
@@ -185,13 +178,12 @@ void TestStorageOccasions::deviceWithAPartitionTableIsNotSwept()
     Stick stick;
     stick.hasPartitionTable = true;
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, false));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(stick.isMountedIn(*m_storage));
 }
 
@@ -199,31 +191,31 @@ void TestStorageOccasions::storageThatWasPulledOutIsForgotten()
 {
     const Stick stick;
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     m_storage->ask([&](Storage &service) { service.unplug(stick.path()); });
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(UsbStorage, false));
-    QCOMPARE(device.calls(), QStringList());
+    QVERIFY(daemon.change(UsbStorage, false));
+    QCOMPARE(daemon.calls(), QStringList());
 
     stick.plug(*m_storage);
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
 }
 
 void TestStorageOccasions::sameValueSweepsNothing()
 {
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
     m_storage->fail(QStringLiteral("Unmount"), Simulator::Fault::error());
     const Stick stick;
     stick.plug(*m_storage);
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, false));
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestStorageOccasions)

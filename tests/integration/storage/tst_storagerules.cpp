@@ -1,18 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
 #include "support/stick.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
 using Simulator::Storage;
-using Support::Enforcement;
-using Support::Stick;
+using namespace Support;
 
 namespace {
 
-const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
-const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
 /// All of bus, storage type, status and forbidden policy, with the outcome.
 void addRows()
 {
@@ -54,6 +53,8 @@ class TestStorageRules : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void sweepUnmountsWhatThePolicyForbids_data();
     void sweepUnmountsWhatThePolicyForbids();
     void pluggedInPartitionIsUnmountedWhileForbidden_data();
@@ -75,19 +76,19 @@ void TestStorageRules::sweepUnmountsWhatThePolicyForbids()
     QFETCH(QString, forbidden);
     QFETCH(bool, isUnmounted);
     const Stick stick{QStringLiteral("stick"), bus, isSystem, wasMounted, false};
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
     stick.plug(storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    QCOMPARE(device.calls(storage.name()), QStringList());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.calls(storage.name()), QStringList());
+    daemon.forget();
 
-    QVERIFY(device.change(forbidden, false));
+    QVERIFY(daemon.change(forbidden, false));
 
-    QCOMPARE(device.calls(), isUnmounted ? QStringList(stick.unmountOrder()) : QStringList());
+    QCOMPARE(daemon.calls(), isUnmounted ? QStringList(stick.unmountOrder()) : QStringList());
     QTRY_COMPARE(stick.isMountedIn(storage), wasMounted && !isUnmounted);
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageRules::pluggedInPartitionIsUnmountedWhileForbidden_data()
@@ -103,18 +104,18 @@ void TestStorageRules::pluggedInPartitionIsUnmountedWhileForbidden()
     QFETCH(QString, forbidden);
     QFETCH(bool, isUnmounted);
     const Stick stick{QStringLiteral("stick"), bus, isSystem, wasMounted, false};
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(forbidden, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(forbidden, false));
+    daemon.forget();
 
     stick.plug(storage);
 
-    QCOMPARE(device.calls(), isUnmounted ? QStringList(stick.unmountOrder()) : QStringList());
+    QCOMPARE(daemon.calls(), isUnmounted ? QStringList(stick.unmountOrder()) : QStringList());
     QTRY_COMPARE(stick.isMountedIn(storage), wasMounted && !isUnmounted);
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageRules::allowedStorageIsLeftAlone_data()
@@ -129,15 +130,14 @@ void TestStorageRules::allowedStorageIsLeftAlone()
 {
     QFETCH(QString, bus);
     const Stick stick{QStringLiteral("stick"), bus, false, true, false};
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     stick.plug(storage);
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(stick.isMountedIn(storage));
 }
 

@@ -1,31 +1,30 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
-#include "support/enforcement.h"
+#include "support/facts.h"
+#include "support/files.h"
 #include "support/stick.h"
 #include "support/trouble.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
 using Simulator::Fault;
 using Simulator::Storage;
-using Support::Enforcement;
-using Support::Stick;
+using namespace Support;
 
 namespace {
 
-const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
-const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
 const QString ObjectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const QString StorageName = QStringLiteral("org.freedesktop.UDisks2");
 
 /// How many answers have come to the first order to unmount something.
-int answersToUnmount(Enforcement &device)
+int answersToUnmount(WatchedDaemon &daemon)
 {
-    device.monitor().settle();
-    const Support::BusMessage order = device.monitor().calls(QStringLiteral("Unmount")).value(0);
-    return device.monitor()
-        .messages([&](const Support::BusMessage &message) { return message.answers(order); })
+    daemon.monitor().settle();
+    const BusMessage order = daemon.monitor().calls(QStringLiteral("Unmount")).value(0);
+    return daemon.monitor()
+        .messages([&](const BusMessage &message) { return message.answers(order); })
         .size();
 }
 
@@ -37,6 +36,8 @@ class TestStorageService : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { Files::reset(); }
+
     void absentServiceIsNoFailure();
     void serviceThatAppearsIsSearched();
     void serviceThatComesBackIsSearchedAgain();
@@ -49,75 +50,74 @@ private Q_SLOTS:
 
 void TestStorageService::absentServiceIsNoFailure()
 {
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(UsbStorage, false));
-    QVERIFY(device.change(UsbStorage, true));
-    QVERIFY(device.change(MemoryCard, false));
+    QVERIFY(daemon.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, true));
+    QVERIFY(daemon.change(MemoryCard, false));
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageService::serviceThatAppearsIsSearched()
 {
     const Stick stick;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     stick.plug(storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
+    daemon.forget();
 
     storage.appear();
 
     QTRY_VERIFY(!stick.isMountedIn(storage));
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageService::serviceThatComesBackIsSearchedAgain()
 {
     const Stick stick;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
-    QVERIFY(device.change(UsbStorage, false));
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
     storage.leave();
     stick.plug(storage);
-    device.forget();
+    daemon.forget();
 
     storage.appear();
 
     QTRY_VERIFY(!stick.isMountedIn(storage));
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageService::storageOfAServiceThatLeftIsNotUnmounted()
 {
     const Stick stick;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.appear();
     stick.plug(storage);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     storage.leave();
-    device.forget();
+    daemon.forget();
 
-    QVERIFY(device.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, false));
 
-    QCOMPARE(device.calls(), QStringList());
-    QCOMPARE(device.log(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestStorageService::failureToUnmountIsSilent_data()
 {
-    QTest::addColumn<Support::Trouble>("trouble");
-    for (const Support::Trouble &trouble : Support::Trouble::of(StorageName)) {
+    QTest::addColumn<Trouble>("trouble");
+    for (const Trouble &trouble : Trouble::of(StorageName)) {
         if (!trouble.isAbsence())
             QTest::newRow(trouble.name.constData()) << trouble;
     }
@@ -125,46 +125,44 @@ void TestStorageService::failureToUnmountIsSilent_data()
 
 void TestStorageService::failureToUnmountIsSilent()
 {
-    QFETCH(Support::Trouble, trouble);
+    QFETCH(Trouble, trouble);
     const Stick stick;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.fail(QStringLiteral("Unmount"), trouble.fault);
     storage.appear();
     stick.plug(storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, false));
 
-    QTRY_COMPARE(answersToUnmount(device), 1);
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
-    QCOMPARE(device.log(), QStringList());
-    QCOMPARE(Support::Caller().policy(UsbStorage).value(), QVariant(false));
+    QTRY_COMPARE(answersToUnmount(daemon), 1);
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.logged(), QStringList());
+    QCOMPARE(Caller().policy(UsbStorage).value(), QVariant(false));
 }
 
 void TestStorageService::nobodyWaitsForTheUnmount()
 {
     const Stick stick;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     storage.fail(QStringLiteral("Unmount"), Fault::silence());
     storage.appear();
     stick.plug(storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
-    QVERIFY(device.change(UsbStorage, false)); // would fail by its own time-out
+    QVERIFY(daemon.change(UsbStorage, false)); // would fail by its own time-out
 
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
-    QCOMPARE(answersToUnmount(device), 0);
-    QCOMPARE(Support::Caller().policy(MemoryCard).value(), QVariant(true));
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(answersToUnmount(daemon), 0);
+    QCOMPARE(Caller().policy(MemoryCard).value(), QVariant(true));
 }
 
 void TestStorageService::manyDevicesNeedNoQuestionEach()
 {
     const int count = 300;
-    Support::Neighbour<Storage> storage;
+    Neighbour<Storage> storage;
     QStringList orders;
     for (int i = 0; i < count; ++i) {
         Stick stick;
@@ -175,14 +173,14 @@ void TestStorageService::manyDevicesNeedNoQuestionEach()
             orders.append(stick.unmountOrder());
     }
     storage.appear();
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QVERIFY(device.change(UsbStorage, false));
+    QVERIFY(daemon.change(UsbStorage, false));
 
-    QCOMPARE(device.calls(StorageName), orders);
-    const auto questions = device.monitor().messages([](const Support::BusMessage &message) {
-        return message.type == Support::BusMessage::Call && message.destination == StorageName;
+    QCOMPARE(daemon.calls(StorageName), orders);
+    const auto questions = daemon.monitor().messages([](const BusMessage &message) {
+        return message.type == BusMessage::Call && message.destination == StorageName;
     });
     QVERIFY2(questions.size() <= orders.size() + 4, // a few listings
              qPrintable(QString::number(questions.size())));

@@ -1,24 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "support/enforcement.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
 #include "support/stick.h"
 #include "support/switchplugin.h"
+#include "support/watcheddaemon.h"
 
 #include <QTest>
 
 using Simulator::Storage;
-using Support::Enforcement;
-using Support::Stick;
-
-namespace {
-
-const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
-const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-
-} // namespace
+using namespace Support;
 
 /// Switches and locks that forbid storage.
 class TestStorageSwitches : public QObject
@@ -37,95 +29,93 @@ private Q_SLOTS:
     void storageIsSweptAtStart();
 
 private:
-    std::unique_ptr<Support::Neighbour<Storage>> m_storage;
+    std::unique_ptr<Neighbour<Storage>> m_storage;
 };
 
 void TestStorageSwitches::init()
 {
-    m_storage = std::make_unique<Support::Neighbour<Storage>>();
+    Files::reset();
+    m_storage = std::make_unique<Neighbour<Storage>>();
     m_storage->appear();
 }
 
 void TestStorageSwitches::switchTurnedOffSweeps()
 {
-    Support::SwitchPlugin switches;
+    SwitchPlugin switches;
     switches.setSwitch(QStringLiteral("storage"), {33}, true);
     const Stick stick;
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     switches.announce(QStringLiteral("storage"), false);
 
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
     QTRY_VERIFY(!stick.isMountedIn(*m_storage));
 }
 
 void TestStorageSwitches::switchTurnedOnMountsNothing()
 {
-    Support::SwitchPlugin switches;
+    SwitchPlugin switches;
     switches.setSwitch(QStringLiteral("storage"), {33}, false);
     const Stick stick{QStringLiteral("stick"), QStringLiteral("usb"), false, false, false};
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     switches.setEntry(QStringLiteral("storage"), QStringLiteral("value"), true);
     switches.announce(QStringLiteral("storage"), true);
 
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.calls(), QStringList());
 }
 
 void TestStorageSwitches::storageAppearingWithoutItsSwitchIsUnmounted()
 {
-    Support::SwitchPlugin switches;
+    SwitchPlugin switches;
     switches.setSwitch(QStringLiteral("storage"), {33}, true);
-    Enforcement device;
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     switches.setEntry(QStringLiteral("storage"), QStringLiteral("value"), false);
-    device.forget();
+    daemon.forget();
     const Stick stick;
     const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
 
     stick.plug(*m_storage);
     card.plug(*m_storage);
 
-    QCOMPARE(device.calls(), QStringList(stick.unmountOrder()));
+    QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
 }
 
 void TestStorageSwitches::storageAppearingWhileLockedIsUnmounted()
 {
-    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {MemoryCard});
-    Enforcement device;
-    QVERIFY(device.start());
+    LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {MemoryCard});
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
     lock.setLocked({MemoryCard});
-    device.forget();
+    daemon.forget();
     const Stick stick;
     const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
 
     stick.plug(*m_storage);
     card.plug(*m_storage);
 
-    QCOMPARE(device.calls(), QStringList(card.unmountOrder()));
+    QCOMPARE(daemon.calls(), QStringList(card.unmountOrder()));
 }
 
 /// A lock changes what readers see, not what is in force: what is mounted stays.
 void TestStorageSwitches::lockSweepsNothing()
 {
-    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {UsbStorage});
+    LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {UsbStorage});
     const Stick stick;
     stick.plug(*m_storage);
-    Enforcement device;
-    QVERIFY(device.start());
-    device.forget();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
 
     lock.setLocked({UsbStorage});
     lock.announce(UsbStorage, true);
 
-    QCOMPARE(device.announcements().size(), 1);
-    QCOMPARE(device.calls(), QStringList());
+    QCOMPARE(daemon.announcements().size(), 1);
+    QCOMPARE(daemon.calls(), QStringList());
     QVERIFY(stick.isMountedIn(*m_storage));
 }
 
@@ -149,19 +139,19 @@ void TestStorageSwitches::storageIsSweptAtStart()
     QFETCH(bool, isSwitchOn);
     QFETCH(bool, isLocked);
     QFETCH(bool, isSwept);
-    Support::SwitchPlugin switches;
+    SwitchPlugin switches;
     switches.setSwitch(QStringLiteral("storage"), {33}, isSwitchOn);
-    Support::LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {UsbStorage});
+    LockPlugin lock(QStringLiteral("lock.so"), QStringLiteral("lock"), {UsbStorage});
     lock.setLocked(isLocked ? QStringList(UsbStorage) : QStringList());
     const Stick stick;
     stick.plug(*m_storage);
     const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
     card.plug(*m_storage);
-    Enforcement device;
-    Support::Files::write(PolicyFile, "[policy]\nUsbStorageEnabled=" + stored + '\n');
-    QVERIFY(device.start());
+    WatchedDaemon daemon;
+    Files::write(PolicyFile, "[policy]\nUsbStorageEnabled=" + stored + '\n');
+    QVERIFY(daemon.startObserved());
 
-    QStringList orders = device.calls(m_storage->name());
+    QStringList orders = daemon.calls(m_storage->name());
     orders.removeDuplicates();
     QCOMPARE(orders, isSwept ? QStringList(stick.unmountOrder()) : QStringList());
     QTRY_COMPARE(stick.isMountedIn(*m_storage), !isSwept);

@@ -48,6 +48,20 @@ bool writeTo(int descriptor, const QByteArray &bytes)
     return true;
 }
 
+/// Where the method call begins that holds the byte at @p position, as a little-endian machine
+/// sends it; 0 if that is not found. One read may give more than one message, and those before must
+/// not wait.
+int startOfMessage(const QByteArray &bytes, int position)
+{
+    constexpr char MethodCall = 1;
+    constexpr char Protocol = 1;
+    for (int i = position - 4; i > 0; --i) {
+        if (bytes[i] == 'l' && bytes[i + 1] == MethodCall && bytes[i + 3] == Protocol)
+            return i;
+    }
+    return 0;
+}
+
 } // namespace
 
 BusRelay::BusRelay()
@@ -150,10 +164,10 @@ bool BusRelay::passToBus(int client, int bus)
     m_held += fresh;
     if (!m_spoilt.isEmpty())
         m_held.replace(m_spoilt, m_other);
-    if (!m_holdAt.isEmpty() && m_held.contains(m_holdAt))
-        return true;
-    const bool isWritten = writeTo(bus, m_held);
-    m_held.clear();
+    const int found = m_holdAt.isEmpty() ? -1 : m_held.indexOf(m_holdAt);
+    const int size = found < 0 ? m_held.size() : startOfMessage(m_held, found);
+    const bool isWritten = writeTo(bus, m_held.left(size));
+    m_held.remove(0, size);
     return isWritten;
 }
 

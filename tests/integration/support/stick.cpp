@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/stick.h"
 
-#include "support/enforcement.h"
+#include "support/wording.h"
 
 using Simulator::Storage;
 
@@ -51,10 +51,9 @@ bool Stick::isMountedIn(Neighbour<Storage> &storage) const
 
 QString Stick::unmountOrder() const
 {
-    return Enforcement::callText(QStringLiteral("org.freedesktop.UDisks2 ") + path()
-                                     + QStringLiteral(" org.freedesktop.UDisks2.Filesystem"),
-                                 QStringLiteral("Unmount"), QStringLiteral("a{sv}"),
-                                 {QVariantMap()});
+    return Wording::call(QStringLiteral("org.freedesktop.UDisks2 ") + path()
+                             + QStringLiteral(" org.freedesktop.UDisks2.Filesystem"),
+                         QStringLiteral("Unmount"), QStringLiteral("a{sv}"), {QVariantMap()});
 }
 
 } // namespace Support

@@ -32,7 +32,7 @@ struct Stick
     /// Whether the storage service has it mounted now.
     bool isMountedIn(Neighbour<Simulator::Storage> &storage) const;
 
-    /// The daemon's order to unmount it, as Enforcement::calls() has it: with no options at all.
+    /// The daemon's order to unmount it, as WatchedDaemon::calls() has it: with no options at all.
     QString unmountOrder() const;
 };
 

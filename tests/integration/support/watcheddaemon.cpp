@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/watcheddaemon.h"
 
+#include "support/wording.h"
+
 #include <QDBusVariant>
-#include <QJsonArray>
-#include <QJsonDocument>
 
 namespace Support {
 
@@ -12,35 +12,27 @@ namespace {
 
 const QLatin1String BusItself("org.freedesktop.DBus");
 
-QString toText(const QVariantList &arguments)
-{
-    QString text;
-    for (const QVariant &argument : arguments) {
-        const QJsonArray one{QJsonValue::fromVariant(argument)};
-        const QByteArray json = QJsonDocument(one).toJson(QJsonDocument::Compact);
-        text += QLatin1Char(' ') + QString::fromUtf8(json.mid(1, json.size() - 2));
-    }
-    return text;
-}
-
-QString toText(const BusMessage &message)
-{
-    switch (message.type) {
-    case BusMessage::Call:
-        return QLatin1String("call ") + message.member + toText(message.arguments);
-    case BusMessage::Signal:
-        return QLatin1String("signal ") + message.member + toText(message.arguments);
-    case BusMessage::Return:
-        return QLatin1String("reply") + toText(message.arguments);
-    case BusMessage::Error:
-        return QLatin1String("error ") + message.errorName;
-    }
-    Q_UNREACHABLE();
-}
-
 bool isIntrospection(const BusMessage &message)
 {
     return message.isCallOf(QStringLiteral("Introspect"));
+}
+
+/// What QtDBus asks the bus for its own ends says nothing about the daemon.
+bool isHousekeeping(const BusMessage &message)
+{
+    return message.type == BusMessage::Call && message.destination == BusItself
+        && !message.member.startsWith(QLatin1String("GetConnection"));
+}
+
+/// Not enforcement: questions to the bus and about objects, the audit event, and the storage
+/// service, of which only the order to unmount counts.
+bool isEnforcement(const BusMessage &message)
+{
+    static const QStringList others{BusItself, QStringLiteral("org.kvtlabs.SystemLogs"),
+                                    QStringLiteral("org.kvt.deviceinfo")};
+    static const QStringList questions{QStringLiteral("Get"), QStringLiteral("GetManagedObjects")};
+    return message.type == BusMessage::Call && !others.contains(message.destination)
+        && !questions.contains(message.member);
 }
 
 } // namespace
@@ -52,6 +44,14 @@ bool WatchedDaemon::start()
     if (!m_daemon.start())
         return false;
     forget();
+    return true;
+}
+
+bool WatchedDaemon::startObserved()
+{
+    if (!m_daemon.start())
+        return false;
+    m_monitor.settle();
     return true;
 }
 
@@ -69,6 +69,11 @@ QVariant WatchedDaemon::set(const QString &key, const QVariant &value)
     return call(QStringLiteral("SetKeyValue"), {key, QVariant::fromValue(QDBusVariant(value))});
 }
 
+bool WatchedDaemon::change(const QString &key, bool value)
+{
+    return set(key, value) == QVariant(true);
+}
+
 QVariant WatchedDaemon::policy(const QString &key)
 {
     return call(QStringLiteral("KeyValue"), {key}).value<QDBusVariant>().variant();
@@ -76,21 +81,41 @@ QVariant WatchedDaemon::policy(const QString &key)
 
 QStringList WatchedDaemon::said()
 {
-    m_monitor.settle();
-    const QString daemon = uniqueName();
-    const QVector<BusMessage> introspections = m_monitor.messages(isIntrospection);
-    const auto answersIntrospection = [&](const BusMessage &message) {
-        return std::any_of(introspections.begin(), introspections.end(),
-                           [&](const BusMessage &call) { return message.answers(call); });
-    };
-    const auto counts = [&](const BusMessage &message) {
-        return message.sender == daemon && message.destination != BusItself
-            && !isIntrospection(message) && !answersIntrospection(message);
-    };
     QStringList lines;
-    const QVector<BusMessage> messages = m_monitor.messages(counts);
-    for (const BusMessage &message : messages)
-        lines.append(toText(message));
+    for (const BusMessage &message : sent()) {
+        if (message.destination != BusItself)
+            lines.append(Wording::exact(message));
+    }
+    return lines;
+}
+
+QStringList WatchedDaemon::messages(const QString &caller)
+{
+    QStringList lines;
+    for (const BusMessage &message : sent()) {
+        if (!isHousekeeping(message))
+            lines.append(Wording::plain(message, caller));
+    }
+    return lines;
+}
+
+QStringList WatchedDaemon::calls(const QString &service)
+{
+    QStringList lines;
+    for (const BusMessage &message : sent()) {
+        if (isEnforcement(message) && (service.isEmpty() || message.destination == service))
+            lines.append(Wording::call(message));
+    }
+    return lines;
+}
+
+QStringList WatchedDaemon::announcements()
+{
+    QStringList lines;
+    for (const BusMessage &message : sent()) {
+        if (message.type == BusMessage::Signal)
+            lines.append(Wording::exact(message));
+    }
     return lines;
 }
 
@@ -111,16 +136,23 @@ QStringList WatchedDaemon::logged()
     return m_daemon.log(m_logStart);
 }
 
+QStringList WatchedDaemon::complaints()
+{
+    QStringList lines = logged();
+    lines.removeAll(QStringLiteral("warning|default|Failed to disable USB devices connection."));
+    return lines;
+}
+
 QString WatchedDaemon::event(const QString &key, const QString &oldText, const QString &newText)
 {
     return QLatin1String("call sendEventStringAlt")
-        + toText({QStringLiteral("security-policy-changed"), QStringLiteral("INFO_LEVEL"),
-                  eventText(key, oldText, newText)});
+        + Wording::exact({QStringLiteral("security-policy-changed"), QStringLiteral("INFO_LEVEL"),
+                          eventText(key, oldText, newText)});
 }
 
 QString WatchedDaemon::announcement(const QString &key, bool value)
 {
-    return QLatin1String("signal PolicyChanged") + toText({key, value});
+    return QLatin1String("signal PolicyChanged") + Wording::exact({key, value});
 }
 
 QString WatchedDaemon::eventText(const QString &key, const QString &oldText, const QString &newText)
@@ -128,6 +160,21 @@ QString WatchedDaemon::eventText(const QString &key, const QString &oldText, con
     // Joined, not filled in, because texts with placeholders of their own are tested as well.
     return QLatin1String("Policy ") + key + QLatin1String(" changed. Old value ") + oldText
         + QLatin1String(". New value ") + newText + QLatin1Char('.');
+}
+
+QVector<BusMessage> WatchedDaemon::sent()
+{
+    m_monitor.settle();
+    const QString daemon = uniqueName();
+    const QVector<BusMessage> introspections = m_monitor.messages(isIntrospection);
+    const auto answersIntrospection = [&](const BusMessage &message) {
+        return std::any_of(introspections.begin(), introspections.end(),
+                           [&](const BusMessage &call) { return message.answers(call); });
+    };
+    return m_monitor.messages([&](const BusMessage &message) {
+        return message.sender == daemon && !isIntrospection(message)
+            && !answersIntrospection(message);
+    });
 }
 
 QVariant WatchedDaemon::call(const QString &method, const QVariantList &arguments)

@@ -33,25 +33,44 @@ public:
     /// Starts the daemon, again if it has ended, and forgets what happened on the way.
     [[nodiscard]] bool start();
 
+    /// The same, but what happens on the way counts.
+    [[nodiscard]] bool startObserved();
+
     /// Waits until the daemon has done all that it owes, then forgets everything.
     void forget();
 
     /// Root's write of a policy, over the bus. The answer; invalid when it was an error.
     QVariant set(const QString &key, const QVariant &value);
 
+    /// The same, of which is true only that the daemon has taken the value.
+    [[nodiscard]] bool change(const QString &key, bool value);
+
     /// Root's read of a policy. Invalid when the answer was an error.
     QVariant policy(const QString &key);
 
-    /// What the daemon has sent on the bus: "call MEMBER ARGUMENT...", "signal MEMBER ARGUMENT...",
-    /// "reply ARGUMENT..." or "error NAME", arguments as JSON. Its talk with the bus itself and
-    /// introspection are left out.
+    /// What the daemon has sent on the bus, as Wording::exact() has it. Its talk with the bus
+    /// itself and introspection are left out.
     QStringList said();
+
+    /// The same with its questions to the bus about clients, as Wording::plain() has it.
+    QStringList messages(const QString &caller = QString());
+
+    /// The calls to the services that carry policies out, or to @p service alone, as
+    /// Wording::call() has them.
+    QStringList calls(const QString &service = QString());
+
+    /// The signals among said().
+    QStringList announcements();
 
     /// The lines that it has written to the system log.
     QStringList recorded();
 
     /// The lines of its own log.
     QStringList logged();
+
+    /// The same, but for the one about an absent USB manager: each start without that neighbour
+    /// writes it.
+    QStringList complaints();
 
     /// What said() shows for the audit event of a change, and for the announcement of a policy.
     static QString event(const QString &key, const QString &oldText, const QString &newText);
@@ -63,6 +82,9 @@ public:
 private:
     QVariant call(const QString &method, const QVariantList &arguments);
     QString uniqueName();
+
+    /// What the daemon has sent, but for introspection.
+    QVector<BusMessage> sent();
 
     Bus m_bus;
     BusMonitor m_monitor;

@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/cameraswitches.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -13,40 +15,7 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Other = QStringLiteral("Other"); // the name of no policy: of type 0
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-
-/// Adds two switches that govern the camera, and one that does not.
-void addSwitches(SwitchPlugin &plugin)
-{
-    plugin.setSwitch(QStringLiteral("a"), {2, 1}, true);
-    plugin.setSwitch(QStringLiteral("b"), {1, 3, 1}, true);
-    plugin.setSwitch(QStringLiteral("c"), {2}, false);
-}
-
-/// The two switches of the camera in the order of the running daemon's table.
-QStringList cameraSwitches()
-{
-    QStringList keys =
-        Caller().call(QStringLiteral("Switch"), QStringLiteral("Keys"), {}).value().toStringList();
-    keys.removeAll(QStringLiteral("c"));
-    return keys;
-}
-
-QStringList asked(const QStringList &switches)
-{
-    QStringList calls;
-    for (const QString &key : switches)
-        calls.append(QLatin1String("keyValue ") + key);
-    return calls;
-}
-
-QStringList withTable(const QStringList &switches)
-{
-    return texts({"keyPolicyTypes"}) + asked(switches);
-}
 
 } // namespace
 
@@ -98,26 +67,23 @@ void TestGovernedReading::allSwitchesCount()
     QFETCH(bool, value);
     Files::write(PolicyFile,
                  stored ? "[policy]\nCameraEnabled=true\n" : "[policy]\nCameraEnabled=false\n");
-    SwitchPlugin plugin;
-    addSwitches(plugin);
-    ObservedDaemon daemon;
+    CameraSwitches plugin;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    const QStringList switches = cameraSwitches();
-    plugin.setEntry(switches.at(0), QStringLiteral("value"), first);
-    plugin.setEntry(switches.at(1), QStringLiteral("value"), second);
+    const QStringList switches = plugin.inOrder();
+    plugin.setInOrder(first, second);
     const int before = plugin.mark();
 
     const Reply reply = Caller().policy(Camera);
     QCOMPARE(reply.value(), QVariant(value));
     // Each at most once, however often its list names the policy.
-    QCOMPARE(plugin.calls(before), withTable(switches.mid(0, questions)));
+    QCOMPARE(plugin.calls(before), plugin.callsFor(switches.mid(0, questions)));
 }
 
 void TestGovernedReading::readingDoesNotAskOtherSwitches()
 {
-    SwitchPlugin plugin;
-    addSwitches(plugin);
-    ObservedDaemon daemon;
+    CameraSwitches plugin;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     const int before = plugin.mark();
 
@@ -129,19 +95,18 @@ void TestGovernedReading::readingTakesAFailingSwitchForOff()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("a"), {1}, 4);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     QCOMPARE(Caller().policy(Camera).value(), QVariant(false));
-    QCOMPARE(daemon.log(),
+    QCOMPARE(daemon.logged(),
              texts({"warning|default|AccessSwitch plugin failed to retrieve value for key: \"a\"",
                     "warning|default|Return code: 4"}));
 
     plugin.setEntry(QStringLiteral("a"), QStringLiteral("value"), QStringLiteral("true"));
     daemon.forget();
     QCOMPARE(Caller().policy(Camera).value(), QVariant(false));
-    QCOMPARE(daemon.log(), texts({"warning|default|Unknown value type \"a\""}));
+    QCOMPARE(daemon.logged(), texts({"warning|default|Unknown value type \"a\""}));
 }
 
 void TestGovernedReading::readingAsksSwitchesBeforeLocks()
@@ -149,7 +114,7 @@ void TestGovernedReading::readingAsksSwitchesBeforeLocks()
     SwitchPlugin switches;
     switches.setSwitch(QStringLiteral("a"), {1}, false);
     LockPlugin locks(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     locks.setLocked({Camera});
     int before = locks.mark();
@@ -169,7 +134,7 @@ void TestGovernedReading::readingNoPolicyTypeAsksSwitchesOfTypeZero()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("zero"), {0}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Caller().setPolicy(Other, true).value(), QVariant(true));
     QCOMPARE(Caller().policy(Other).value(), QVariant(true));
@@ -197,11 +162,10 @@ void TestGovernedReading::startEnforcesWhatReadersSee()
     QFETCH(bool, a);
     QFETCH(bool, b);
     Files::write(PolicyFile, "[policy]\nCameraEnabled=true\n");
-    SwitchPlugin plugin;
-    addSwitches(plugin);
+    CameraSwitches plugin;
     plugin.setEntry(QStringLiteral("a"), QStringLiteral("value"), a);
     plugin.setEntry(QStringLiteral("b"), QStringLiteral("value"), b);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
 
     QCOMPARE(QFile::exists(CameraMarker), a && b);

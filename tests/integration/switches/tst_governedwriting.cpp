@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/cameraswitches.h"
+#include "support/facts.h"
 #include "support/files.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -12,40 +14,7 @@ using namespace Support;
 
 namespace {
 
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString Other = QStringLiteral("Other"); // the name of no policy: of type 0
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-
-/// Adds two switches that govern the camera, and one that does not.
-void addSwitches(SwitchPlugin &plugin)
-{
-    plugin.setSwitch(QStringLiteral("a"), {2, 1}, true);
-    plugin.setSwitch(QStringLiteral("b"), {1, 3, 1}, true);
-    plugin.setSwitch(QStringLiteral("c"), {2}, false);
-}
-
-/// The two switches of the camera in the order of the running daemon's table.
-QStringList cameraSwitches()
-{
-    QStringList keys =
-        Caller().call(QStringLiteral("Switch"), QStringLiteral("Keys"), {}).value().toStringList();
-    keys.removeAll(QStringLiteral("c"));
-    return keys;
-}
-
-QStringList asked(const QStringList &switches)
-{
-    QStringList calls;
-    for (const QString &key : switches)
-        calls.append(QLatin1String("keyValue ") + key);
-    return calls;
-}
-
-QStringList withTable(const QStringList &switches)
-{
-    return texts({"keyPolicyTypes"}) + asked(switches);
-}
 
 } // namespace
 
@@ -92,39 +61,36 @@ void TestGovernedWriting::firstSwitchCounts()
     QFETCH(bool, enforced);
     QFETCH(bool, readable);
     Files::write(PolicyFile, "[policy]\nCameraEnabled=false\n");
-    SwitchPlugin plugin;
-    addSwitches(plugin);
-    ObservedDaemon daemon;
+    CameraSwitches plugin;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    const QStringList switches = cameraSwitches();
-    plugin.setEntry(switches.at(0), QStringLiteral("value"), first);
-    plugin.setEntry(switches.at(1), QStringLiteral("value"), second);
+    const QStringList switches = plugin.inOrder();
+    plugin.setInOrder(first, second);
     QVERIFY(!QFile::exists(CameraMarker));
     daemon.forget();
     const int before = plugin.mark();
 
     Caller caller;
     QCOMPARE(caller.setPolicy(Camera, true).value(), QVariant(true));
-    QStringList messages = texts({"GetConnectionUnixProcessID caller"});
-    messages << eventCall("CameraEnabled changed. Old value false. New value true.")
-             << texts({"GetConnectionUnixProcessID caller"})
+    QStringList messages(ProcessQuery);
+    messages << eventCall("CameraEnabled changed. Old value false. New value true.") << ProcessQuery
              << QLatin1String("PolicyChanged CameraEnabled ")
             + QLatin1String(enforced ? "true" : "false")
              << QStringLiteral("return true");
     QCOMPARE(daemon.messages(caller.busName()), messages);
     QCOMPARE(plugin.calls(before),
-             withTable(switches.mid(0, questions)) + withTable(switches.mid(0, 1)));
+             plugin.callsFor(switches.mid(0, questions)) + plugin.callsFor(switches.mid(0, 1)));
     QCOMPARE(QFile::exists(CameraMarker), enforced);
     QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("true"));
     QCOMPARE(Caller().policy(Camera).value(), QVariant(readable));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestGovernedWriting::writingFalseDoesNotAskSwitches()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("a"), {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     const int before = plugin.mark();
 
@@ -138,7 +104,7 @@ void TestGovernedWriting::writingTakesAFailingSwitchForOff()
     Files::write(PolicyFile, "[policy]\nCameraEnabled=false\n");
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("a"), {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     plugin.setEntry(QStringLiteral("a"), QStringLiteral("value"), 9);
     daemon.forget();
@@ -149,7 +115,7 @@ void TestGovernedWriting::writingTakesAFailingSwitchForOff()
     const QStringList failure =
         texts({"warning|default|AccessSwitch plugin failed to retrieve value for key: \"a\"",
                "warning|default|Return code: 9"});
-    QCOMPARE(daemon.log(), failure + failure); // for the old value, and for the new one
+    QCOMPARE(daemon.logged(), failure + failure); // for the old value, and for the new one
     QVERIFY(!QFile::exists(CameraMarker));
 }
 
@@ -157,9 +123,8 @@ void TestGovernedWriting::writingNoPolicyTypeAsksSwitchesOfTypeZero()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("zero"), {0}, false);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     QCOMPARE(Caller().setPolicy(Other, true).value(), QVariant(true));
     QVERIFY(daemon.messages().contains(QStringLiteral("PolicyChanged Other false")));
@@ -171,7 +136,7 @@ void TestGovernedWriting::storeKeepsTrueUnderASwitchThatIsOff()
     Files::write(PolicyFile, "[policy]\nCameraEnabled=false\n");
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("a"), {1}, false);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Caller().setPolicy(Camera, true).value(), QVariant(true));
     QCOMPARE(Caller().policy(Camera).value(), QVariant(false));
@@ -180,7 +145,7 @@ void TestGovernedWriting::storeKeepsTrueUnderASwitchThatIsOff()
 
     // The same value again is no change, although readers see another one.
     QCOMPARE(Caller().setPolicy(Camera, true).value(), QVariant(true));
-    QCOMPARE(daemon.events(),
+    QCOMPARE(daemon.recorded(),
              texts({"Policy CameraEnabled changed. Old value false. New value true."}));
     QVERIFY(!daemon.messages().join(QString()).contains(QStringLiteral("PolicyChanged")));
 

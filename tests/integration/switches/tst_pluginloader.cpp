@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
 #include "support/files.h"
-#include "support/observeddaemon.h"
 #include "support/oddplugin.h"
 #include "support/openwatch.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QPluginLoader>
 #include <QtTest>
@@ -75,8 +75,8 @@ void TestPluginLoader::init()
 
 void TestPluginLoader::withoutPluginThereAreNoSwitches()
 {
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     QCOMPARE(keys().signature, QStringLiteral("as"));
     QCOMPARE(keys().value().toList(), QVariantList());
@@ -90,8 +90,8 @@ void TestPluginLoader::withoutPluginThereAreNoSwitches()
     QCOMPARE(write.signature, QStringLiteral("b"));
     QCOMPARE(write.value(), QVariant(false));
 
-    QCOMPARE(daemon.log(), QStringList());
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
     QVERIFY(!QFile::exists(QStringLiteral("/etc/policy/switch.conf")));
 }
 
@@ -99,13 +99,13 @@ void TestPluginLoader::danglingLinkIsNoPlugin()
 {
     QDir().mkpath(QFileInfo(SwitchPlugin::location()).path());
     QVERIFY(QFile::link(QStringLiteral("/nonexistent.so"), SwitchPlugin::location()));
-    ObservedDaemon daemon;
-    const bool started = daemon.start();
+    WatchedDaemon daemon;
+    const bool started = daemon.startObserved();
     QFile::remove(SwitchPlugin::location());
 
     QVERIFY(started);
     QCOMPARE(keys().value().toList(), QVariantList());
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
 }
 
 void TestPluginLoader::unusableFiles_data()
@@ -125,23 +125,23 @@ void TestPluginLoader::unusableFiles()
     QFETCH(QByteArray, library);
     QFETCH(bool, isWarned);
     const OddPlugin plugin(library.constData());
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
-    QCOMPARE(daemon.log(), isWarned ? QStringList(loadWarning()) : QStringList());
+    QCOMPARE(daemon.complaints(), isWarned ? QStringList(loadWarning()) : QStringList());
     daemon.forget();
     QCOMPARE(keys().value().toList(), QVariantList());
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(false));
     QCOMPARE(Caller().setSwitch(Cellular, true).value(), QVariant(false));
     QCOMPARE(Caller().setPolicy(QStringLiteral("CameraEnabled"), false).value(), QVariant(true));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
 }
 
 /// Qt keeps the code of a plugin in memory even so, but the object goes.
 void TestPluginLoader::uselessPluginIsUnloaded()
 {
     const OddPlugin plugin("impostor.so");
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(plugin.calls(), texts({"made", "deleted"}));
 }
@@ -149,13 +149,13 @@ void TestPluginLoader::uselessPluginIsUnloaded()
 void TestPluginLoader::directoryIsNoPlugin()
 {
     QVERIFY(QDir().mkpath(SwitchPlugin::location()));
-    ObservedDaemon daemon;
-    const bool started = daemon.start();
+    WatchedDaemon daemon;
+    const bool started = daemon.startObserved();
     const QString warning = loadWarning();
     QVERIFY(QDir().rmdir(SwitchPlugin::location()));
 
     QVERIFY(started);
-    QCOMPARE(daemon.log(), QStringList(warning));
+    QCOMPARE(daemon.complaints(), QStringList(warning));
     QCOMPARE(keys().value().toList(), QVariantList());
 }
 
@@ -163,12 +163,12 @@ void TestPluginLoader::usablePlugin()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {5}, true);
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     QCOMPARE(keys().value().toList(), QVariantList{Cellular});
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(true));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
 }
 
 void TestPluginLoader::linkToAPluginIsAPlugin()
@@ -177,30 +177,30 @@ void TestPluginLoader::linkToAPluginIsAPlugin()
     const QString target = plugin.path() + QLatin1String(".real");
     QVERIFY(QFile::rename(plugin.path(), target));
     QVERIFY(QFile::link(target, plugin.path()));
-    ObservedDaemon daemon;
-    const bool started = daemon.start();
+    WatchedDaemon daemon;
+    const bool started = daemon.startObserved();
     QFile::remove(target);
 
     QVERIFY(started);
     QCOMPARE(keys().value().toList(), QVariantList{QStringLiteral("mislabelled")});
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
 }
 
 void TestPluginLoader::rootObjectDecidesWhatAPluginIs()
 {
     const OddPlugin plugin("mislabelled.so");
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
 
     QCOMPARE(keys().value().toList(), QVariantList{QStringLiteral("mislabelled")});
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.complaints(), QStringList());
 }
 
 void TestPluginLoader::pluginIsLoadedOnce()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     const OpenWatch watch(plugin.path());
     QVERIFY(daemon.start());
     const int opened = watch.opened();
@@ -216,7 +216,7 @@ void TestPluginLoader::pluginIsLoadedOnce()
 
 void TestPluginLoader::pluginInstalledLaterIsSeenAtTheNextStart()
 {
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(keys().value().toList(), QVariantList());
 
@@ -236,7 +236,7 @@ void TestPluginLoader::pluginRemovedLaterGoesOnWorking()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QVERIFY(QFile::remove(plugin.path()));
 

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -14,9 +15,6 @@ using namespace Support;
 namespace {
 
 const QString Cellular = QStringLiteral("cellular");
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
 } // namespace
 
@@ -65,7 +63,7 @@ void TestSwitchAnnouncements::policyIsStoredValueAndSwitchValue()
                  stored ? "[policy]\nCameraEnabled=true\n" : "[policy]\nCameraEnabled=false\n");
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, !value);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(QFile::exists(CameraMarker), stored && !value);
     daemon.forget();
@@ -79,7 +77,7 @@ void TestSwitchAnnouncements::policyIsStoredValueAndSwitchValue()
                               + QLatin1String(value ? "true" : "false")}));
     QCOMPARE(QFile::exists(CameraMarker), stored && value);
     QCOMPARE(Caller().policy(Camera).value(), QVariant(stored && value));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestSwitchAnnouncements::policiesComeInTheOrderOfTheListBeforeTheSwitch()
@@ -87,9 +85,8 @@ void TestSwitchAnnouncements::policiesComeInTheOrderOfTheListBeforeTheSwitch()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {4, 1, 3, 4}, true);
     plugin.setSwitch(QStringLiteral("other"), {2}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     plugin.announce(Cellular, false);
     QCOMPARE(daemon.messages(),
@@ -102,9 +99,8 @@ void TestSwitchAnnouncements::unchangedEffectIsAnnouncedAgain()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     QVERIFY(QFile::remove(CameraMarker));
 
     plugin.announce(Cellular, true);
@@ -119,9 +115,8 @@ void TestSwitchAnnouncements::announcedValueCountsNotTheOneToRead()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
 
     plugin.announce(Cellular, false);
@@ -137,7 +132,7 @@ void TestSwitchAnnouncements::otherSwitchesDoNotCount()
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("a"), {1}, false);
     plugin.setSwitch(QStringLiteral("b"), {1}, false);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QVERIFY(!QFile::exists(CameraMarker));
 
@@ -158,7 +153,7 @@ void TestSwitchAnnouncements::locksDoNotCount()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, false);
     LockPlugin locks(QStringLiteral("lock.so"), QStringLiteral("lock"), {Camera});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     locks.setLocked({Camera});
     daemon.forget();
@@ -177,7 +172,7 @@ void TestSwitchAnnouncements::policyWithoutAValueIsOff()
     locks.setLocked({Camera}); // so it is never stored
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     locks.setLocked({});
     daemon.forget();
@@ -192,16 +187,15 @@ void TestSwitchAnnouncements::numbersThatAreNoPolicies()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {46, -1, 0, 1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     plugin.announce(Cellular, true);
     // An unknown number has no key; the number 0 has one, and a value like every key.
     QCOMPARE(daemon.messages(),
              texts({"PolicyChanged  false", "PolicyChanged  false", "PolicyChanged NoPolicy true",
                     "PolicyChanged CameraEnabled true", "SwitchChanged cellular true"}));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestSwitchAnnouncements::switchThatGovernsNothing_data()
@@ -217,13 +211,12 @@ void TestSwitchAnnouncements::switchThatGovernsNothing()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, true);
     plugin.setSwitch(QStringLiteral("other"), {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     plugin.announce(key, false);
     QCOMPARE(daemon.messages(), QStringList(QStringLiteral("SwitchChanged %1 false").arg(key)));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
     QVERIFY(QFile::exists(CameraMarker));
 }
 
@@ -231,14 +224,14 @@ void TestSwitchAnnouncements::nothingIsSavedOrRecorded()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
-    QVERIFY(daemon.start());
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
     const FileSnapshot policies = Files::snapshot(PolicyFile);
 
     plugin.announce(Cellular, false);
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
     QCOMPARE(Files::snapshot(PolicyFile), policies);
-    QVERIFY(!QFile::exists(QStringLiteral("/etc/policy/switch.conf")));
+    QVERIFY(!QFile::exists(SwitchFile));
     QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("true"));
 }
 

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/mount.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -14,7 +15,6 @@ using namespace Support;
 namespace {
 
 const QString Cellular = QStringLiteral("cellular");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
 const QString NotSaved = QStringLiteral("warning|default|Failed to save configuration to file "
                                         "\"/etc/policy/switch.conf\"");
 
@@ -46,7 +46,7 @@ void TestSwitchSaving::fileKeepsWhatItHolds()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, true);
     plugin.setSwitch(QStringLiteral("new"), {}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     Files::write(SwitchFile,
                  "# a comment\n[other]\ncellular=7\n\n[policy]\nunknown=yes\n"
@@ -73,7 +73,7 @@ void TestSwitchSaving::failures()
     const QString text = value ? QStringLiteral("true") : QStringLiteral("false");
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, !value);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Caller().setSwitch(Cellular, !value).value(), QVariant(true));
     const FileSnapshot before = Files::snapshot(SwitchFile);
@@ -84,7 +84,7 @@ void TestSwitchSaving::failures()
     QVERIFY(!reply.isError());
     QCOMPARE(reply.value(), QVariant(false));
 
-    const QStringList log = daemon.log();
+    const QStringList log = daemon.logged();
     QCOMPARE(log.size(), 2);
     QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error saving key file ")));
     QCOMPARE(log.at(1), NotSaved);
@@ -92,10 +92,10 @@ void TestSwitchSaving::failures()
              (QStringList{QLatin1String("PolicyChanged CameraEnabled ") + text,
                           QLatin1String("SwitchChanged cellular ") + text}));
     QVERIFY(!daemon.messages().join(QString()).contains(QStringLiteral("sendEventStringAlt")));
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
     QCOMPARE(plugin.value(Cellular), QJsonValue(value));
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(value));
-    QCOMPARE(QFile::exists(QStringLiteral("/var/lib/govd/camera_enabled")), value);
+    QCOMPARE(QFile::exists(CameraMarker), value);
     QCOMPARE(Files::snapshot(SwitchFile), before);
 }
 
@@ -103,20 +103,20 @@ void TestSwitchSaving::malformedFileIsLeftAsItIs()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     Files::write(SwitchFile, "no key file\n");
     const FileSnapshot before = Files::snapshot(SwitchFile);
     daemon.forget();
 
     QCOMPARE(Caller().setSwitch(Cellular, false).value(), QVariant(false));
-    const QStringList log = daemon.log();
+    const QStringList log = daemon.logged();
     QCOMPARE(log.size(), 2);
     QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error loading key file ")));
     QCOMPARE(log.at(1), NotSaved);
     QCOMPARE(Files::snapshot(SwitchFile), before);
     QCOMPARE(plugin.value(Cellular), QJsonValue(false));
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
 }
 
 void TestSwitchSaving::keyThatAFileCannotHold()
@@ -124,25 +124,24 @@ void TestSwitchSaving::keyThatAFileCannotHold()
     const QString key = QStringLiteral("a=b");
     SwitchPlugin plugin;
     plugin.setSwitch(key, {}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     QCOMPARE(Caller().setSwitch(key, false).value(), QVariant(false));
-    const QStringList log = daemon.log();
+    const QStringList log = daemon.logged();
     QCOMPARE(log.size(), 2);
     QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error saving key file ")));
     QCOMPARE(log.at(1), NotSaved);
     QVERIFY(!QFile::exists(SwitchFile));
     QCOMPARE(plugin.value(key), QJsonValue(false));
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
 }
 
 void TestSwitchSaving::savingWorksAgain()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     {
         const Mount disk = Mount::readOnly(QStringLiteral("/etc/policy"));
@@ -153,9 +152,9 @@ void TestSwitchSaving::savingWorksAgain()
     QCOMPARE(Caller().setSwitch(Cellular, false).value(), QVariant(true));
     QCOMPARE(Files::values(SwitchFile).value(Cellular), QStringLiteral("false"));
     // The plugin had taken the value the first time already.
-    QCOMPARE(daemon.events(),
+    QCOMPARE(daemon.recorded(),
              texts({"Policy cellular changed. Old value false. New value false."}));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestSwitchSaving)

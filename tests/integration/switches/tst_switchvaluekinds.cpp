@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -13,9 +14,6 @@ using namespace Support;
 namespace {
 
 const QString Cellular = QStringLiteral("cellular");
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
 } // namespace
 
@@ -67,9 +65,8 @@ void TestSwitchValueKinds::written()
     QFETCH(QString, saved);
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
 
     QCOMPARE(Caller().setSwitch(Cellular, value).value(), QVariant(true));
@@ -77,7 +74,7 @@ void TestSwitchValueKinds::written()
              QStringList((QLatin1String("setKeyValue cellular ") + text).trimmed()));
     QCOMPARE(Files::values(SwitchFile).value(Cellular), saved);
     QCOMPARE(
-        daemon.events(),
+        daemon.recorded(),
         QStringList(
             QStringLiteral("Policy cellular changed. Old value true. New value %1.").arg(text)));
     QVERIFY(daemon.process().isRunning());
@@ -103,9 +100,8 @@ void TestSwitchValueKinds::announced()
     QFETCH(bool, effect);
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     plugin.announce(Cellular, value);
     daemon.monitor().settle();
@@ -127,9 +123,8 @@ void TestSwitchValueKinds::announcedButNotSendable()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     plugin.announce(Cellular, QJsonValue());
     QCOMPARE(daemon.messages(), texts({"PolicyChanged CameraEnabled false"}));
@@ -152,7 +147,7 @@ void TestSwitchValueKinds::storedOfAPolicy()
     QFETCH(bool, effect);
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     // From another value, because an equal one of another type is not stored.
     QCOMPARE(Caller().setPolicy(Camera, !effect).value(), QVariant(true));

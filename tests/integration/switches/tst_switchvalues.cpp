@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
 #include "support/files.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QJsonArray>
 #include <QtTest>
@@ -94,16 +94,15 @@ void TestSwitchValues::values()
     QFETCH(QStringList, log);
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, value);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
 
     const Reply reply = Caller().switchValue(Cellular);
     QCOMPARE(reply.signature, QStringLiteral("v"));
     QCOMPARE(reply.value().userType(), int(QMetaType::Bool));
     QCOMPARE(reply.value(), QVariant(read));
-    QCOMPARE(daemon.log(), log);
+    QCOMPARE(daemon.logged(), log);
     QCOMPARE(plugin.calls(before), texts({"keyValue cellular"}));
 }
 
@@ -111,13 +110,12 @@ void TestSwitchValues::unknownSwitchIsAskedOfThePlugin()
 {
     SwitchPlugin plugin;
     plugin.setState({{QStringLiteral("unknown"), -2}});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
 
     QCOMPARE(Caller().switchValue(QStringLiteral("a \"b\"")).value(), QVariant(false));
-    QCOMPARE(daemon.log(),
+    QCOMPARE(daemon.logged(),
              texts({"warning|default|AccessSwitch plugin failed to retrieve value for key: "
                     "\"a \\\"b\\\"\"",
                     "warning|default|Return code: -2"}));
@@ -128,7 +126,7 @@ void TestSwitchValues::repliesHaveTheirTypes()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
 
     QCOMPARE(Caller().call(Switch, QStringLiteral("Keys"), {}).signature, QStringLiteral("as"));
@@ -142,7 +140,7 @@ void TestSwitchValues::repliesHaveTheirTypes()
 void TestSwitchValues::keysAreThoseOfThePlugin()
 {
     SwitchPlugin plugin;
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(keys(), QStringList());
 
@@ -159,7 +157,7 @@ void TestSwitchValues::keysStayInTheOrderOfTheTable()
     SwitchPlugin plugin;
     for (int i = 0; i < 20; ++i)
         plugin.setSwitch(QString::number(i), {i}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     daemon.process().setEnvironment(QStringLiteral("QT_HASH_SEED"), QStringLiteral("0"));
     QVERIFY(daemon.start());
 
@@ -187,7 +185,7 @@ void TestSwitchValues::policyTypesAreThoseOfThePlugin()
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("other"), {7}, true);
     plugin.setSwitch(Cellular, types, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
 
     QCOMPARE(policyTypes(Cellular), toVariants(types));
@@ -197,21 +195,20 @@ void TestSwitchValues::policyTypesOfAnUnknownSwitchAreNone()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     QCOMPARE(policyTypes(QStringLiteral("Cellular")), QVariantList());
     QCOMPARE(policyTypes(QString()), QVariantList());
     QCOMPARE(keys(), QStringList(Cellular)); // asking for it has not made it
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestSwitchValues::everyReadAsksThePluginAfresh()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(true));
     const int before = plugin.mark();
@@ -228,9 +225,8 @@ void TestSwitchValues::readingChangesNothing()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, false);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const QString policyFile = QStringLiteral("/etc/policy/policy.conf");
     const FileSnapshot policies = Files::snapshot(policyFile);
 
@@ -240,7 +236,7 @@ void TestSwitchValues::readingChangesNothing()
     keys();
     QCOMPARE(daemon.messages(),
              texts({"return false", "return false", "return 1", "return cellular"}));
-    QCOMPARE(daemon.events(), QStringList());
+    QCOMPARE(daemon.recorded(), QStringList());
     QCOMPARE(Files::snapshot(policyFile), policies);
     QVERIFY(!QFile::exists(QStringLiteral("/etc/policy/switch.conf")));
 }

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
-#include "support/observeddaemon.h"
 #include "support/switchplugin.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include <QtTest>
 
@@ -16,9 +17,6 @@ using namespace Support;
 namespace {
 
 const QString Cellular = QStringLiteral("cellular");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
 } // namespace
 
@@ -51,9 +49,8 @@ void TestSwitchWriting::otherValue()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1, 2}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
     const FileSnapshot policies = Files::snapshot(PolicyFile);
 
@@ -70,7 +67,7 @@ void TestSwitchWriting::otherValue()
              texts({"PolicyChanged CameraEnabled false", "PolicyChanged LocationEnabled false",
                     "SwitchChanged cellular false"})
                  + QStringList(eventCall("cellular changed. Old value true. New value false.")));
-    QCOMPARE(daemon.events(), QStringList(event));
+    QCOMPARE(daemon.recorded(), QStringList(event));
     const SystemLogLine line = daemon.systemLog().lines().constLast();
     QCOMPARE(line.priority, LOG_USER | LOG_INFO);
     QCOMPARE(line.program, QStringLiteral("govd"));
@@ -78,7 +75,7 @@ void TestSwitchWriting::otherValue()
     QCOMPARE(Files::snapshot(PolicyFile), policies);
     QCOMPARE(Caller().switchValue(Cellular).value(), QVariant(false));
     QVERIFY(!QFile::exists(CameraMarker));
-    QCOMPARE(daemon.log(), QStringList());
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestSwitchWriting::sameValue()
@@ -86,7 +83,7 @@ void TestSwitchWriting::sameValue()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
     plugin.setEntry(Cellular, QStringLiteral("announce"), QStringLiteral("never"));
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Caller().setSwitch(Cellular, true).value(), QVariant(true));
     const FileSnapshot file = Files::snapshot(SwitchFile);
@@ -95,7 +92,8 @@ void TestSwitchWriting::sameValue()
 
     QCOMPARE(Caller().setSwitch(Cellular, true).value(), QVariant(true));
     QCOMPARE(plugin.calls(before), texts({"keyValue cellular", "setKeyValue cellular true"}));
-    QCOMPARE(daemon.events(), texts({"Policy cellular changed. Old value true. New value true."}));
+    QCOMPARE(daemon.recorded(),
+             texts({"Policy cellular changed. Old value true. New value true."}));
     QVERIFY(Files::snapshot(SwitchFile) != file); // written anew
     QCOMPARE(Files::snapshot(SwitchFile).content, file.content);
 }
@@ -121,9 +119,8 @@ void TestSwitchWriting::refusalOfThePlugin()
     plugin.setState({{QStringLiteral("switches"), plugin.state().value(QLatin1String("switches"))},
                      {QStringLiteral("unknown"), -1}});
     plugin.setEntry(Cellular, QStringLiteral("result"), result);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int logMark = daemon.process().mark();
 
     Caller caller;
@@ -140,8 +137,8 @@ void TestSwitchWriting::refusalOfThePlugin()
                           QLatin1String("warning|default|Return code: ") + code}));
     QCOMPARE(log.size(), key == Cellular ? 2 : 4); // an unknown one cannot be read, either
     QCOMPARE(daemon.messages(caller.busName()),
-             texts({"GetConnectionUnixProcessID caller", "return false"}));
-    QCOMPARE(daemon.events(), QStringList());
+             QStringList(ProcessQuery) + texts({"return false"}));
+    QCOMPARE(daemon.recorded(), QStringList());
     QVERIFY(!QFile::exists(SwitchFile));
     QVERIFY(QFile::exists(CameraMarker));
     QCOMPARE(plugin.value(Cellular), QJsonValue(true));
@@ -151,16 +148,16 @@ void TestSwitchWriting::unreadableOldValueIsRecordedAsFalse()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, 5);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     QCOMPARE(Caller().setSwitch(Cellular, true).value(), QVariant(true));
-    QCOMPARE(daemon.log(),
+    QCOMPARE(daemon.logged(),
              texts({"warning|default|AccessSwitch plugin failed to retrieve value for key: "
                     "\"cellular\"",
                     "warning|default|Return code: 5"}));
-    QCOMPARE(daemon.events(), texts({"Policy cellular changed. Old value false. New value true."}));
+    QCOMPARE(daemon.recorded(),
+             texts({"Policy cellular changed. Old value false. New value true."}));
 }
 
 void TestSwitchWriting::unreadableAndRefused()
@@ -168,12 +165,11 @@ void TestSwitchWriting::unreadableAndRefused()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {}, 5);
     plugin.setEntry(Cellular, QStringLiteral("result"), 6);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     QCOMPARE(Caller().setSwitch(Cellular, true).value(), QVariant(false));
-    QCOMPARE(daemon.log(),
+    QCOMPARE(daemon.logged(),
              texts({"warning|default|AccessSwitch plugin failed to retrieve value for key: "
                     "\"cellular\"",
                     "warning|default|Return code: 5",
@@ -186,9 +182,8 @@ void TestSwitchWriting::announcementInsideGoesBeforeTheFile()
 {
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
     const int before = plugin.mark();
     plugin.hold(QStringLiteral("keyPolicyTypes"));
     Caller caller;
@@ -204,7 +199,7 @@ void TestSwitchWriting::announcementInsideGoesBeforeTheFile()
     plugin.release();
     QCOMPARE(caller.reply().value(), QVariant(true));
     QCOMPARE(Files::values(SwitchFile).value(Cellular), QStringLiteral("false"));
-    QCOMPARE(daemon.events().size(), 1);
+    QCOMPARE(daemon.recorded().size(), 1);
 }
 
 void TestSwitchWriting::announcementLaterIsEnforcedLater()
@@ -212,9 +207,8 @@ void TestSwitchWriting::announcementLaterIsEnforcedLater()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
     plugin.setEntry(Cellular, QStringLiteral("announce"), QStringLiteral("later"));
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     Caller caller;
     QCOMPARE(caller.setSwitch(Cellular, false).value(), QVariant(true));
@@ -232,9 +226,8 @@ void TestSwitchWriting::withoutAnnouncementNothingIsEnforced()
     SwitchPlugin plugin;
     plugin.setSwitch(Cellular, {1}, true);
     plugin.setEntry(Cellular, QStringLiteral("announce"), QStringLiteral("never"));
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    daemon.forget();
 
     Caller caller;
     QCOMPARE(caller.setSwitch(Cellular, false).value(), QVariant(true));
@@ -250,7 +243,7 @@ void TestSwitchWriting::locksOfPoliciesDoNotCount()
     plugin.setSwitch(Cellular, {}, true);
     LockPlugin locks(QStringLiteral("lock.so"), QStringLiteral("lock"), {Cellular});
     locks.setLocked({Cellular});
-    ObservedDaemon daemon;
+    WatchedDaemon daemon;
     QVERIFY(daemon.start());
     const int before = locks.mark();
 

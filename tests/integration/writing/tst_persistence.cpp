@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/watcheddaemon.h"
 
@@ -8,14 +9,6 @@
 #include <sys/stat.h>
 
 using namespace Support;
-
-namespace {
-
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
-
-} // namespace
 
 /// What becomes of the policy file.
 class TestPersistence : public QObject

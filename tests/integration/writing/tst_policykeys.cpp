@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "support/facts.h"
 #include "support/files.h"
+#include "support/texts.h"
 #include "support/watcheddaemon.h"
 
 #include <QDBusPendingCall>
@@ -10,10 +12,7 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
 const QString True = QStringLiteral("true");
-const QString ReplyTrue = QStringLiteral("reply true");
 const QString ReplyFalse = QStringLiteral("reply false");
 
 /// What the daemon logs when it refuses a key; @p shown is the key in quotes and with escapes.

@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/switchplugin.h"
+#include "support/texts.h"
 #include "support/watcheddaemon.h"
 
 #include "simulator/devicesentry.h"
@@ -13,12 +15,8 @@ using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString UsbDevices = QStringLiteral("UsbDevicesEnabled");
 const QString First = QStringLiteral("first");
 const QString Second = QStringLiteral("second");
-const QString Yes = QStringLiteral("true");
-const QString No = QStringLiteral("false");
 constexpr int UsbDevicesType = 45;
 
 /// The call by which the policy of USB devices is enforced.
@@ -77,7 +75,7 @@ void TestPolicySwitches::switchThatIsOffForcesTheNewValueToFalse()
 
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(UsbDevices, No, Yes), enforcement(false),
-                          daemon.announcement(UsbDevices, false), QStringLiteral("reply true")}));
+                          daemon.announcement(UsbDevices, false), ReplyTrue}));
     QCOMPARE(daemon.logged(), QStringList());
     QCOMPARE(daemon.policy(UsbDevices), QVariant(false));
     QCOMPARE(Files::values(PolicyFile).value(UsbDevices), Yes);
@@ -95,9 +93,9 @@ void TestPolicySwitches::switchThatIsOnLeavesTheNewValueAlone()
         QCOMPARE(daemon.set(UsbDevices, value), QVariant(true));
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(UsbDevices, No, Yes), enforcement(true),
-                          daemon.announcement(UsbDevices, true), QStringLiteral("reply true"),
+                          daemon.announcement(UsbDevices, true), ReplyTrue,
                           daemon.event(UsbDevices, Yes, No), enforcement(false),
-                          daemon.announcement(UsbDevices, false), QStringLiteral("reply true")}));
+                          daemon.announcement(UsbDevices, false), ReplyTrue}));
 }
 
 void TestPolicySwitches::switchThatGovernsOthersDoesNotCount()
@@ -111,7 +109,7 @@ void TestPolicySwitches::switchThatGovernsOthersDoesNotCount()
     QCOMPARE(daemon.set(UsbDevices, true), QVariant(true));
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(UsbDevices, No, Yes), enforcement(true),
-                          daemon.announcement(UsbDevices, true), QStringLiteral("reply true")}));
+                          daemon.announcement(UsbDevices, true), ReplyTrue}));
     QCOMPARE(plugin.calls(mark).filter(QStringLiteral("keyValue")), QStringList());
 }
 
@@ -124,7 +122,7 @@ void TestPolicySwitches::failingSwitchCountsAsOff()
     QCOMPARE(daemon.set(UsbDevices, true), QVariant(true));
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(UsbDevices, No, Yes), enforcement(false),
-                          daemon.announcement(UsbDevices, false), QStringLiteral("reply true")}));
+                          daemon.announcement(UsbDevices, false), ReplyTrue}));
     // Once for the event's old value, once for the new one.
     const QStringList failure{
         QStringLiteral(
@@ -179,7 +177,7 @@ void TestPolicySwitches::onlyTheFirstGoverningSwitchCounts()
 
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(UsbDevices, No, Yes), enforcement(first),
-                          daemon.announcement(UsbDevices, first), QStringLiteral("reply true")}));
+                          daemon.announcement(UsbDevices, first), ReplyTrue}));
     QCOMPARE(daemon.policy(UsbDevices), QVariant(first && second)); // a reader sees both
 }
 
@@ -192,7 +190,7 @@ void TestPolicySwitches::oneSwitchMayNameAPolicyTwice()
     QCOMPARE(daemon.set(UsbDevices, true), QVariant(true));
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(UsbDevices, No, Yes), enforcement(true),
-                          daemon.announcement(UsbDevices, true), QStringLiteral("reply true")}));
+                          daemon.announcement(UsbDevices, true), ReplyTrue}));
 }
 
 void TestPolicySwitches::switchesOfNoPolicyGovernUnknownKeys()
@@ -204,8 +202,7 @@ void TestPolicySwitches::switchesOfNoPolicyGovernUnknownKeys()
     QVERIFY(daemon.start());
     QCOMPARE(daemon.set(key, true), QVariant(true));
     QCOMPARE(daemon.said(),
-             QStringList({daemon.event(key, No, Yes), daemon.announcement(key, false),
-                          QStringLiteral("reply true")}));
+             QStringList({daemon.event(key, No, Yes), daemon.announcement(key, false), ReplyTrue}));
     QCOMPARE(Files::values(PolicyFile).value(key), Yes);
 }
 
@@ -221,8 +218,7 @@ void TestPolicySwitches::eventTellsTheOldValueAsAReaderSeesIt()
 
     QCOMPARE(daemon.set(UsbDevices, true), QVariant(true)); // the value that it has
 
-    QCOMPARE(daemon.said(),
-             QStringList({daemon.event(UsbDevices, No, Yes), QStringLiteral("reply true")}));
+    QCOMPARE(daemon.said(), QStringList({daemon.event(UsbDevices, No, Yes), ReplyTrue}));
     QCOMPARE(daemon.recorded(), QStringList(daemon.eventText(UsbDevices, No, Yes)));
 }
 

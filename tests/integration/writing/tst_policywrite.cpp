@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/caller.h"
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/lockplugin.h"
+#include "support/texts.h"
 #include "support/watcheddaemon.h"
 
 #include "simulator/devicesentry.h"
@@ -10,18 +12,6 @@
 #include <QtTest>
 
 using namespace Support;
-
-namespace {
-
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString Yes = QStringLiteral("true");
-const QString No = QStringLiteral("false");
-const QString ReplyTrue = QStringLiteral("reply true");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-const QString UsbDevices = QStringLiteral("UsbDevicesEnabled");
-
-} // namespace
 
 class TestPolicyWrite : public QObject
 {

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/mount.h"
 #include "support/watcheddaemon.h"
@@ -13,9 +14,6 @@ using namespace Support;
 namespace {
 
 const QString Directory = QStringLiteral("/etc/policy");
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-const QString Camera = QStringLiteral("CameraEnabled");
 
 // GLib's numbers: of what is wrong with a file, and of what is wrong in a key file.
 constexpr int ReadOnlySystem = 8;

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "support/facts.h"
 #include "support/files.h"
 #include "support/waiting.h"
 #include "support/watcheddaemon.h"
@@ -14,10 +15,6 @@
 using namespace Support;
 
 namespace {
-
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-const QString Camera = QStringLiteral("CameraEnabled");
 
 /// Calls the daemon by means of a program that knows every D-Bus type and shares no code with the
 /// daemon. The reply, in the form in which the program takes arguments; empty on error.
