@@ -43,3 +43,8 @@ QStringList SystemCalls::end()
     }
     return lines;
 }
+
+bool SystemCalls::waitForDeath()
+{
+    return waitFor([this] { return m_tracer.state() == QProcess::NotRunning; });
+}

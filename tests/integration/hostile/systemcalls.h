@@ -22,6 +22,10 @@ public:
     /// thread, one on each line.
     QStringList end();
 
+    /// Waits until strace ends because the process has died. To end it meanwhile would be wrong: it
+    /// then waits for ever, now and then, for threads that are dying, and they for it.
+    bool waitForDeath();
+
 private:
     qint64 m_mainThread;
     QTemporaryDir m_directory;
