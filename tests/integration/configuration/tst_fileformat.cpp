@@ -169,7 +169,7 @@ void TestFileFormat::seedThatIsNoKeyFileIsPassedOver_data()
     QTest::newRow("group without its end") << QByteArray("[policy\nCameraEnabled=false\n");
     QTest::newRow("binary") << QByteArray("\x7f"
                                           "ELF\0\0[policy]\nCameraEnabled=false\n",
-                                          37);
+                                          36);
 }
 
 void TestFileFormat::seedThatIsNoKeyFileIsPassedOver()

@@ -44,7 +44,8 @@ QStringList SystemCalls::end()
     return lines;
 }
 
-bool SystemCalls::waitForDeath()
+void SystemCalls::drop()
 {
-    return waitFor([this] { return m_tracer.state() == QProcess::NotRunning; });
+    m_tracer.kill();
+    m_tracer.waitForFinished(Deadline);
 }

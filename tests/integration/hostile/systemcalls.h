@@ -22,9 +22,9 @@ public:
     /// thread, one on each line.
     QStringList end();
 
-    /// Waits until strace ends because the process has died. To end it meanwhile would be wrong: it
-    /// then waits for ever, now and then, for threads that are dying, and they for it.
-    bool waitForDeath();
+    /// Lets the process alone at once, without a word. For one that is dying: strace waits for
+    /// ever, now and then, for threads that it has killed itself, and keeps them from being gone.
+    void drop();
 
 private:
     qint64 m_mainThread;

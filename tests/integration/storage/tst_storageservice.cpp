@@ -175,6 +175,7 @@ void TestStorageService::manyDevicesNeedNoQuestionEach()
     storage.appear();
     WatchedDaemon daemon;
     QVERIFY(daemon.startObserved());
+    daemon.monitor().settle(); // a listing that came later would have each stick unmounted again
 
     QVERIFY(daemon.change(UsbStorage, false));
 
