@@ -8,8 +8,8 @@
 #include "support/neighbours.h"
 #include "support/openwatch.h"
 #include "support/platformkeys.h"
-#include "support/systemlog.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include "simulator/applicationsandbox.h"
 
@@ -232,15 +232,11 @@ void TestPolicyFiles::placesWithoutEntries()
 void TestPolicyFiles::valuesFromFilesAreNeitherAuditedNorAnnounced()
 {
     Files::write(PolicyFile, Forbidden);
-    SystemLog log;
-    BusMonitor monitor;
-    Daemon daemon;
-    QVERIFY(daemon.start());
-    monitor.settle();
-    log.settle();
-    QCOMPARE(log.lines().size(), 0);
-    QCOMPARE(monitor.calls(QStringLiteral("sendEventStringAlt")).size(), 0);
-    QCOMPARE(monitor.announcements(QStringLiteral("PolicyChanged")).size(), 0);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.recorded(), QStringList());
+    QCOMPARE(daemon.said().filter(QStringLiteral("sendEventStringAlt")), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
 }
 
 void TestPolicyFiles::lockedPolicyIsNotTakenFromAFile()

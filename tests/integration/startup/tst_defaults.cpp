@@ -7,8 +7,8 @@
 #include "support/lockplugin.h"
 #include "support/neighbours.h"
 #include "support/platformkeys.h"
-#include "support/systemlog.h"
 #include "support/texts.h"
+#include "support/watcheddaemon.h"
 
 #include "simulator/deviceinformation.h"
 
@@ -131,16 +131,11 @@ void TestDefaults::configuredPoliciesKeepTheirValues()
 
 void TestDefaults::defaultsAreNeitherAuditedNorAnnounced()
 {
-    SystemLog log;
-    BusMonitor monitor;
-    Daemon daemon;
-    QVERIFY(daemon.start());
-    monitor.settle();
-    log.settle();
-    QCOMPARE(log.lines().size(), 0);
-    QCOMPARE(monitor.calls(QStringLiteral("sendEventStringAlt")).size(), 0);
-    QCOMPARE(monitor.announcements(QStringLiteral("PolicyChanged")).size(), 0);
-    QCOMPARE(monitor.announcements(QStringLiteral("policyChanged")).size(), 0);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QCOMPARE(daemon.recorded(), QStringList());
+    QCOMPARE(daemon.said().filter(QStringLiteral("sendEventStringAlt")), QStringList());
+    QCOMPARE(daemon.announcements(), QStringList());
 }
 
 void TestDefaults::lockedPolicyGetsNoDefault()
