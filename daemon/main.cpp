@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "common/names.h"
+#include "daemon/busthread.h"
 #include "daemon/policymanager.h"
 #include "daemon/removablestorage.h"
 #include "daemon/shutdown.h"
@@ -15,9 +16,10 @@ int main(int argc, char **argv)
     Shutdown::holdTerminationSignals();
     QCoreApplication application(argc, argv);
     const Shutdown shutdown(&application);
-    // A new connection holds back what it receives, the loss of the bus included, until the first
-    // events are delivered: a blocking call before that would never return.
-    QCoreApplication::sendPostedEvents();
+    // A new connection holds back what it receives, the loss of the bus included, until this event
+    // of it is delivered: a blocking call before that would never return.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    BusThread::catchUp();
 
     PolicyManager manager(nullptr);
     QObject::connect(&partitionManager, &PartitionManager::partitionAdded, &manager,
@@ -32,6 +34,7 @@ int main(int argc, char **argv)
         qCritical() << bus.lastError().message();
         return 1;
     }
+    BusThread::catchUp();
 
     application.exec();
     return 0;

@@ -12,6 +12,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QEvent>
 #include <QLoggingCategory>
 
 Q_LOGGING_CATEGORY(lcSystemSettings, "systemsettings", QtInfoMsg)
@@ -57,8 +58,14 @@ QString pathArgument(const QDBusMessage &message)
 Client::Client(QObject *parent)
     : QObject(parent)
 {
-    // A queued call waits in the thread's queue even when there is no application object yet.
-    QMetaObject::invokeMethod(this, &Client::connectToBus, Qt::QueuedConnection);
+    // An event waits in the thread's queue even when there is no application object yet. It is of a
+    // kind of its own, because an application may deliver queued calls before its event loop runs.
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+void Client::customEvent(QEvent *)
+{
+    connectToBus();
 }
 
 QVector<Partition> Client::partitions(Partition::StorageTypes types)

@@ -47,6 +47,9 @@ Q_SIGNALS:
     /// A partition is new, or newly mounted.
     void partitionAdded(const Partition &partition);
 
+protected:
+    void customEvent(QEvent *event) override;
+
 private Q_SLOTS:
     void onOwnerChanged();
     void onInterfacesAdded(const QDBusMessage &message);

@@ -18,13 +18,13 @@ namespace {
 const QString ObjectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const QString StorageName = QStringLiteral("org.freedesktop.UDisks2");
 
-/// How many answers have come to the first order to unmount something.
-int answersToUnmount(WatchedDaemon &daemon)
+/// How many answers have come to the first call of @p method.
+int answers(WatchedDaemon &daemon, const QString &method)
 {
     daemon.monitor().settle();
-    const BusMessage order = daemon.monitor().calls(QStringLiteral("Unmount")).value(0);
+    const BusMessage call = daemon.monitor().calls(method).value(0);
     return daemon.monitor()
-        .messages([&](const BusMessage &message) { return message.answers(order); })
+        .messages([&](const BusMessage &message) { return message.answers(call); })
         .size();
 }
 
@@ -136,7 +136,7 @@ void TestStorageService::failureToUnmountIsSilent()
 
     QVERIFY(daemon.change(UsbStorage, false));
 
-    QTRY_COMPARE(answersToUnmount(daemon), 1);
+    QTRY_COMPARE(answers(daemon, QStringLiteral("Unmount")), 1);
     QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
     QCOMPARE(daemon.logged(), QStringList());
     QCOMPARE(Caller().policy(UsbStorage).value(), QVariant(false));
@@ -155,7 +155,7 @@ void TestStorageService::nobodyWaitsForTheUnmount()
     QVERIFY(daemon.change(UsbStorage, false)); // would fail by its own time-out
 
     QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
-    QCOMPARE(answersToUnmount(daemon), 0);
+    QCOMPARE(answers(daemon, QStringLiteral("Unmount")), 0);
     QCOMPARE(Caller().policy(MemoryCard).value(), QVariant(true));
 }
 
@@ -175,7 +175,9 @@ void TestStorageService::manyDevicesNeedNoQuestionEach()
     storage.appear();
     WatchedDaemon daemon;
     QVERIFY(daemon.startObserved());
-    daemon.monitor().settle(); // a listing that came later would have each stick unmounted again
+    // A listing that came later would have each stick unmounted again.
+    QTRY_COMPARE(answers(daemon, QStringLiteral("GetManagedObjects")), 1);
+    QCOMPARE(daemon.policy(UsbStorage), QVariant(true));
 
     QVERIFY(daemon.change(UsbStorage, false));
 
