@@ -59,21 +59,27 @@ bool readsBack(const QByteArray &group, const QByteArray &key, bool isFirstGroup
         && g_key_file_get_boolean(file.get(), group.constData(), key.constData(), nullptr);
 }
 
-/// Whether the file has been loaded with the key in it, which proves that it can hold it.
-/// "Encoding" proves nothing: in the first group GLib reads a value of its own from it.
-bool isProven(GKeyFile *file, const QByteArray &group, const QByteArray &key)
+bool isLetterOrDigit(QChar character)
 {
-    return key != "Encoding"
-        && g_key_file_has_key(file, group.constData(), key.constData(), nullptr);
+    const ushort code = character.unicode();
+    return (code >= 'A' && code <= 'Z') || (code >= 'a' && code <= 'z')
+        || (code >= '0' && code <= '9');
+}
+
+/// Whether each key file can hold the key, as it can those of policies: they need no proof.
+bool isPlain(const QString &key)
+{
+    return !key.isEmpty() && key != QLatin1String("Encoding")
+        && std::all_of(key.begin(), key.end(), isLetterOrDigit);
 }
 
 bool canHold(GKeyFile *file, const QByteArray &group, const QString &key)
 {
+    if (isPlain(key))
+        return true;
     const QByteArray localKey = key.toLocal8Bit();
     if (QString::fromLocal8Bit(localKey) != key || std::any_of(key.begin(), key.end(), isForbidden))
         return false;
-    if (isProven(file, group, localKey))
-        return true;
     const std::unique_ptr<gchar, decltype(&g_free)> first(g_key_file_get_start_group(file), g_free);
     return readsBack(group, localKey, !first || group == first.get());
 }
@@ -87,22 +93,23 @@ KeyFile::KeyFile()
 
 bool KeyFile::exists(const QString &path)
 {
+    // Links that lead nowhere, in a circle or not, hold no values that could be lost.
     struct stat status;
     return stat(path.toLocal8Bit().constData(), &status) == 0
-        || (errno != ENOENT && errno != ENOTDIR);
+        || (errno != ENOENT && errno != ENOTDIR && errno != ELOOP);
 }
 
 KeyFileError KeyFile::load(const QString &path)
 {
     // GLib says the same of what is no regular file, but only after it has opened it, and opening
     // a pipe waits until somebody writes into it.
+    const QByteArray localPath = path.toLocal8Bit();
     struct stat status;
-    if (stat(path.toLocal8Bit().constData(), &status) == 0 && !S_ISREG(status.st_mode))
+    if (stat(localPath.constData(), &status) == 0 && !S_ISREG(status.st_mode))
         return parseError(QStringLiteral("Not a regular file"));
 
     return errorOf([&](GError **error) {
-        g_key_file_load_from_file(m_file.get(), path.toLocal8Bit().constData(), G_KEY_FILE_NONE,
-                                  error);
+        g_key_file_load_from_file(m_file.get(), localPath.constData(), G_KEY_FILE_NONE, error);
     });
 }
 
