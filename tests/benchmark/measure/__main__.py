@@ -18,7 +18,7 @@ import servers
 import startup
 from instructions import Profiler
 from processes import Failure
-from servers import BARE, DAEMON, MANDATED
+from servers import ALL, BARE, DAEMON
 from table import Table
 
 
@@ -50,21 +50,25 @@ PROFILED = (("read", "read", {}),
             ("write, refused", "refused", {"user": "guest"}))
 
 
+def _counts(programs, keys, scale, kind):
+    """Counts of one server by the name of the row."""
+    servers.reset()
+    profiler = Profiler(programs, kind, keys)
+    counts = {name: profiler.start() for name in ("first start", "later start")}
+    with profiler.running():
+        for name, operation, options in PROFILED:
+            if kind != BARE or operation == "read":
+                counts[name] = profiler.call(operation, scale.profile, **options)
+    return counts
+
+
 def _instructions(programs, keys, scale):
-    result = Table("Instructions in user space for each call", BARE, MANDATED, DAEMON,
+    result = Table("Instructions in user space for each call and start", *ALL,
                    "allocations of govd")
-    counts = {}
-    for kind in (BARE, MANDATED, DAEMON):
-        servers.reset()
-        with Profiler(programs, kind, keys).running() as profile:
-            for name, operation, options in PROFILED:
-                if kind != BARE or operation == "read":
-                    counts[name, kind] = profile.call(operation, scale.profile, **options)
-    for name, _, _ in PROFILED:
-        bare = counts.get((name, BARE))
-        mine = counts[name, DAEMON]
-        result.add(name, bare and bare.instructions, counts[name, MANDATED].instructions,
-                   mine.instructions, mine.allocations)
+    counts = {kind: _counts(programs, keys, scale, kind) for kind in ALL}
+    for name, mine in counts[DAEMON].items():
+        taken = (counts[kind].get(name) for kind in ALL)
+        result.add(name, *(each and each.instructions for each in taken), mine.allocations)
     return result
 
 

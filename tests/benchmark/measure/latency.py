@@ -4,14 +4,16 @@
 
 import contextlib
 import dataclasses
+import pathlib
 import statistics
 
 import servers
-from processes import Process, load, wait_for_name
-from servers import BARE, DAEMON, MANDATED, SERVICES
+from processes import Process, load, wait_for_name, wait_for_path
+from servers import ALL, BARE, DAEMON, MANDATED, QT, SERVICES, WRITERS
 from table import Table
 
-ALL = (BARE, MANDATED, DAEMON)
+SYSTEM_LOG = pathlib.Path(__file__).resolve().parents[3] / "scripts/try.d/syslog"
+SYSTEM_LOG_SOCKET = pathlib.Path("/dev/log")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -33,10 +35,11 @@ WRITES = (Row("write, no handler", "write"),
           Row("write of the same value", "unchanged"),
           Row("write of the camera policy", "write", key="CameraEnabled"),
           Row("write, caller mdm", "write", user="mdm"),
-          Row("write, refused", "refused", (MANDATED, DAEMON), user="guest"))
+          Row("write, refused", "refused", WRITERS, user="guest"))
 ABSENT = (Row("write, service handler, service absent", "write", (DAEMON,), "VoiceCallsEnabled"),)
 PRESENT = (Row("write, service handler, service present", "write", (DAEMON,),
                "VoiceCallsEnabled"),)
+RECORDED = (Row("write, system log and its service present", "write", WRITERS),)
 
 
 class Samples:
@@ -76,13 +79,13 @@ def collect(programs, rows, scale):
 def _add(table, samples):
     for sample in samples:
         table.add(sample.row.name, *(sample.median(kind) for kind in ALL), sample.ratio(BARE),
-                  sample.ratio(MANDATED), sample.median(DAEMON, "p90"),
+                  sample.ratio(MANDATED), sample.ratio(QT), sample.median(DAEMON, "p90"),
                   sample.median(DAEMON, "p99"), sample.median(DAEMON, "per_second"))
 
 
 def _table(place):
     return Table(f"Latency in microseconds, configuration {place}", *ALL, "/ bare", "/ mandated",
-                 "p90", "p99", "per second")
+                 "/ qt", "p90", "p99", "per second")
 
 
 @contextlib.contextmanager
@@ -94,6 +97,16 @@ def _all_servers(programs, keys):
         yield
 
 
+@contextlib.contextmanager
+def _logs(programs):
+    """Both places where changes are recorded, with somebody who takes what comes."""
+    with (Process([SYSTEM_LOG]), Process([programs / "govd-benchmark-neighbour", "logs"])):
+        wait_for_name("org.kvtlabs.SystemLogs")
+        wait_for_path(SYSTEM_LOG_SOCKET)
+        yield
+    SYSTEM_LOG_SOCKET.unlink()
+
+
 def in_memory(programs, keys, scale):
     """All rows with the configuration in memory."""
     table = _table("in memory")
@@ -102,6 +115,8 @@ def in_memory(programs, keys, scale):
         with Process([programs / "govd-benchmark-neighbour", 0]):
             wait_for_name("org.pelloraos.appjaild1")
             _add(table, collect(programs, PRESENT, scale))
+        with _logs(programs):
+            _add(table, collect(programs, RECORDED, scale))
     return table
 
 

@@ -5,16 +5,15 @@
 import pathlib
 
 import servers
-from latency import ALL
 from processes import load
-from servers import SERVICES
+from servers import ALL, SERVICES
 from table import Table
 
 
 def _kilobytes(pid):
     fields = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text(encoding="ascii").splitlines()[1:]
     sizes = {name: int(rest.split()[0]) for name, rest in (line.split(":") for line in fields)}
-    return sizes["Pss"], sizes["Rss"], sizes["Private_Dirty"]
+    return sizes["Pss"], sizes["Rss"], sizes["Anonymous"]
 
 
 def _work(programs, kind, calls):
@@ -25,7 +24,8 @@ def _work(programs, kind, calls):
 def table(programs, keys, scale):
     """Memory of each server alone: a library that two servers map would count half for each.
 
-    What the process itself has written is the one figure that other processes cannot change.
+    What the process itself has written is the one figure that other processes cannot change. Its
+    files do not count there: those of the daemon lie in memory here, and not on a disk.
     """
     result = Table("Memory in KiB: proportional / resident / written by itself", *ALL)
     cells = {}

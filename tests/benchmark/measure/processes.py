@@ -5,6 +5,7 @@
 import json
 import os
 import subprocess
+import time
 
 PATIENCE = 120  # seconds; only a process that hangs takes that long
 
@@ -53,6 +54,15 @@ def run(*command):
 def wait_for_name(name):
     """Waits until somebody owns a bus name."""
     run("gdbus", "wait", "--system", "--timeout", PATIENCE, name)
+
+
+def wait_for_path(path):
+    """Waits until something is at a path."""
+    deadline = time.monotonic() + PATIENCE
+    while not path.exists():
+        if time.monotonic() > deadline:
+            raise Failure(f"nothing appears at {path}")
+        time.sleep(0.01)
 
 
 def identity(user):

@@ -12,14 +12,18 @@ from processes import Process, run, wait_for_name
 DAEMON = "govd"
 BARE = "bare"
 MANDATED = "mandated"
+QT = "qt"
+ALL = (BARE, MANDATED, QT, DAEMON)
+WRITERS = (MANDATED, QT, DAEMON)  # those that take every step of a write
 
 SERVICES = {DAEMON: "org.kvt.PolicyManager",
             BARE: "org.kvt.Benchmark.Bare",
-            MANDATED: "org.kvt.Benchmark.Mandated"}
+            MANDATED: "org.kvt.Benchmark.Mandated",
+            QT: "org.kvt.Benchmark.Qt"}
 
 CONFIGURATION = pathlib.Path("/etc/policy")
 POLICY_FILE = CONFIGURATION / "policy.conf"
-REFERENCE_FILE = CONFIGURATION / "reference.conf"
+REFERENCE_FILES = {kind: CONFIGURATION / f"reference-{kind}.conf" for kind in (MANDATED, QT)}
 
 
 def platform_keys(programs):
@@ -32,10 +36,10 @@ def platform_keys(programs):
 
 def command(programs, kind, keys=()):
     """The command line of a server."""
-    return {DAEMON: ["/usr/sbin/govd"],
-            BARE: [programs / "govd-reference-bare", SERVICES[BARE]],
-            MANDATED: [programs / "govd-reference-mandated", SERVICES[MANDATED], REFERENCE_FILE,
-                       *keys]}[kind]
+    if kind == DAEMON:
+        return ["/usr/sbin/govd"]
+    reference = [programs / f"govd-reference-{kind}", SERVICES[kind]]
+    return reference if kind == BARE else [*reference, REFERENCE_FILES[kind], *keys]
 
 
 def reset():
@@ -45,9 +49,9 @@ def reset():
 
 
 def fill(extra):
-    """Gives both configuration files so many more keys, which no policy has."""
+    """Gives all configuration files so many more keys, which no policy has."""
     lines = "".join(f"Unknown{number:05}Enabled=true\n" for number in range(extra))
-    for path in (POLICY_FILE, REFERENCE_FILE):
+    for path in (POLICY_FILE, *REFERENCE_FILES.values()):
         path.write_text("[policy]\n" + lines, encoding="utf-8")
 
 

@@ -5,9 +5,8 @@
 import statistics
 
 import servers
-from latency import ALL
 from processes import run
-from servers import BARE, DAEMON, MANDATED, SERVICES
+from servers import ALL, BARE, DAEMON, MANDATED, QT, SERVICES
 from table import Table
 
 
@@ -28,7 +27,8 @@ def _rounds(programs, keys, count):
 
 def table(programs, keys, scale, directory):
     """First and later starts, in memory and, if there is a directory for it, on a disk."""
-    result = Table("Start to name owned in milliseconds", *ALL, "/ bare", "/ mandated")
+    result = Table("Start to name owned in milliseconds", *ALL, "/ bare", "/ mandated",
+                   "/ qt")
     places = [("in memory", None)] + ([("on disk", directory)] if directory else [])
     for place, where in places:
         with servers.storage(where):
@@ -36,5 +36,5 @@ def table(programs, keys, scale, directory):
         for start in ("first start", "later start"):
             mine = times[start, DAEMON]
             result.add(f"{start} {place}", *(times[start, kind] for kind in ALL),
-                       mine / times[start, BARE], mine / times[start, MANDATED])
+                       *(mine / times[start, kind] for kind in (BARE, MANDATED, QT)))
     return result

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/applicationsandbox.h"
 #include "simulator/storage.h"
+#include "simulator/systemlogs.h"
 
 #include <QCoreApplication>
 
@@ -17,19 +18,31 @@ void plugStick(Simulator::Storage &storage, int number)
     storage.plug(block);
 }
 
-} // namespace
-
-/// govd-benchmark-neighbour STICKS: the application sandbox and the storage service of a device
-/// into which so many sticks are plugged.
-int main(int argc, char **argv)
+int runSystemLogs()
 {
-    QCoreApplication application(argc, argv);
+    Simulator::SystemLogs logs;
+    return logs.appear() ? QCoreApplication::exec() : 1;
+}
+
+int runSandboxAndStorage(int sticks)
+{
     Simulator::ApplicationSandbox sandbox;
     Simulator::Storage storage;
-    const int sticks = application.arguments().value(1).toInt();
     for (int number = 0; number < sticks; ++number)
         plugStick(storage, number);
     if (!storage.appear() || !sandbox.appear())
         return 1;
-    return application.exec();
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+/// govd-benchmark-neighbour STICKS: the application sandbox and the storage service of a device
+/// into which so many sticks are plugged.
+/// govd-benchmark-neighbour logs: the system-log service.
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QString what = QCoreApplication::arguments().value(1);
+    return what == QLatin1String("logs") ? runSystemLogs() : runSandboxAndStorage(what.toInt());
 }

@@ -2,31 +2,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "benchmark/reference/mandated/effects.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
+#include "benchmark/reference/markers.h"
+
 #include <syslog.h>
-#include <unistd.h>
 
 namespace {
-
-// Beside the daemon's own, so that both can run at one time.
-constexpr char Directory[] = "/var/lib/govd-reference";
-
-void mark(const std::string &path, bool present)
-{
-    const bool exists = access(path.c_str(), F_OK) == 0;
-    if (present && !exists)
-        close(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    else if (!present && exists)
-        unlink(path.c_str());
-}
-
-void markFeature(const char *name, bool enabled)
-{
-    if (enabled)
-        mkdir(Directory, 0755);
-    mark(std::string(Directory) + "/" + name, enabled);
-}
 
 void switchUsbDevices(sd_bus *bus, bool enabled)
 {
@@ -50,14 +30,10 @@ int drop(sd_bus_message *, void *, sd_bus_error *)
 
 void enforce(sd_bus *bus, const std::string &key, bool value)
 {
-    if (key == "CameraEnabled")
-        markFeature("camera_enabled", value);
-    else if (key == "UserReportExportEnabled")
-        markFeature("user_report_enabled", value);
-    else if (key == "DeveloperShellEnabled")
-        mark(std::string(Directory) + "/.disable", !value);
-    else if (key == "UsbDevicesEnabled")
+    if (key == "UsbDevicesEnabled")
         switchUsbDevices(bus, value);
+    else
+        markPolicy("/var/lib/govd-reference-mandated", key, value);
 }
 
 void recordChange(sd_bus *bus, const std::string &key, bool newValue, bool oldValue)

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "benchmark/reference/mandated/service.h"
 
+#include "benchmark/reference/keyfile.h"
 #include "benchmark/reference/mandated/caller.h"
 #include "benchmark/reference/mandated/effects.h"
-#include "benchmark/reference/mandated/keyfile.h"
 
 namespace {
 

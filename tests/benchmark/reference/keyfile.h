@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVD_BENCHMARK_REFERENCE_MANDATED_KEYFILE_H
-#define GOVD_BENCHMARK_REFERENCE_MANDATED_KEYFILE_H
+#ifndef GOVD_BENCHMARK_REFERENCE_KEYFILE_H
+#define GOVD_BENCHMARK_REFERENCE_KEYFILE_H
 
 #include <map>
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/reference/mandated/keyfile.h"
+#include "benchmark/reference/keyfile.h"
 
 #include <glib.h>
 #include <memory>

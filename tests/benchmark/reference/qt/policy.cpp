@@ -1,0 +1,131 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "benchmark/reference/qt/policy.h"
+
+#include "benchmark/reference/keyfile.h"
+#include "benchmark/reference/markers.h"
+#include "common/neighbour.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDir>
+#include <QFile>
+#include <QLibraryInfo>
+
+#include <syslog.h>
+
+namespace {
+
+void enforce(const QString &key, bool value)
+{
+    if (key != QLatin1String("UsbDevicesEnabled")) {
+        markPolicy("/var/lib/govd-reference-qt", key.toStdString(), value);
+        return;
+    }
+    QDBusInterface usbManager = neighbour(Names::UsbManagerProperties);
+    usbManager.call(QStringLiteral("Set"), Names::UsbManager, QStringLiteral("Enabled"),
+                    QVariant::fromValue(QDBusVariant(value)));
+}
+
+bool defaultOf(const QString &key)
+{
+    if (key != QLatin1String("UserReportExportEnabled"))
+        return true;
+    QDBusInterface features = neighbour(Names::DeviceFeatureProperties);
+    const QDBusMessage reply = features.call(QStringLiteral("Get"), Names::DeviceFeatures,
+                                             QStringLiteral("isOsCertified"));
+    return reply.type() == QDBusMessage::ReplyMessage
+        && !qdbus_cast<QDBusVariant>(reply.arguments().at(0)).variant().toBool();
+}
+
+} // namespace
+
+Policy::Policy(Caller *caller, std::string file, const QStringList &keys)
+    : QDBusAbstractAdaptor(caller)
+    , m_caller(caller)
+    , m_systemLogs(neighbour(Names::SystemLogs))
+    , m_file(std::move(file))
+{
+    followNames();
+    lookForPlugins();
+    load(keys);
+    for (const QString &key : keys)
+        enforce(key, m_values.value(key).toBool());
+}
+
+/// The reply is not used: the services that the names stand for are all absent here.
+void Policy::followNames()
+{
+    QDBusConnection bus = QDBusConnection::systemBus();
+    bus.connect(Names::BusDaemon.service, Names::BusDaemon.path, Names::BusDaemon.interface,
+                QStringLiteral("NameOwnerChanged"), this, SLOT(followName(QString)));
+    bus.call(QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
+                                            Names::BusDaemon.interface,
+                                            QStringLiteral("ListNames")));
+}
+
+void Policy::followName(const QString &name)
+{
+    Q_UNUSED(name)
+}
+
+/// None are there, and no files that seed the configuration.
+void Policy::lookForPlugins()
+{
+    QDir(QLibraryInfo::location(QLibraryInfo::LibrariesPath) + Names::SourceRestrictionDirectory)
+        .entryList({QStringLiteral("*.so")}, QDir::Files, QDir::Unsorted);
+    QFile::exists(Names::AccessSwitchPlugin);
+    QDir(Names::PolicyDirectory).entryInfoList();
+}
+
+void Policy::load(const QStringList &keys)
+{
+    const std::map<std::string, bool> loaded = loadValues(m_file);
+    for (const QString &key : keys) {
+        const auto value = loaded.find(key.toStdString());
+        if (value != loaded.end())
+            store(key, value->second);
+    }
+    for (const QString &key : keys) {
+        if (!m_values.contains(key))
+            store(key, defaultOf(key));
+    }
+}
+
+QDBusVariant Policy::KeyValue(const QString &key)
+{
+    return QDBusVariant(m_values.value(key));
+}
+
+bool Policy::SetKeyValue(const QString &key, const QDBusVariant &value)
+{
+    return m_caller->isAllowed() && store(key, value.variant());
+}
+
+bool Policy::store(const QString &key, const QVariant &value)
+{
+    saveKeyValue(m_file, key.toStdString(), value.toBool());
+    QVariant &stored = m_values[key];
+    if (m_caller->calledFromDBus())
+        recordChange(key, value, stored);
+    if (stored == value)
+        return true;
+    stored = value;
+    if (!m_caller->calledFromDBus() || m_caller->isAllowed())
+        enforce(key, value.toBool());
+    Q_EMIT PolicyChanged(key, QDBusVariant(value));
+    return true;
+}
+
+void Policy::recordChange(const QString &key, const QVariant &newValue, const QVariant &oldValue)
+{
+    const QString line = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
+                             .arg(key, oldValue.toString(), newValue.toString());
+    syslog(LOG_INFO, "%s", line.toUtf8().constData());
+    const QDBusPendingCall call = m_systemLogs.asyncCall(QStringLiteral("sendEventStringAlt"),
+                                                         QStringLiteral("security-policy-changed"),
+                                                         QStringLiteral("INFO_LEVEL"), line);
+    auto *watcher = new QDBusPendingCallWatcher(call, this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, watcher, &QObject::deleteLater);
+}
