@@ -19,20 +19,25 @@ struct Fault
         Death, ///< drops the bus connection instead of answering
     };
 
-    static Fault error(const QString &name = QStringLiteral("org.freedesktop.DBus.Error.Failed"))
+    static Fault error(const QString &name = QStringLiteral("org.freedesktop.DBus.Error.Failed"),
+                       const QString &text = QStringLiteral("Failed on purpose"))
     {
-        return {Error, 0, name, {}};
+        return {Error, 0, name, text, {}};
     }
-    static Fault wrongAnswer(const QVariantList &answer) { return {WrongAnswer, 0, {}, answer}; }
-    static Fault silence() { return {Silence, 0, {}, {}}; }
-    static Fault death() { return {Death, 0, {}, {}}; }
+    static Fault wrongAnswer(const QVariantList &answer)
+    {
+        return {WrongAnswer, 0, {}, {}, answer};
+    }
+    static Fault silence() { return {Silence, 0, {}, {}, {}}; }
+    static Fault death() { return {Death, 0, {}, {}, {}}; }
 
     /// The right answer, after @p delay milliseconds.
-    static Fault late(int delay) { return {None, delay, {}, {}}; }
+    static Fault late(int delay) { return {None, delay, {}, {}, {}}; }
 
     Kind kind = None;
     int delay = 0; ///< milliseconds between the call and its answer
     QString errorName;
+    QString errorText;
     QVariantList answer;
 };
 

@@ -142,7 +142,7 @@ Fault Service::faultOf(const Call &call) const
 Reply Service::carryOut(const Call &call, const Fault &fault) const
 {
     if (fault.kind == Fault::Error)
-        return Reply::failure(fault.errorName, QStringLiteral("Failed on purpose"));
+        return Reply::failure(fault.errorName, fault.errorText);
     if (fault.kind == Fault::Silence || fault.kind == Fault::Death)
         return {};
     const Reply reply =

@@ -7,11 +7,39 @@
 
 using namespace Support;
 
+QStringList SystemCalls::failing(const QString &call, const QString &number, const QString &error,
+                                 const QString &path)
+{
+    QStringList options{QStringLiteral("-e"), QLatin1String("trace=") + call, QStringLiteral("-e"),
+                        QStringLiteral("inject=%1:error=%2:when=%3").arg(call, error, number)};
+    if (!path.isEmpty())
+        options += {QStringLiteral("-P"), path};
+    return options;
+}
+
+QStringList SystemCalls::wrapper(const QStringList &options)
+{
+    return QStringList{QStringLiteral("strace"), QStringLiteral("-o"), QStringLiteral("/dev/null")}
+    + options;
+}
+
+int SystemCalls::numberOf(const QString &name, const QString &text, const QStringList &calls)
+{
+    int number = 0;
+    for (const QString &line : calls) {
+        if (!line.startsWith(name + QLatin1Char('(')))
+            continue;
+        ++number;
+        if (line.contains(text))
+            return number;
+    }
+    return 0;
+}
+
 SystemCalls::SystemCalls(qint64 process, const QStringList &options)
-    : m_mainThread(process)
 {
     m_tracer.start(QStringLiteral("strace"),
-                   QStringList{QStringLiteral("-f"), QStringLiteral("-y"), QStringLiteral("-o"),
+                   QStringList{QStringLiteral("-y"), QStringLiteral("-o"),
                                m_directory.filePath(QStringLiteral("calls")), QStringLiteral("-p"),
                                QString::number(process)}
                        + options);
@@ -36,11 +64,8 @@ QStringList SystemCalls::end()
     }
     const QByteArray calls = Files::read(m_directory.filePath(QStringLiteral("calls")));
     QStringList lines;
-    const QString prefix = QString::number(m_mainThread) + QLatin1Char(' ');
-    for (const QString &line : QString::fromUtf8(calls).split(QLatin1Char('\n'))) {
-        if (line.startsWith(prefix))
-            lines.append(line.mid(prefix.size()).trimmed());
-    }
+    for (const QString &line : QString::fromUtf8(calls).split(QLatin1Char('\n')))
+        lines.append(line.trimmed());
     return lines;
 }
 

@@ -7,19 +7,31 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// Sees the system calls of a running process, and makes some of them fail or kill it.
+/// Sees the system calls that the main thread of a running process makes, and makes some of them
+/// fail or kill the process.
 class SystemCalls
 {
     Q_DISABLE_COPY(SystemCalls)
 
 public:
-    /// Attaches to all threads of @p process. @p options are those of strace that say which calls
-    /// are seen and what happens to them; they count calls from here on, in each thread.
+    /// Options that make the calls @p number (as in "2", "2+") of @p call fail with @p error, of
+    /// those that concern @p path, or of all when it is empty.
+    static QStringList failing(const QString &call, const QString &number, const QString &error,
+                               const QString &path = {});
+
+    /// For Daemon::setWrapper(): runs the daemon with @p options of strace from its first call on.
+    static QStringList wrapper(const QStringList &options);
+
+    /// The number, among those of its name, of the first call @p name in @p calls, which end() has
+    /// returned, whose line contains @p text; 0 when there is none.
+    static int numberOf(const QString &name, const QString &text, const QStringList &calls);
+
+    /// Attaches to @p process. @p options are those of strace that say which calls are seen and
+    /// what happens to them; they count calls from here on.
     SystemCalls(qint64 process, const QStringList &options);
     ~SystemCalls();
 
-    /// Lets the process alone again, if it still is there, and returns the calls of its main
-    /// thread, one on each line.
+    /// Lets the process alone again, if it still is there, and returns its calls, one on each line.
     QStringList end();
 
     /// Lets the process alone at once, without a word. For one that is dying: strace waits for
@@ -27,7 +39,6 @@ public:
     void drop();
 
 private:
-    qint64 m_mainThread;
     QTemporaryDir m_directory;
     QProcess m_tracer;
 };

@@ -2,204 +2,225 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "hostile/systemcalls.h"
 #include "support/client.h"
+#include "support/facts.h"
 #include "support/files.h"
+#include "support/switchplugin.h"
 #include "support/watcheddaemon.h"
 
+#include <QDBusVariant>
 #include <QtTest>
 
 using namespace Support;
 
 namespace {
 
-const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
-const QString Camera = QStringLiteral("CameraEnabled");
+const QString Switch = QStringLiteral("lens");
 
-/// Options that make the calls @p number (as in "2", "2+") of @p call fail with @p error, of those
-/// that concern @p path, or of all when it is empty.
-QStringList failing(const QString &call, const QString &number, const QString &error,
-                    const QString &path)
+/// A write of the policy or of a switch that governs it, and all that it concerns.
+class Write
 {
-    QStringList options{QStringLiteral("-e"), QLatin1String("trace=") + call, QStringLiteral("-e"),
-                        QStringLiteral("inject=%1:error=%2:when=%3").arg(call, error, number)};
-    if (!path.isEmpty())
-        options += {QStringLiteral("-P"), path};
-    return options;
+public:
+    explicit Write(bool isOfSwitch)
+        : m_isOfSwitch(isOfSwitch)
+    {
+        m_plugin.setSwitch(Switch, {1}, true);
+    }
+
+    QString key() const { return m_isOfSwitch ? Switch : Camera; }
+    QString file() const { return m_isOfSwitch ? SwitchFile : PolicyFile; }
+
+    QVariant make(bool value)
+    {
+        const QString interface =
+            m_isOfSwitch ? QStringLiteral("Switch") : QStringLiteral("Policy");
+        const QDBusMessage reply = m_client.call(interface, QStringLiteral("SetKeyValue"),
+                                                 {key(), QVariant::fromValue(QDBusVariant(value))});
+        return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments().value(0) : QVariant();
+    }
+
+    /// What the daemon announces of a change to off that is made at all.
+    QStringList announcements() const
+    {
+        QStringList lines{WatchedDaemon::announcement(Camera, false)};
+        if (m_isOfSwitch)
+            lines.append(QStringLiteral("signal SwitchChanged \"%1\" false").arg(Switch));
+        return lines;
+    }
+
+    QVariant read()
+    {
+        return m_isOfSwitch ? m_client.switchValue(Switch) : m_client.policy(Camera);
+    }
+
+private:
+    const bool m_isOfSwitch;
+    SwitchPlugin m_plugin;
+    Client m_client;
+};
+
+/// A row for the policy file and one for the switch file. @p text is what is seen of the call, with
+/// "FILE" for the path of the file.
+void addRows(const char *name, const char *call, const char *text, const QStringList &errors)
+{
+    for (const bool isOfSwitch : {false, true}) {
+        for (const QString &error : errors) {
+            QTest::addRow("%s, %s: %s", isOfSwitch ? "switch" : "policy", name, qPrintable(error))
+                << isOfSwitch << QString::fromLatin1(call)
+                << QString::fromLatin1(text).replace(QLatin1String("FILE"),
+                                                     isOfSwitch ? SwitchFile : PolicyFile)
+                << error;
+        }
+    }
 }
 
-void addCall(const char *name, const char *call, const char *number, const char *error,
-             const QString &path)
+void addColumns()
 {
-    QTest::newRow(name) << failing(QLatin1String(call), QLatin1String(number), QLatin1String(error),
-                                   path);
+    QTest::addColumn<bool>("isOfSwitch");
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("error");
+}
+
+QStringList errors(const char *names)
+{
+    return QString::fromLatin1(names).split(QLatin1Char(' '));
 }
 
 } // namespace
 
-/// System calls that fail while a policy is written, and at start.
+/// System calls that fail while the file of a policy or of a switch is written.
+///
+/// A switch belongs to its plugin, which has taken and announced the new value when the file is
+/// written: that it was not saved is told to the caller, and the plugin keeps the value.
 class TestFailingCalls : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() { Files::reset(); }
-    void writeThatCannotBeSavedIsNotMade_data();
-    void writeThatCannotBeSavedIsNotMade();
+    void writeThatCannotBeSavedIsRefused_data();
+    void writeThatCannotBeSavedIsRefused();
     void failureThatDoesNotMatterIsNotTold_data();
     void failureThatDoesNotMatterIsNotTold();
-    void markerThatFailsIsReportedAndNothingElse_data();
-    void markerThatFailsIsReportedAndNothingElse();
-    void unreadableFileIsNeverTakenForAMissingOne_data();
-    void unreadableFileIsNeverTakenForAMissingOne();
+    void newFileThatCannotBeRemovedIsNotRead();
+
+private:
+    /// Makes the write with one call failing, and leaves its answer in m_answer.
+    void makeWith(WatchedDaemon &daemon, Write &write);
+
+    QVariant m_answer;
+    FileSnapshot m_before; ///< of the file
 };
 
-void TestFailingCalls::writeThatCannotBeSavedIsNotMade_data()
+void TestFailingCalls::makeWith(WatchedDaemon &daemon, Write &write)
 {
-    QTest::addColumn<QStringList>("options");
-    for (const char *error : {"EIO", "EACCES", "EMFILE", "ENOMEM", "ENOENT"}) {
-        // The file is there, so "no such file" can come from stat() only, and is the truth then.
-        if (qstrcmp(error, "ENOENT") != 0)
-            addCall(error, "openat", "1", error, PolicyFile);
-    }
-    addCall("file cannot be read", "read", "1", "EIO", PolicyFile);
-    addCall("new file: no space", "openat", "4", "ENOSPC", {});
-    addCall("new file: no descriptor", "openat", "4", "EMFILE", {});
-    addCall("new file: read-only", "openat", "4", "EROFS", {});
-    addCall("new file: forbidden", "openat", "4", "EACCES", {});
-    addCall("content does not reach the disk", "fsync", "1", "EIO", {});
-    addCall("content finds no space", "fsync", "1", "ENOSPC", {});
-    for (const char *error : {"ENOSPC", "EROFS", "EIO", "EACCES"})
-        QTest::addRow("rename: %s", error)
-            << failing(QStringLiteral("rename"), QStringLiteral("1"), QLatin1String(error), {});
+    QFETCH(QString, call);
+    QFETCH(QString, text);
+    QFETCH(QString, error);
+    // All writes from the second one on make the same calls.
+    QCOMPARE(write.make(false), QVariant(true));
+    QCOMPARE(write.make(true), QVariant(true));
+    SystemCalls rehearsal(daemon.process().processId(), {});
+    QCOMPARE(write.make(false), QVariant(true));
+    const int number = SystemCalls::numberOf(call, text, rehearsal.end());
+    QVERIFY2(number > 0, "such a call is not made");
+    QCOMPARE(write.make(true), QVariant(true));
+    daemon.forget();
+    m_before = Files::snapshot(write.file());
+
+    SystemCalls calls(daemon.process().processId(),
+                      SystemCalls::failing(call, QString::number(number), error));
+    m_answer = write.make(false);
+    const QStringList injected = calls.end().filter(QStringLiteral("(INJECTED)"));
+    QCOMPARE(injected.size(), 1);
+    QVERIFY2(injected.first().contains(text), qPrintable(injected.first()));
 }
 
-void TestFailingCalls::writeThatCannotBeSavedIsNotMade()
+void TestFailingCalls::writeThatCannotBeSavedIsRefused_data()
 {
-    QFETCH(QStringList, options);
+    addColumns();
+    addRows("file not opened", "openat", "\"FILE\"", errors("EIO EACCES EMFILE ENOMEM"));
+    addRows("file not described", "newfstatat", "<FILE>", errors("EIO"));
+    addRows("file not read", "read", "<FILE>", errors("EIO"));
+    addRows("new file not opened", "openat", "\"FILE.", errors("ENOSPC EMFILE EROFS EACCES EIO"));
+    addRows("content not written", "write", "<FILE.", errors("ENOSPC EIO EDQUOT EFBIG"));
+    addRows("content not on the disk", "fsync", "<FILE.", errors("EIO ENOSPC"));
+    addRows("new file not closed", "close", "<FILE.", errors("EIO ENOSPC"));
+    addRows("not renamed", "rename", "\"FILE\"", errors("ENOSPC EROFS EIO EACCES"));
+}
+
+void TestFailingCalls::writeThatCannotBeSavedIsRefused()
+{
+    QFETCH(bool, isOfSwitch);
+    Write write(isOfSwitch);
     WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    // The second write and all later ones make the same calls.
-    QCOMPARE(daemon.set(QStringLiteral("VpnEnabled"), false), QVariant(true));
-    daemon.forget();
-    const FileSnapshot before = Files::snapshot(PolicyFile);
-
-    SystemCalls calls(daemon.process().processId(), options);
-    const QVariant answer = daemon.set(Camera, false);
-    const QStringList injected = calls.end().filter(QStringLiteral("(INJECTED)"));
-
-    QCOMPARE(injected.size(), 1);
-    QVERIFY2(injected.first().contains(QStringLiteral("/etc/policy/policy.conf")),
-             qPrintable(injected.first()));
-    QCOMPARE(answer, QVariant(false));
-    QCOMPARE(daemon.said(), QStringList(QStringLiteral("reply false")));
+    makeWith(daemon, write);
+    if (QTest::currentTestFailed())
+        return;
+    const QStringList announced = isOfSwitch ? write.announcements() : QStringList();
+    QCOMPARE(m_answer, QVariant(false));
+    QCOMPARE(daemon.said(), announced + QStringList(QStringLiteral("reply false")));
     QCOMPARE(daemon.recorded(), QStringList());
     QCOMPARE(daemon.logged().size(), 2);
-    QVERIFY(Files::snapshot(PolicyFile) == before);
-    QVERIFY(QFile::exists(CameraMarker));
-    QCOMPARE(daemon.policy(Camera), QVariant(true));
-    QCOMPARE(QDir(QStringLiteral("/etc/policy")).entryList(QDir::Files | QDir::Hidden),
-             QStringList(QStringLiteral("policy.conf"))); // nothing half-written is left
+    QVERIFY(Files::snapshot(write.file()) == m_before);
+    QVERIFY(!QDir(QStringLiteral("/etc/policy"))
+                 .entryList(QDir::Files | QDir::Hidden)
+                 .join(QLatin1Char(' '))
+                 .contains(QLatin1String(".conf."))); // nothing half-written is left
+    QCOMPARE(write.read(), QVariant(announced.isEmpty()));
+    QCOMPARE(QFile::exists(CameraMarker), announced.isEmpty());
 }
 
 void TestFailingCalls::failureThatDoesNotMatterIsNotTold_data()
 {
-    QTest::addColumn<QStringList>("options");
-    addCall("no space reserved", "fallocate", "1", "ENOSPC", {});
-    addCall("directory not opened", "openat", "1", "EMFILE", QStringLiteral("/etc/policy"));
-    addCall("directory does not reach the disk", "fsync", "2", "EIO", {});
+    addColumns();
+    addRows("file not looked at", "newfstatat", "\"FILE\"", errors("EIO EACCES ENOMEM"));
+    addRows("old file not looked at", "newfstatat", "AT_SYMLINK_NOFOLLOW", errors("EIO"));
+    addRows("no space reserved", "fallocate", "<FILE.", errors("ENOSPC EOPNOTSUPP"));
+    addRows("writing interrupted", "write", "<FILE.", errors("EINTR"));
+    addRows("directory not opened", "openat", "\"/etc/policy\"", errors("EMFILE EIO"));
+    addRows("directory not on the disk", "fsync", "</etc/policy>", errors("EIO"));
 }
 
 void TestFailingCalls::failureThatDoesNotMatterIsNotTold()
 {
-    QFETCH(QStringList, options);
+    QFETCH(bool, isOfSwitch);
+    Write write(isOfSwitch);
     WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    SystemCalls calls(daemon.process().processId(), options);
-    const QVariant answer = daemon.set(Camera, false);
-    QCOMPARE(calls.end().filter(QStringLiteral("(INJECTED)")).size(), 1);
-    QCOMPARE(answer, QVariant(true));
-    QCOMPARE(daemon.said(),
-             QStringList({daemon.event(Camera, QStringLiteral("true"), QStringLiteral("false")),
-                          daemon.announcement(Camera, false), QStringLiteral("reply true")}));
+    makeWith(daemon, write);
+    if (QTest::currentTestFailed())
+        return;
+    QCOMPARE(m_answer, QVariant(true));
+    QStringList expected = write.announcements();
+    expected.insert(isOfSwitch ? expected.size() : 0, WatchedDaemon::event(write.key(), Yes, No));
+    QCOMPARE(daemon.said(), expected + QStringList(QStringLiteral("reply true")));
     QCOMPARE(daemon.logged(), QStringList());
-    QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("false"));
+    QMap<QString, QString> values = Files::values(write.file());
+    QCOMPARE(values.value(write.key()), No);
+    QCOMPARE(values.size(), m_before.content.count('=')); // no other key is lost
+    QCOMPARE(write.read(), QVariant(false));
+    QVERIFY(!QFile::exists(CameraMarker));
 }
 
-void TestFailingCalls::markerThatFailsIsReportedAndNothingElse_data()
+/// The file that could not take the other's place stays beside it, and nobody reads it.
+void TestFailingCalls::newFileThatCannotBeRemovedIsNotRead()
 {
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<bool>("value");
-    QTest::addColumn<QString>("warning");
-    const auto row = [](const char *call, const char *error, const QString &path, bool value) {
-        const QString warning = value ? QStringLiteral("Failed to create file:")
-                                      : QStringLiteral("Failed to remove file:");
-        QTest::addRow("%s: %s", call, error)
-            << failing(QLatin1String(call), QStringLiteral("1"), QLatin1String(error), path)
-            << value << QStringLiteral("warning|default|%1 \"%2\"").arg(warning, CameraMarker);
-    };
-    for (const char *error : {"EIO", "EROFS", "EACCES"})
-        row("unlink", error, CameraMarker, false);
-    for (const char *error : {"EIO", "EROFS", "EACCES", "EMFILE", "ENOSPC"})
-        row("openat", error, CameraMarker, true);
-    for (const char *error : {"EROFS", "EACCES", "ENOSPC"})
-        row("mkdir", error, QStringLiteral("/var/lib/govd"), true);
-}
-
-void TestFailingCalls::markerThatFailsIsReportedAndNothingElse()
-{
-    QFETCH(QStringList, options);
-    QFETCH(bool, value);
-    QFETCH(QString, warning);
     WatchedDaemon daemon;
     QVERIFY(daemon.start());
-    if (value) {
-        QCOMPARE(daemon.set(Camera, false), QVariant(true));
-        QVERIFY(QDir(QStringLiteral("/var/lib/govd")).removeRecursively());
-        daemon.forget();
-    }
-    SystemCalls calls(daemon.process().processId(), options);
-    const QVariant answer = daemon.set(Camera, value);
-    QCOMPARE(calls.end().filter(QStringLiteral("(INJECTED)")).size(), 1);
-    QCOMPARE(answer, QVariant(true));
-    QCOMPARE(daemon.logged(), QStringList(warning));
-    const QString text = value ? QStringLiteral("true") : QStringLiteral("false");
-    const QString old = value ? QStringLiteral("false") : QStringLiteral("true");
-    QCOMPARE(daemon.said(),
-             QStringList({daemon.event(Camera, old, text), daemon.announcement(Camera, value),
-                          QStringLiteral("reply true")}));
-    QCOMPARE(Files::values(PolicyFile).value(Camera), text);
-    QCOMPARE(daemon.policy(Camera), QVariant(value));
-}
-
-void TestFailingCalls::unreadableFileIsNeverTakenForAMissingOne_data()
-{
-    QTest::addColumn<QStringList>("options");
-    for (const char *call : {"newfstatat", "statx", "access", "openat", "read"}) {
-        for (const char *error : {"EIO", "EACCES", "ENOMEM"}) {
-            QTest::addRow("%s: %s", call, error) << failing(
-                QLatin1String(call), QStringLiteral("1+"), QLatin1String(error), PolicyFile);
-        }
-    }
-}
-
-void TestFailingCalls::unreadableFileIsNeverTakenForAMissingOne()
-{
-    QFETCH(QStringList, options);
-    Files::write(PolicyFile, "[policy]\nCameraEnabled=false\nVpnEnabled=false\n");
-    Files::write(QStringLiteral("/etc/policy/policy.d/seed.conf"),
-                 "[policy]\nCameraEnabled=true\n");
-    Daemon daemon;
-    daemon.setWrapper(QStringList{QStringLiteral("strace"), QStringLiteral("-f"),
-                                  QStringLiteral("-o"), QStringLiteral("/dev/null")}
-                      + options);
+    const QString failing = QStringLiteral("inject=rename,unlink:error=EROFS:when=1");
+    SystemCalls calls(daemon.process().processId(), {QStringLiteral("-e"), failing});
+    const QVariant answer = daemon.set(Camera, false);
+    QCOMPARE(calls.end().filter(QStringLiteral("(INJECTED)")).size(), 2);
+    QCOMPARE(answer, QVariant(false));
+    QCOMPARE(QDir(QStringLiteral("/etc/policy")).entryList(QDir::Files).size(), 2);
+    QCOMPARE(daemon.policy(Camera), QVariant(true));
+    QVERIFY(daemon.change(QStringLiteral("VpnEnabled"), false));
+    QCOMPARE(daemon.process().stop(), 0);
     QVERIFY(daemon.start());
-    Client client;
-    if (!client.haveNoValue({Camera}))
-        QCOMPARE(client.policy(Camera), QVariant(false));
-    client.setPolicy(QStringLiteral("VpnEnabled"), false);
-    QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("false"));
-    QCOMPARE(Files::values(PolicyFile).value(QStringLiteral("VpnEnabled")),
-             QStringLiteral("false"));
+    QCOMPARE(daemon.policy(Camera), QVariant(true));
+    QCOMPARE(daemon.policy(QStringLiteral("VpnEnabled")), QVariant(false));
 }
 
 QTEST_GUILESS_MAIN(TestFailingCalls)

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "hostile/place.h"
 #include "hostile/systemcalls.h"
 #include "support/client.h"
 #include "support/daemon.h"
@@ -13,13 +14,6 @@
 using namespace Support;
 
 namespace {
-
-/// A place in the life of one write: before the call @p number of @p name.
-struct Place
-{
-    QString name;
-    int number;
-};
 
 /// One kind of write, which the test makes again and again.
 struct Write
@@ -58,25 +52,6 @@ struct Write
 QString textOf(bool value)
 {
     return value ? QStringLiteral("true") : QStringLiteral("false");
-}
-
-/// The places in @p calls: those around the file and behind, or with GOVD_HOLD all.
-QVector<Place> placesIn(const QStringList &calls)
-{
-    QVector<Place> places;
-    QHash<QString, int> numbers;
-    bool wasNear = false;
-    for (const QString &call : calls) {
-        const QString name = call.section(QLatin1Char('('), 0, 0);
-        if (!call.contains(QLatin1Char('(')) || call.startsWith(QLatin1Char('<')))
-            continue;
-        const int number = ++numbers[name];
-        const bool isNear = call.contains(QLatin1String("/etc/policy"));
-        if (isNear || wasNear || qEnvironmentVariableIsSet("GOVD_HOLD"))
-            places.append({name, number});
-        wasNear = isNear;
-    }
-    return places;
 }
 
 } // namespace
@@ -135,7 +110,7 @@ void TestKilledWrites::fileIsOldOrNew()
         write.prepare(client, true);
         SystemCalls calls(daemon.processId(), {});
         QVERIFY(write.make(client, false));
-        places = placesIn(calls.end());
+        places = Place::in(calls.end());
     }
     QVERIFY(places.size() > 5);
     for (const Place &place : qAsConst(places)) {
@@ -159,10 +134,7 @@ void TestKilledWrites::kill(const Write &write, const Place &place)
     auto expected = Files::values(write.file);
     expected.insert(write.key, textOf(value));
 
-    SystemCalls calls(
-        daemon.processId(),
-        {QStringLiteral("-e"),
-         QStringLiteral("inject=%1:signal=KILL:when=%2").arg(place.name).arg(place.number)});
+    SystemCalls calls(daemon.processId(), place.killing());
     const bool isAcknowledged = write.make(client, value);
     calls.drop();
     if (isAcknowledged)

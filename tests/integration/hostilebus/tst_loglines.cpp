@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "simulator/networktechnology.h"
+#include "simulator/runtimemanager.h"
 #include "simulator/systemlogs.h"
 #include "support/caller.h"
 #include "support/client.h"
@@ -62,6 +64,14 @@ QStringList brokenLines(const QStringList &log)
     return broken;
 }
 
+/// @p text as messages have it: in quotes, on one line, with nothing left out.
+QString quoted(const QString &text)
+{
+    QString result;
+    QDebug(&result).nospace() << text;
+    return result;
+}
+
 /// The texts of the events that the log service has got.
 QStringList textsIn(Neighbour<Simulator::SystemLogs> &logs)
 {
@@ -73,8 +83,8 @@ QStringList textsIn(Neighbour<Simulator::SystemLogs> &logs)
 
 } // namespace
 
-/// Texts that come from callers forge no line in any log: each event is one message to the system
-/// log, and each message of the daemon is one line.
+/// Texts that come from callers and neighbours forge no line in any log: each event is one message
+/// to the system log, and each message of the daemon is one line.
 ///
 /// The text of an event is fixed and holds what the caller sent, line breaks included. It travels
 /// to the system log as one datagram; escaping it is left to whoever writes lines from that, as the
@@ -91,6 +101,8 @@ private Q_SLOTS:
     void refusedKeyIsOneLine();
     void switchMessagesAreOneLineEach_data() { addTexts(); }
     void switchMessagesAreOneLineEach();
+    void errorOfANeighbourIsOneLine_data() { addTexts(); }
+    void errorOfANeighbourIsOneLine();
     void textTooLongForTheSystemLog();
 };
 
@@ -146,6 +158,40 @@ void TestLogLines::switchMessagesAreOneLineEach()
     QCOMPARE(log.filter(QStringLiteral("AccessSwitch plugin failed to set value")).size(), 1);
     QCOMPARE(log.filter(QStringLiteral("Return code:")).size(), 2);
     QCOMPARE(brokenLines(log), QStringList());
+}
+
+/// Two of the daemon's messages give the text of an error; that of the log service is not looked
+/// at.
+void TestLogLines::errorOfANeighbourIsOneLine()
+{
+    QFETCH(QString, text);
+    const Simulator::Fault fault =
+        Simulator::Fault::error(QStringLiteral("org.example.Refused"), text);
+    Neighbour<Simulator::NetworkTechnology> network;
+    Neighbour<Simulator::RuntimeManager> manager;
+    Neighbour<Simulator::SystemLogs> logs;
+    network.fail(fault);
+    manager.fail(fault);
+    logs.fail(fault);
+    network.appear();
+    manager.appear();
+    logs.appear();
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+
+    QVERIFY(daemon.change(QStringLiteral("InternetSharingEnabled"), false));
+    QVERIFY(daemon.change(QStringLiteral("MessagesEnabled"), false));
+
+    const QStringList log = daemon.logged();
+    QCOMPARE(brokenLines(log), QStringList());
+    QCOMPARE(log.size(), 2);
+    QVERIFY(log.at(0).startsWith(
+        QLatin1String("warning|default|Failed to disable internet sharing: ")));
+    QVERIFY(log.at(1).startsWith(QLatin1String("info|default|Terminating ")));
+    for (const QString &line : log)
+        QVERIFY2(line.endsWith(quoted(text)) || line.endsWith(quoted(text) + QLatin1Char(')')),
+                 qPrintable(line));
+    QCOMPARE(daemon.recorded().size(), 2);
 }
 
 /// A datagram has a largest size, beyond which the system log gets nothing; the log service does.
