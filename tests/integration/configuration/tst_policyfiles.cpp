@@ -57,6 +57,7 @@ private Q_SLOTS:
     void valuesFromFilesAreNeitherAuditedNorAnnounced();
     void lockedPolicyIsNotTakenFromAFile();
     void linkToAFileIsTheFile();
+    void linkToNowhereIsNoFile_data();
     void linkToNowhereIsNoFile();
 };
 
@@ -264,13 +265,23 @@ void TestPolicyFiles::linkToAFileIsTheFile()
     QCOMPARE(Client().policy(Camera), QVariant(false));
 }
 
+void TestPolicyFiles::linkToNowhereIsNoFile_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::newRow("missing") << QStringLiteral("/nowhere");
+    QTest::newRow("below a file") << QStringLiteral("/etc/passwd/inside");
+    QTest::newRow("itself") << PolicyFile;
+}
+
 void TestPolicyFiles::linkToNowhereIsNoFile()
 {
-    QCOMPARE(symlink("/nowhere", qPrintable(PolicyFile)), 0);
+    QFETCH(QString, target);
+    QCOMPARE(symlink(qPrintable(target), qPrintable(PolicyFile)), 0);
     Files::write(Directory + QStringLiteral("seed.conf"), Forbidden);
     Daemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(Client().policy(Camera), QVariant(false));
+    QCOMPARE(Files::values(PolicyFile).value(Camera), QStringLiteral("false"));
 }
 
 QTEST_GUILESS_MAIN(TestPolicyFiles)
