@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "benchmark/reference/mandated/caller.h"
 
-#include <grp.h>
+#include "benchmark/reference/privilege.h"
+
 #include <pelloraaccesscontrol/accesscontrol.h>
-#include <pwd.h>
-#include <sys/stat.h>
 
 namespace {
 
@@ -22,24 +21,6 @@ uint32_t askBus(sd_bus_message *call, const char *question)
     if (reply)
         Bus::check(sd_bus_message_read(reply, "u", &answer), "wrong answer of the bus");
     return answer;
-}
-
-/// The group's name first and the user's only if it is needed, each looked up afresh.
-bool isPrivileged(uint32_t pid)
-{
-    char buffer[4096];
-    struct stat process;
-    if (stat(("/proc/" + std::to_string(pid)).c_str(), &process) != 0)
-        return false;
-    group groupEntry;
-    group *foundGroup = nullptr;
-    getgrgid_r(process.st_gid, &groupEntry, buffer, sizeof buffer, &foundGroup);
-    if (foundGroup && std::string("privileged") == foundGroup->gr_name)
-        return true;
-    passwd userEntry;
-    passwd *foundUser = nullptr;
-    getpwuid_r(process.st_uid, &userEntry, buffer, sizeof buffer, &foundUser);
-    return foundUser && std::string("root") == foundUser->pw_name;
 }
 
 } // namespace
