@@ -163,6 +163,8 @@ void tst_MetaObjects::accessSwitches()
     QCOMPARE(Pellora::AccessSwitchPluginLoader::staticMetaObject.className(),
              "Pellora::AccessSwitchPluginLoader");
     QCOMPARE(ownMethods(Pellora::AccessSwitchPluginLoader::staticMetaObject), QStringList());
+    QCOMPARE(Pellora::AccessSwitchPluginLoader::instance(),
+             Pellora::AccessSwitchPluginLoader::instance());
 }
 
 QTEST_APPLESS_MAIN(tst_MetaObjects)
