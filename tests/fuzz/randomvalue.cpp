@@ -15,6 +15,7 @@ constexpr char Any[] = "ybnqiuxtdsogva(h";
 constexpr char AnyDeeper[] = "ybnqiuxtdsogva(";
 constexpr int DeepestDescriptor = 1; ///< the bus cuts off who sends more than 16 of them
 constexpr int Deepest = 12; ///< of a signature; variants make values deeper
+constexpr int Longest = 80; ///< three of them fit into the 255 letters of a message's signature
 constexpr int DeepestVariant = 4;
 
 QByteArray signatureAt(Choices &choices, int depth)
@@ -33,6 +34,12 @@ QByteArray signatureAt(Choices &choices, int depth)
     if (choices.below(2) == 0)
         return 'a' + signatureAt(choices, depth + 1);
     return QByteArray("a{") + choices.letter(Basic) + signatureAt(choices, depth + 2) + '}';
+}
+
+QByteArray signatureFrom(Choices &choices, int depth)
+{
+    const QByteArray signature = signatureAt(choices, depth);
+    return signature.size() > Longest ? QByteArrayLiteral("ay") : signature;
 }
 
 /// The length of the first type in @p signature.
@@ -107,7 +114,7 @@ private:
             return "y";
         if (!m_known.isEmpty() && m_choices.below(3) != 0)
             return m_choices.among({"s", "b", "o", "ay", "aay"});
-        return signatureAt(m_choices, 1 + DeepestDescriptor + 3 * depth);
+        return signatureFrom(m_choices, 1 + DeepestDescriptor + 3 * depth);
     }
 
     void open(char type, const QByteArray &content)
@@ -176,7 +183,7 @@ QByteArray describeBasic(sd_bus_message *message, char type)
 
 QByteArray signature(Choices &choices)
 {
-    return signatureAt(choices, 0);
+    return signatureFrom(choices, 0);
 }
 
 void append(sd_bus_message *message, const QByteArray &signature, Choices &choices,
