@@ -20,7 +20,7 @@ constexpr int DeepestVariant = 4;
 
 QByteArray signatureAt(Choices &choices, int depth)
 {
-    if (depth == Deepest)
+    if (depth >= Deepest)
         return QByteArray(1, choices.letter(Basic));
     const char type = choices.letter(depth > DeepestDescriptor ? AnyDeeper : Any);
     if (type == '(') {
