@@ -66,8 +66,8 @@ void mend(Service &service)
     service.forgetCalls();
 }
 
-/// Longer than the time-outs of all calls that one change makes.
-constexpr int Patience = 300000; // milliseconds
+/// Longer than the time-outs of all calls of one change, and of all tasks that wait for a service.
+constexpr int Patience = 3600000; // milliseconds
 
 } // namespace
 
