@@ -20,7 +20,7 @@ Device::Device()
     require(bus.registerObject(Names::ObjectPath, &m_manager, QDBusConnection::ExportAdaptors)
                 && bus.registerService(Names::Service),
             "the daemon is not on the bus");
-    requireDone(sd_bus_request_name(m_peer.bus(), "org.kvtlabs.SystemLogs", 0), "log service");
+    m_peer.takeName("org.kvtlabs.SystemLogs");
     requireDone(sd_bus_add_match(m_peer.bus(), nullptr,
                                  "type='signal',path='/org/kvt/PolicyManager'", nullptr, nullptr),
                 "signals");

@@ -9,11 +9,32 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <csignal>
+
 namespace {
 
 constexpr int Deadline = 20000;
 
 using Taker = std::function<void(Message)>;
+
+/// Holds back the alarm by which the fuzzer looks for inputs that take too long: the bus library
+/// gives up when a signal interrupts its wait for the bus.
+class Undisturbed
+{
+public:
+    Undisturbed()
+    {
+        sigset_t alarm;
+        sigemptyset(&alarm);
+        sigaddset(&alarm, SIGALRM);
+        pthread_sigmask(SIG_BLOCK, &alarm, &m_before);
+    }
+    ~Undisturbed() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    Q_DISABLE_COPY(Undisturbed)
+
+private:
+    sigset_t m_before;
+};
 
 } // namespace
 
@@ -27,7 +48,14 @@ Peer::Peer()
 
 Peer::~Peer()
 {
+    const Undisturbed undisturbed;
     sd_bus_flush_close_unref(m_bus);
+}
+
+void Peer::takeName(const char *name)
+{
+    const Undisturbed undisturbed;
+    requireDone(sd_bus_request_name(m_bus, name, SD_BUS_NAME_QUEUE), "name");
 }
 
 Message Peer::call(const char *service, const char *path, const char *interface, const char *member)
@@ -55,7 +83,7 @@ Message Peer::reply(sd_bus_message *call)
 void Peer::send(const Message &message)
 {
     requireDone(sd_bus_send(m_bus, message.get(), nullptr), "send");
-    requireDone(sd_bus_flush(m_bus), "flush");
+    flush();
 }
 
 void Peer::send(const Message &message, const std::function<void(Message)> &take)
@@ -69,7 +97,7 @@ void Peer::send(const Message &message, const std::function<void(Message)> &take
     sd_bus_slot_set_destroy_callback(slot, destroy);
     sd_bus_slot_set_floating(slot, 1);
     sd_bus_slot_unref(slot);
-    requireDone(sd_bus_flush(m_bus), "flush");
+    flush();
 }
 
 void Peer::waitFor(const std::function<bool()> &condition, const char *what)
@@ -100,6 +128,12 @@ int Peer::takeAny(sd_bus_message *message, void *data, sd_bus_error *)
         return 0;
     peer->m_listener(message);
     return 1;
+}
+
+void Peer::flush()
+{
+    const Undisturbed undisturbed;
+    requireDone(sd_bus_flush(m_bus), "flush");
 }
 
 void Peer::process()

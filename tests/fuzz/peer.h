@@ -29,6 +29,9 @@ public:
 
     sd_bus *bus() const { return m_bus; }
 
+    /// Owns @p name, at the latest when its owner of now has left the bus.
+    void takeName(const char *name);
+
     /// A call, a signal or a reply, still without its content.
     Message call(const char *service, const char *path, const char *interface, const char *member);
     Message signal(const char *path, const char *interface, const char *member);
@@ -49,6 +52,7 @@ public:
 private:
     static int takeReply(sd_bus_message *reply, void *data, sd_bus_error *error);
     static int takeAny(sd_bus_message *message, void *data, sd_bus_error *error);
+    void flush();
     void process();
 
     sd_bus *m_bus = nullptr;

@@ -68,7 +68,7 @@ Life::Life(Choices &choices)
 {
     m_peer.listen([this](sd_bus_message *message) { answer(message); });
     // The bus may not have noticed yet that the life before is over.
-    requireDone(sd_bus_request_name(m_peer.bus(), Service, SD_BUS_NAME_QUEUE), "name");
+    m_peer.takeName(Service);
     Peer::waitFor([this] { return m_isListed; }, "the manager to ask what there is");
 }
 
