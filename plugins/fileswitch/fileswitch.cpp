@@ -91,8 +91,8 @@ bool writeValue(const QString &name, bool value)
 ///
 /// A malformed file changes nothing: the switches stay as they were until the file is sound again.
 /// Without the file there are no switches.
-/// Failure codes are those of errno.h: ENOENT for an unknown switch, EIO when the file cannot be
-/// written.
+/// Failure codes are those of errno.h: ENOENT for an unknown switch, EIO when the file is malformed
+/// or cannot be written.
 class FileSwitch : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT
@@ -132,9 +132,10 @@ QVariant FileSwitch::keyValue(const QString &key)
 
 int FileSwitch::setKeyValue(const QString &key, const QVariant &value)
 {
+    update(); // an edit that nobody has told of yet comes first
     if (!m_switches.contains(key))
         return ENOENT;
-    if (!writeValue(key, value.toBool()))
+    if (m_isMalformed || !writeValue(key, value.toBool()))
         return EIO;
     update(); // announces the change at once, before this call returns
     return 0;

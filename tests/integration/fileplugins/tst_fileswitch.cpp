@@ -148,6 +148,8 @@ void TestFileSwitch::malformedFileKeepsTheSwitches()
     QVERIFY(daemon.waitForLog(warning));
     QCOMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(false));
     QVERIFY(!QFile::exists(Marker));
+    QCOMPARE(Caller().setSwitch(QStringLiteral("lens"), true).value(), QVariant(false));
+    QCOMPARE(Files::read(Path), content);
 
     Files::replace(Path, "[lens]\npolicies=CameraEnabled\nvalue=true\n");
     QTRY_COMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(true));
