@@ -244,12 +244,9 @@ void attemptOne(Choices &choices)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
-    static int argc = 1;
-    static char name[] = "fuzz-calls";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
+    static QCoreApplication application(*argc, *argv);
     qInstallMessageHandler(ignoreMessage);
     installPlugin();
     {

@@ -152,12 +152,9 @@ void checkPartitions(PartitionManager &manager)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
-    static int argc = 1;
-    static char name[] = "fuzz-storage";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
+    static QCoreApplication application(*argc, *argv);
     qInstallMessageHandler(ignoreMessage);
     return 0;
 }

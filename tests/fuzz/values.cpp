@@ -98,12 +98,9 @@ void checkEffects(const QByteArray &key, bool value)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
-    static int argc = 1;
-    static char name[] = "fuzz-values";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
+    static QCoreApplication application(*argc, *argv);
     qInstallMessageHandler(ignoreMessage);
     device = new Device;
     return 0;

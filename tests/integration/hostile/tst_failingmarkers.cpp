@@ -19,6 +19,9 @@ struct Marker
     bool isThereWhenAllowed;
     const char *creationWarning;
     const char *removalWarning;
+
+    QString file() const { return QString::fromLatin1(path); }
+    QString directory() const { return QFileInfo(file()).path(); }
 };
 
 const std::vector<Marker> Markers = {
@@ -32,18 +35,28 @@ const std::vector<Marker> Markers = {
      "Failed to enable devel-su"},
 };
 
-QString directoryOf(const Marker &marker)
+/// A change that makes or removes a marker, and the call that fails in it.
+struct Attempt
 {
-    return QFileInfo(QString::fromLatin1(marker.path)).path();
-}
+    const Marker *marker = nullptr;
+    bool isCreation = false;
+    QString call;
+    QString path; ///< in the call
+    QString error;
 
-QStringList warningOf(const Marker &marker, bool isCreation)
-{
-    const char *text = isCreation ? marker.creationWarning : marker.removalWarning;
-    return {QLatin1String("warning|default|") + QLatin1String(text)};
-}
+    QString policy() const { return QString::fromLatin1(marker->policy); }
+    bool value() const { return isCreation == marker->isThereWhenAllowed; }
+    bool isMarkerThere() const { return QFile::exists(marker->file()); }
+    QString warning() const
+    {
+        const char *text = isCreation ? marker->creationWarning : marker->removalWarning;
+        return QLatin1String("warning|default|") + QLatin1String(text);
+    }
+};
 
 } // namespace
+
+Q_DECLARE_METATYPE(Attempt)
 
 /// System calls that fail while a marker file is made or removed, in a change and at start: the
 /// daemon says so in a line of its log, and everything else goes its way.
@@ -64,90 +77,75 @@ private:
 
 void TestFailingMarkers::addRows()
 {
-    QTest::addColumn<int>("marker");
-    QTest::addColumn<bool>("isCreation");
-    QTest::addColumn<QString>("call");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("error");
-    const auto row = [](int marker, bool isCreation, const char *call, const QString &path,
-                        const char *error) {
-        QTest::addRow("%s, %s: %s", Markers.at(size_t(marker)).policy, call, error)
-            << marker << isCreation << QString::fromLatin1(call) << path
-            << QString::fromLatin1(error);
+    QTest::addColumn<Attempt>("attempt");
+    const auto row = [](const Attempt &attempt) {
+        QTest::addRow("%s, %s: %s", attempt.marker->policy, qPrintable(attempt.call),
+                      qPrintable(attempt.error))
+            << attempt;
     };
-    for (int i = 0; i < int(Markers.size()); ++i) {
-        const Marker &marker = Markers.at(size_t(i));
-        const QString path = QString::fromLatin1(marker.path);
-        for (const char *error : {"EIO", "EROFS", "EACCES", "EPERM"})
-            row(i, false, "unlink", path, error);
-        for (const char *error : {"EIO", "EROFS", "EACCES", "EMFILE", "ENFILE", "ENOSPC"})
-            row(i, true, "openat", path, error);
-        for (const char *error : {"EIO", "EROFS", "EACCES", "ENOSPC"})
-            row(i, true, "mkdir", directoryOf(marker), error);
+    for (const Marker &marker : Markers) {
+        for (const auto error : {"EIO", "EROFS", "EACCES", "EPERM"})
+            row({&marker, false, QStringLiteral("unlink"), marker.file(), QLatin1String(error)});
+        for (const auto error : {"EIO", "EROFS", "EACCES", "EMFILE", "ENFILE", "ENOSPC"})
+            row({&marker, true, QStringLiteral("openat"), marker.file(), QLatin1String(error)});
+        for (const auto error : {"EIO", "EROFS", "EACCES", "ENOSPC"})
+            row({&marker, true, QStringLiteral("mkdir"), marker.directory(), QLatin1String(error)});
     }
 }
 
 void TestFailingMarkers::failureIsReportedAndNothingElse()
 {
-    QFETCH(int, marker);
-    QFETCH(bool, isCreation);
-    QFETCH(QString, call);
-    QFETCH(QString, path);
-    QFETCH(QString, error);
-    const Marker &tested = Markers.at(size_t(marker));
-    const QString policy = QString::fromLatin1(tested.policy);
-    const bool value = isCreation == tested.isThereWhenAllowed;
+    QFETCH(Attempt, attempt);
+    const QString policy = attempt.policy();
+    const bool value = attempt.value();
     WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QCOMPARE(daemon.set(policy, value), QVariant(true));
     QCOMPARE(daemon.set(policy, !value), QVariant(true));
-    QCOMPARE(QFile::exists(QString::fromLatin1(tested.path)), !isCreation);
-    if (isCreation)
-        QVERIFY(QDir(directoryOf(tested)).removeRecursively());
+    QCOMPARE(attempt.isMarkerThere(), !attempt.isCreation);
+    if (attempt.isCreation)
+        QVERIFY(QDir(attempt.marker->directory()).removeRecursively());
     daemon.forget();
 
-    SystemCalls calls(daemon.process().processId(),
-                      SystemCalls::failing(call, QStringLiteral("1"), error, path));
+    SystemCalls calls(
+        daemon.process().processId(),
+        SystemCalls::failing(attempt.call, QStringLiteral("1"), attempt.error, attempt.path));
     const QVariant answer = daemon.set(policy, value);
     QCOMPARE(calls.end().filter(QStringLiteral("(INJECTED)")).size(), 1);
 
     QCOMPARE(answer, QVariant(true));
-    QCOMPARE(daemon.logged(), warningOf(tested, isCreation));
+    QCOMPARE(daemon.logged(), QStringList(attempt.warning()));
     QCOMPARE(daemon.said(),
              QStringList({daemon.event(policy, value ? No : Yes, value ? Yes : No),
                           daemon.announcement(policy, value), QStringLiteral("reply true")}));
     QCOMPARE(Files::values(PolicyFile).value(policy), value ? Yes : No);
     QCOMPARE(daemon.policy(policy), QVariant(value));
-    QCOMPARE(QFile::exists(QString::fromLatin1(tested.path)), !isCreation);
+    QCOMPARE(attempt.isMarkerThere(), !attempt.isCreation);
     // The next change finds its way again.
     QCOMPARE(daemon.set(policy, !value), QVariant(true));
     QCOMPARE(daemon.set(policy, value), QVariant(true));
-    QCOMPARE(QFile::exists(QString::fromLatin1(tested.path)), isCreation);
+    QCOMPARE(attempt.isMarkerThere(), attempt.isCreation);
 }
 
 void TestFailingMarkers::startGoesOnAfterAFailure()
 {
-    QFETCH(int, marker);
-    QFETCH(bool, isCreation);
-    QFETCH(QString, call);
-    QFETCH(QString, path);
-    QFETCH(QString, error);
-    const Marker &tested = Markers.at(size_t(marker));
-    const QString policy = QString::fromLatin1(tested.policy);
-    const bool value = isCreation == tested.isThereWhenAllowed;
+    QFETCH(Attempt, attempt);
+    const QString policy = attempt.policy();
+    const bool value = attempt.value();
     Files::write(PolicyFile,
-                 "[policy]\n" + QByteArray(tested.policy) + (value ? "=true\n" : "=false\n"));
-    if (!isCreation)
-        Files::write(QString::fromLatin1(tested.path), {});
+                 "[policy]\n" + QByteArray(attempt.marker->policy)
+                     + (value ? "=true\n" : "=false\n"));
+    if (!attempt.isCreation)
+        Files::write(attempt.marker->file(), {});
     WatchedDaemon daemon;
-    daemon.process().setWrapper(
-        SystemCalls::wrapper(SystemCalls::failing(call, QStringLiteral("1+"), error, path)));
+    daemon.process().setWrapper(SystemCalls::wrapper(
+        SystemCalls::failing(attempt.call, QStringLiteral("1+"), attempt.error, attempt.path)));
     QVERIFY(daemon.startObserved());
 
     // Each policy is carried out twice at start.
-    QStringList told = daemon.complaints().filter(warningOf(tested, isCreation).first());
+    QStringList told = daemon.complaints().filter(attempt.warning());
     QCOMPARE(told.size(), 2);
-    QCOMPARE(QFile::exists(QString::fromLatin1(tested.path)), !isCreation);
+    QCOMPARE(attempt.isMarkerThere(), !attempt.isCreation);
     QCOMPARE(daemon.policy(policy), QVariant(value));
     QCOMPARE(daemon.policy(QStringLiteral("VpnEnabled")), QVariant(true));
     QCOMPARE(daemon.set(QStringLiteral("VpnEnabled"), false), QVariant(true));
