@@ -162,7 +162,7 @@ void TestDamagedFiles::changedByteConcernsItsOwnLineOnly()
         if (QTest::currentTestFailed())
             return;
     }
-    qInfo("%d changed files, a daemon for each %dth", int(content.size() * kinds), step);
+    qInfo("%d changed files, one in %d met by a daemon, too", int(content.size() * kinds), step);
 }
 
 void TestDamagedFiles::cutConcernsWhatIsCutOffOnly()
