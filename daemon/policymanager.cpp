@@ -18,7 +18,8 @@ namespace {
 const QString UserReportKey = QStringLiteral("UserReportExportEnabled");
 
 /// Whether user reports may be exported unless somebody decides otherwise: only from a device that
-/// says that its operating system is not certified. An answer that is no boolean says nothing.
+/// says that its operating system is not certified. Numbers and texts count as Qt reads them as
+/// booleans; any other answer says nothing.
 bool userReportDefault()
 {
     QDBusInterface features = neighbour(Names::DeviceFeatureProperties);
@@ -83,7 +84,7 @@ void PolicyManager::storeDefaults()
 void PolicyManager::setupPolicies()
 {
     static const QMetaEnum types = PolicyTypes::enumeration();
-    for (int value = 1; value < types.keyCount(); ++value) {
+    for (int value = 1; value < types.keyCount(); ++value) { // 0 is "no policy"; none is left out
         const QString key = typeToKey(static_cast<PolicyType>(value));
         enforcePolicy(key, policyValue(key).toBool());
     }

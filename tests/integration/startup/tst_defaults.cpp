@@ -182,7 +182,9 @@ void TestDefaults::userReportsFollowTheCertificate_data()
     QTest::newRow("answer without a value") << false << Fault::wrongAnswer({}) << false;
     QTest::newRow("answer that is no variant") << false << Fault::wrongAnswer({false}) << false;
     QTest::newRow("text") << false << variant(QStringLiteral("no certificate")) << false;
+    QTest::newRow("text that reads as false") << true << variant(QStringLiteral("false")) << true;
     QTest::newRow("number") << false << variant(1) << false;
+    QTest::newRow("number that reads as false") << true << variant(0) << true;
     QTest::newRow("list") << false << variant(QStringList()) << false;
     QTest::newRow("map") << false << variant(QVariantMap()) << false;
 }
