@@ -5,7 +5,8 @@
 
 #include <QString>
 
-/// Every name that the daemon shares with the world outside: bus names, files, groups, keys.
+/// The names by which the daemon knows the world outside: services, files, user groups, key-file
+/// groups. What only one handler says to its service stands in that handler.
 ///
 /// The constants are inline, so that in each file they are built before everything that follows
 /// and uses them, the static dispatch tables included.

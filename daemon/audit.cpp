@@ -10,7 +10,7 @@ namespace {
 
 QString toText(const QVariant &value)
 {
-    // Qt takes a byte for a character, and one of them ends the line in the system log.
+    // Qt would turn a byte into the character of that number, and 0 would cut off the line.
     return value.userType() == QMetaType::UChar ? QString::number(value.toUInt())
                                                 : value.toString();
 }
@@ -23,7 +23,8 @@ void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
                                    const QVariant &oldValue)
 {
     const QVariant old = oldValue.isNull() ? policyValue(key) : oldValue;
-    // Filled in one after the other, so a "%" in the key can be filled too: the text is fixed so.
+    // One at a time on purpose: a "%2" in the key is filled in as well, and readers of the log know
+    // the text so.
     const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
                              .arg(key)
                              .arg(toText(old))

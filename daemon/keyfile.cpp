@@ -40,6 +40,8 @@ QString quoted(const QString &text)
     return result;
 }
 
+/// What would end a line or a key, begin a group, or name a translation: such a key could change
+/// others, or be taken for them.
 bool isForbidden(QChar character)
 {
     return character.category() == QChar::Other_Control

@@ -5,7 +5,8 @@
 
 #include <systemsettings/partitionmanager.h>
 
-/// Announces the partitions that appear while the daemon runs, and unmounts them if need be.
+/// Announces the partitions that appear while the daemon runs; processPartition() unmounts through
+/// it. It begins with the event loop, so it can be there before the application object.
 extern PartitionManager partitionManager;
 
 #endif
