@@ -3,7 +3,7 @@
 #include "plugincheck/lockcheck.h"
 
 #include "daemon/policytypes.h"
-#include "plugincheck/policylist.h"
+#include "plugincheck/namelist.h"
 #include "plugincheck/report.h"
 #include "restriction/sourcerestriction.h"
 
@@ -30,10 +30,10 @@ void checkPolicies(const QStringList &policies, Report &report)
                                        "this platform")
                             .arg(policy));
     }
-    const QSet<QString> twice = repeated<QString>(policies);
+    const QStringList twice = repeated(policies);
     if (!twice.isEmpty())
         report.note(QStringLiteral("supportedPolicies() lists more than once: ")
-                    + enumerated(twice.values()));
+                    + enumerated(twice));
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include "common/names.h"
 #include "daemon/policytypes.h"
-#include "plugincheck/policylist.h"
+#include "plugincheck/namelist.h"
 #include "plugincheck/report.h"
 
 #include <QFileInfo>
@@ -22,8 +22,7 @@ QStringList checkPolicies(const QString &key, const QList<int> &types, Report &r
         if (type == PolicyTypes::None || name.isEmpty())
             report.warn(QStringLiteral("the switch \"%1\" governs number %2, which is no policy of "
                                        "this platform")
-                            .arg(key)
-                            .arg(type));
+                            .arg(key, QString::number(type)));
         else
             names.append(name);
     }
@@ -78,9 +77,9 @@ void checkSwitches(Pellora::AccessSwitchPlugin &plugin, const QFileInfo &file, R
     if (isAnnounced)
         report.fail(QStringLiteral("keyValue() or keyPolicyTypes() emits keyValueChanged(): the "
                                    "daemon would wait for itself"));
-    const QSet<QString> twice = repeated<QString>(governed);
+    const QStringList twice = repeated(governed);
     if (!twice.isEmpty())
         report.warn(QStringLiteral("governed more than once, so that which switch is enforced is "
                                    "left to chance: ")
-                    + enumerated(twice.values()));
+                    + enumerated(twice));
 }

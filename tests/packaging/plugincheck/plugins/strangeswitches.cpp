@@ -17,7 +17,8 @@ public:
     int setKeyValue(const QString & /*key*/, const QVariant & /*value*/) override { return 0; }
     QHash<QString, QList<int>> keyPolicyTypes() const override
     {
-        return {{QStringLiteral("a"), {1}},
+        return {{QStringLiteral("%2"), {999}},
+                {QStringLiteral("a"), {1}},
                 {QStringLiteral("b"), {1, 0, 999}},
                 {QStringLiteral("c"), {}}};
     }
