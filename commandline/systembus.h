@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVD_COMMON_SYSTEMBUS_H
-#define GOVD_COMMON_SYSTEMBUS_H
+#ifndef GOVD_COMMANDLINE_SYSTEMBUS_H
+#define GOVD_COMMANDLINE_SYSTEMBUS_H
 
 #include <QDeadlineTimer>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "daemon/shutdown.h"
+#include "common/shutdown.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVD_DAEMON_SHUTDOWN_H
-#define GOVD_DAEMON_SHUTDOWN_H
+#ifndef GOVD_COMMON_SHUTDOWN_H
+#define GOVD_COMMON_SHUTDOWN_H
 
 #include <QObject>
 #include <QScopedPointer>

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "common/names.h"
+#include "common/shutdown.h"
 #include "daemon/busthread.h"
 #include "daemon/policymanager.h"
 #include "daemon/removablestorage.h"
-#include "daemon/shutdown.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -15,15 +15,7 @@ Result<Request> parseCommandLine(const QStringList &arguments);
 /// The name of the verb in @p arguments, even if they are wrong otherwise; null when there is none.
 QString namedVerb(const QStringList &arguments);
 
-/// Whether @p arguments ask for JSON, even if they are wrong in other respects.
-bool asksForJson(const QStringList &arguments);
-
 /// The help for @p verb, or for the whole program when it is null.
 QString helpText(const Verb *verb);
-
-/// The failure that names an unknown @p name of some @p kind, with the nearest of @p known, or with
-/// the @p hint where to find them when none is near.
-Failure unknownName(const QString &failure, const QString &kind, const QString &name,
-                    const QStringList &known, const QString &hint);
 
 #endif

@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/commandqueue.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
 
 #include <unistd.h>
+#include <utility>
 
 CommandQueue::Process::Process(bool toStandardError)
     : m_toStandardError(toStandardError)

@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/completion.h"
 
+#include "commandline/text.h"
+#include "commandline/verbs.h"
 #include "govctl/knownpolicies.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 
 namespace {
@@ -51,7 +52,7 @@ void pass(Place &place, const QString &word)
         ++place.argument;
     } else {
         place.verbWords.append(word);
-        place.verb = findVerb(place.verbWords.join(QLatin1Char(' ')));
+        place.verb = findVerb(verbs(), place.verbWords.join(QLatin1Char(' ')));
     }
 }
 
@@ -68,9 +69,10 @@ QVector<Candidate> options(const Place &place)
 QVector<Candidate> verbWords(const Place &place)
 {
     QVector<Candidate> result;
-    for (const QString &name : verbContinuations(place.verbWords)) {
+    for (const QString &name : continuations(place.verbWords, namesOf(verbs()))) {
         const QString word = name.section(QLatin1Char(' '), 0, 0);
-        const Verb *verb = findVerb((place.verbWords + QStringList{word}).join(QLatin1Char(' ')));
+        const Verb *verb =
+            findVerb(verbs(), (place.verbWords + QStringList{word}).join(QLatin1Char(' ')));
         if (result.isEmpty() || result.last().word != word)
             result.append({word, verb ? verb->summary : Text::tr("Read or change switches.")});
     }

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/daemon.h"
 
+#include "commandline/systembus.h"
 #include "common/names.h"
-#include "common/systembus.h"
 #include "govctl/daemonfailure.h"
 
 #include <QDBusError>
@@ -54,7 +54,7 @@ void Daemon::settle(const QDBusConnection &bus)
 
 Result<Daemon::Owner> Daemon::findOwner()
 {
-    if (const std::optional<Failure> failure = connectToBus())
+    if (const Outcome failure = connectToBus())
         return *failure;
     const Result<QVariant> connection = askBus(QStringLiteral("GetNameOwner"), Names::Service);
     if (!connection)
@@ -111,7 +111,7 @@ Result<QVector<Daemon::Switch>> Daemon::readSwitches(const QStringList &keys)
             {send(SwitchInterface, KeyValue, {key}), send(SwitchInterface, KeyPolicyTypes, {key})});
 
     QVector<Switch> result;
-    std::optional<Failure> failure;
+    Outcome failure;
     for (int i = 0; i < keys.size(); ++i) {
         const auto value = await(calls[i].first, {QStringLiteral("v")});
         const auto types = await(calls[i].second, {QStringLiteral("ai")});
@@ -135,7 +135,7 @@ Result<bool> Daemon::setSwitch(const QString &key, bool value)
     return write(SwitchInterface, key, value);
 }
 
-std::optional<Failure> Daemon::connectToBus()
+Outcome Daemon::connectToBus()
 {
     if (!SystemBus::connect(m_deadline))
         return noAnswer();

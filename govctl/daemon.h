@@ -3,7 +3,7 @@
 #ifndef GOVCTL_DAEMON_H
 #define GOVCTL_DAEMON_H
 
-#include "govctl/result.h"
+#include "commandline/result.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -79,7 +79,7 @@ public:
     static const QString SwitchInterface;
 
 private:
-    std::optional<Failure> connectToBus();
+    Outcome connectToBus();
     Result<QVariant> askBus(const QString &method, const QString &argument);
     QDBusPendingCall send(const QString &interface, const QString &method,
                           const QVariantList &arguments) const;

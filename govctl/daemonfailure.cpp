@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/daemonfailure.h"
 
+#include "commandline/text.h"
 #include "common/names.h"
-#include "govctl/text.h"
 
 #include <QDBusError>
 

@@ -3,7 +3,7 @@
 #ifndef GOVCTL_DAEMONFAILURE_H
 #define GOVCTL_DAEMONFAILURE_H
 
-#include "govctl/result.h"
+#include "commandline/result.h"
 
 class QDBusError;
 

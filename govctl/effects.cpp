@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/effects.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
+#include "daemon/policytypes.h"
 
 namespace {
 
 /// One action of the daemon for one policy; an empty text means that it does nothing.
 struct Effect
 {
-    int type; // as numbers, because each platform names the policies as it likes
+    PolicyType type;
     const char *whenOn;
     const char *whenOff;
 };
@@ -17,49 +18,51 @@ struct Effect
 const char *const Nothing = "";
 
 const Effect effects[] = {
-    {1,
-     QT_TRANSLATE_NOOP("govctl",
+    {PolicyTypes::Camera,
+     QT_TRANSLATE_NOOP("govd",
                        "creates /var/lib/govd/camera_enabled, the sign for camera programs"),
-     QT_TRANSLATE_NOOP("govctl",
+     QT_TRANSLATE_NOOP("govd",
                        "removes /var/lib/govd/camera_enabled, the sign for camera programs")},
-    {1, QT_TRANSLATE_NOOP("govctl", "lets org.kvt.cameralockscreen and org.kvt.camera start again"),
-     QT_TRANSLATE_NOOP("govctl", "forbids org.kvt.cameralockscreen and org.kvt.camera to start")},
-    {8, Nothing, QT_TRANSLATE_NOOP("govctl", "switches tethering over Wi-Fi off")},
-    {13, QT_TRANSLATE_NOOP("govctl", "allows the USB mode developer_mode"),
-     QT_TRANSLATE_NOOP("govctl", "forbids the USB mode developer_mode")},
-    {14, QT_TRANSLATE_NOOP("govctl", "allows the USB mode mtp_mode"),
-     QT_TRANSLATE_NOOP("govctl", "forbids the USB mode mtp_mode")},
-    {20, QT_TRANSLATE_NOOP("govctl", "switches the microphone on"),
-     QT_TRANSLATE_NOOP("govctl", "switches the microphone off")},
-    {29, Nothing,
-     QT_TRANSLATE_NOOP("govctl", "ends org.kvt.browserstandalone and org.kvt.browserpwa")},
-    {29,
-     QT_TRANSLATE_NOOP("govctl",
-                       "lets org.kvt.browserstandalone and org.kvt.browserpwa start again"),
-     QT_TRANSLATE_NOOP("govctl",
+    {PolicyTypes::Camera,
+     QT_TRANSLATE_NOOP("govd", "lets org.kvt.cameralockscreen and org.kvt.camera start again"),
+     QT_TRANSLATE_NOOP("govd", "forbids org.kvt.cameralockscreen and org.kvt.camera to start")},
+    {PolicyTypes::InternetSharing, Nothing,
+     QT_TRANSLATE_NOOP("govd", "switches tethering over Wi-Fi off")},
+    {PolicyTypes::UsbDeveloperMode, QT_TRANSLATE_NOOP("govd", "allows the USB mode developer_mode"),
+     QT_TRANSLATE_NOOP("govd", "forbids the USB mode developer_mode")},
+    {PolicyTypes::UsbMediaTransfer, QT_TRANSLATE_NOOP("govd", "allows the USB mode mtp_mode"),
+     QT_TRANSLATE_NOOP("govd", "forbids the USB mode mtp_mode")},
+    {PolicyTypes::Microphone, QT_TRANSLATE_NOOP("govd", "switches the microphone on"),
+     QT_TRANSLATE_NOOP("govd", "switches the microphone off")},
+    {PolicyTypes::Browser, Nothing,
+     QT_TRANSLATE_NOOP("govd", "ends org.kvt.browserstandalone and org.kvt.browserpwa")},
+    {PolicyTypes::Browser,
+     QT_TRANSLATE_NOOP("govd", "lets org.kvt.browserstandalone and org.kvt.browserpwa start again"),
+     QT_TRANSLATE_NOOP("govd",
                        "forbids org.kvt.browserstandalone and org.kvt.browserpwa to start")},
-    {32, Nothing,
-     QT_TRANSLATE_NOOP("govctl",
-                       "unmounts memory cards, those that are plugged in later included")},
-    {33, Nothing,
-     QT_TRANSLATE_NOOP("govctl", "unmounts USB storage, also what is plugged in later")},
-    {35, QT_TRANSLATE_NOOP("govctl", "lets voicecall-ui start again"),
-     QT_TRANSLATE_NOOP("govctl", "forbids voicecall-ui to start")},
-    {36, Nothing, QT_TRANSLATE_NOOP("govctl", "ends org.kvt.messages")},
-    {36, QT_TRANSLATE_NOOP("govctl", "lets org.kvt.messages start again"),
-     QT_TRANSLATE_NOOP("govctl", "forbids org.kvt.messages to start")},
-    {39, QT_TRANSLATE_NOOP("govctl", "removes /var/lib/devel-su/.disable, so devel-su works"),
-     QT_TRANSLATE_NOOP("govctl", "creates /var/lib/devel-su/.disable, so devel-su is disabled")},
-    {41,
-     QT_TRANSLATE_NOOP("govctl",
+    {PolicyTypes::MemoryCard, Nothing,
+     QT_TRANSLATE_NOOP("govd", "unmounts memory cards, those that are plugged in later included")},
+    {PolicyTypes::UsbStorage, Nothing,
+     QT_TRANSLATE_NOOP("govd", "unmounts USB storage, also what is plugged in later")},
+    {PolicyTypes::VoiceCalls, QT_TRANSLATE_NOOP("govd", "lets voicecall-ui start again"),
+     QT_TRANSLATE_NOOP("govd", "forbids voicecall-ui to start")},
+    {PolicyTypes::Messages, Nothing, QT_TRANSLATE_NOOP("govd", "ends org.kvt.messages")},
+    {PolicyTypes::Messages, QT_TRANSLATE_NOOP("govd", "lets org.kvt.messages start again"),
+     QT_TRANSLATE_NOOP("govd", "forbids org.kvt.messages to start")},
+    {PolicyTypes::DeveloperShell,
+     QT_TRANSLATE_NOOP("govd", "removes /var/lib/devel-su/.disable, so devel-su works"),
+     QT_TRANSLATE_NOOP("govd", "creates /var/lib/devel-su/.disable, so devel-su is disabled")},
+    {PolicyTypes::UserReport,
+     QT_TRANSLATE_NOOP("govd",
                        "creates /var/lib/govd/user_report_enabled, the sign for user reports"),
-     QT_TRANSLATE_NOOP("govctl",
+     QT_TRANSLATE_NOOP("govd",
                        "removes /var/lib/govd/user_report_enabled, the sign for user reports")},
-    {42, Nothing, QT_TRANSLATE_NOOP("govctl", "switches remote access in developer mode off")},
-    {42, QT_TRANSLATE_NOOP("govctl", "allows the USB mode developer_mode"),
-     QT_TRANSLATE_NOOP("govctl", "forbids the USB mode developer_mode")},
-    {45, QT_TRANSLATE_NOOP("govctl", "switches USB devices on"),
-     QT_TRANSLATE_NOOP("govctl", "switches USB devices off")},
+    {PolicyTypes::DeveloperMode, Nothing,
+     QT_TRANSLATE_NOOP("govd", "switches remote access in developer mode off")},
+    {PolicyTypes::DeveloperMode, QT_TRANSLATE_NOOP("govd", "allows the USB mode developer_mode"),
+     QT_TRANSLATE_NOOP("govd", "forbids the USB mode developer_mode")},
+    {PolicyTypes::UsbDevices, QT_TRANSLATE_NOOP("govd", "switches USB devices on"),
+     QT_TRANSLATE_NOOP("govd", "switches USB devices off")},
 };
 
 } // namespace

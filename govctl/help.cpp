@@ -1,34 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/help.h"
+#include "commandline/text.h"
+#include "commandline/verbs.h"
 #include "govctl/commandline.h"
-#include "govctl/text.h"
 
 #include <QCommandLineParser>
-
-namespace {
-
-QString verbTable()
-{
-    QString result = Text::tr("Verbs:") + QLatin1Char('\n');
-    for (const Verb &verb : verbs()) {
-        QStringList syntax{verb.name};
-        for (const Argument &argument : verb.arguments)
-            syntax.append(argument.syntax());
-        result +=
-            QStringLiteral("  %1 %2\n").arg(syntax.join(QLatin1Char(' ')), -24).arg(verb.summary);
-    }
-    return result;
-}
-
-/// The usage line of Qt's text names the program alone.
-QString withVerb(const QString &text, const QString &verb)
-{
-    const QString program = QCoreApplication::arguments().constFirst();
-    QString result = text;
-    return result.insert(text.indexOf(program) + program.size(), QLatin1Char(' ') + verb);
-}
-
-} // namespace
 
 QString Argument::syntax() const
 {
@@ -63,16 +40,17 @@ QString Argument::description() const
 QString helpText(const Verb *verb)
 {
     QCommandLineParser parser;
-    if (verb)
-        parser.addOptions(verb->options);
-    parser.addOptions(commonOptions());
     if (!verb) {
+        parser.addOptions(commonOptions());
         parser.setApplicationDescription(Text::tr("Reads and changes what this device allows."));
-        return withVerb(parser.helpText(), Text::tr("VERB")) + QLatin1Char('\n') + verbTable()
-            + Text::tr("\n\"govctl VERB --help\" and govctl(1) say more.\n");
+        QVector<std::pair<QString, QString>> rows;
+        for (const Verb &row : verbs())
+            rows.append({formOf(row), row.summary});
+        return programHelp(parser, rows, 24);
     }
+    parser.addOptions(verb->options + commonOptions());
     parser.setApplicationDescription(verb->summary);
     for (const Argument &argument : verb->arguments)
         parser.addPositionalArgument(argument.syntax(), argument.description(), argument.syntax());
-    return withVerb(parser.helpText(), verb->name);
+    return verbHelp(parser, verb->name);
 }

@@ -10,7 +10,7 @@ struct Inspection
 {
     std::optional<Daemon::Owner> owner; ///< of the daemon's name, whoever it is
     std::optional<Snapshot> snapshot; ///< of all policies
-    std::optional<Failure> failure; ///< nothing when all was found out
+    Outcome failure; ///< nothing when all was found out
 
     /// The owner for programs; null when there is none.
     QJsonValue ownerToJson() const;

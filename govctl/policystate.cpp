@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/policystate.h"
 
+#include "commandline/text.h"
 #include "common/names.h"
 #include "govctl/knownpolicies.h"
-#include "govctl/text.h"
 
 #include <QJsonArray>
 

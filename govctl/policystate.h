@@ -4,7 +4,7 @@
 #define GOVCTL_POLICYSTATE_H
 
 #include "govctl/daemon.h"
-#include "govctl/storedpolicies.h"
+#include "govctl/storedvalues.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -48,7 +48,8 @@ struct PolicyState
 /// The reason as one word for programs.
 QString reasonName(Reason reason);
 
-/// The policies that were asked for, all switches, and the file, as of one moment.
+/// The policies that were asked for, all switches, and the file. They are read one after the other,
+/// so what changes meanwhile can show in one and not in another.
 struct Snapshot
 {
     StoredValues file;

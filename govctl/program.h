@@ -3,7 +3,7 @@
 #ifndef GOVCTL_PROGRAM_H
 #define GOVCTL_PROGRAM_H
 
-#include "govctl/result.h"
+#include "commandline/result.h"
 
 #include <QStringList>
 

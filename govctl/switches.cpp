@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/switches.h"
 
-#include "govctl/commandline.h"
+#include "commandline/text.h"
+#include "commandline/usage.h"
 #include "govctl/knownpolicies.h"
-#include "govctl/text.h"
 
 #include <QJsonArray>
 
@@ -25,7 +25,7 @@ QJsonObject toJson(const Daemon::Switch &governor)
     };
 }
 
-std::optional<Failure> checkSwitch(const QString &key, const QStringList &known)
+Outcome checkSwitch(const QString &key, const QStringList &known)
 {
     if (known.contains(key))
         return std::nullopt;

@@ -13,6 +13,6 @@ QStringList governedPolicies(const Daemon::Switch &governor);
 QJsonObject toJson(const Daemon::Switch &governor);
 
 /// Fails when @p key is none of the switches @p known.
-std::optional<Failure> checkSwitch(const QString &key, const QStringList &known);
+Outcome checkSwitch(const QString &key, const QStringList &known);
 
 #endif

@@ -3,31 +3,23 @@
 #ifndef GOVCTL_VERB_H
 #define GOVCTL_VERB_H
 
-#include "govctl/output.h"
-#include "govctl/result.h"
+#include "commandline/output.h"
+#include "commandline/parser.h"
 
 #include <QCommandLineOption>
-#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 
-#include <chrono>
 #include <optional>
 
 struct Verb;
 
 /// What the user asked for: a verb with checked arguments.
-struct Request
+struct Request : ParsedLine
 {
     const Verb *verb = nullptr;
-    QStringList arguments;
-    QHash<QString, QString> options; ///< by the first name; flags have an empty value
-    std::chrono::milliseconds timeout{0};
-    bool json = false;
-
-    bool has(const QString &option) const { return options.contains(option); }
 
     /// The argument @p index, of the kind Value.
     bool value(int index) const;
@@ -62,12 +54,6 @@ struct Verb
 
 /// All verbs, in the order of the help.
 const QVector<Verb> &verbs();
-
-/// The verb @p name, or null.
-const Verb *findVerb(const QString &name);
-
-/// What may follow @p words on the way to the name of a verb; empty when nothing may.
-QStringList verbContinuations(const QStringList &words);
 
 /// The options that every verb has.
 const QList<QCommandLineOption> &commonOptions();

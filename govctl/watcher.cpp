@@ -40,7 +40,7 @@ Watcher::~Watcher()
     Daemon::settle(QDBusConnection::systemBus());
 }
 
-std::optional<Failure> Watcher::start(std::chrono::milliseconds timeout)
+Outcome Watcher::start(std::chrono::milliseconds timeout)
 {
     Daemon daemon(timeout);
     if (const Result<Daemon::Owner> owner = daemon.open(); !owner)

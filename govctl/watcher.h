@@ -36,7 +36,7 @@ public:
 
     /// Finds the daemon, begins to follow it, and makes sure that it answers. Nothing is missed
     /// that happens after this has returned.
-    std::optional<Failure> start(std::chrono::milliseconds timeout);
+    Outcome start(std::chrono::milliseconds timeout);
 
 Q_SIGNALS:
     void happened(const Event &event);

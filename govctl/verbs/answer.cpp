@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/text.h"
 #include "govctl/policystate.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 
 ExitCode Verbs::answer(const Request &request, Output &output, std::optional<bool> value)

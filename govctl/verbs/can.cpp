@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/text.h"
 #include "common/names.h"
 #include "govctl/caller.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/text.h"
 #include "govctl/effects.h"
 #include "govctl/policystate.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 
 #include <QJsonArray>
@@ -11,7 +11,7 @@ namespace {
 
 QString row(const QString &name, const QString &text)
 {
-    return QStringLiteral("  %1 %2\n").arg(name, -13).arg(text);
+    return QStringLiteral("  %1 %2\n").arg(name.leftJustified(13), text);
 }
 
 QString storedText(const PolicyState &policy, const StoredValues &file)

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/text.h"
 #include "common/names.h"
 #include "govctl/inspection.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 
 #include <QJsonArray>
@@ -23,7 +23,7 @@ QVector<PolicyState> differences(const Inspection &inspection)
 
 QString row(const QString &name, const QString &text)
 {
-    return QStringLiteral("%1 %2\n").arg(name, -9).arg(text);
+    return QStringLiteral("%1 %2\n").arg(name.leftJustified(9), text);
 }
 
 QString ownerText(const Inspection &inspection)

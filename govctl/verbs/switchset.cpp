@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/text.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
 #include "govctl/switches.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 
 #include <QJsonArray>

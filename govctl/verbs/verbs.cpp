@@ -1,18 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/text.h"
+#include "commandline/options.h"
+#include "commandline/text.h"
 #include "govctl/verb.h"
-
-#include <algorithm>
 
 namespace {
 
 using Kind = Argument::Kind;
-
-QCommandLineOption flag(const QStringList &names, const QString &description)
-{
-    return {names, description};
-}
 
 QCommandLineOption keysOption()
 {
@@ -116,37 +110,9 @@ const QVector<Verb> &verbs()
     return all;
 }
 
-const Verb *findVerb(const QString &name)
-{
-    const auto found = std::find_if(verbs().begin(), verbs().end(),
-                                    [&name](const Verb &verb) { return verb.name == name; });
-    return found == verbs().end() ? nullptr : &*found;
-}
-
-QStringList verbContinuations(const QStringList &words)
-{
-    QString prefix;
-    for (const QString &word : words)
-        prefix += word + QLatin1Char(' ');
-    QStringList result;
-    for (const Verb &verb : verbs()) {
-        if (verb.name.startsWith(prefix))
-            result.append(verb.name.mid(prefix.size()));
-    }
-    return result;
-}
-
 const QList<QCommandLineOption> &commonOptions()
 {
-    static const QList<QCommandLineOption> all{
-        flag({QStringLiteral("json")},
-             Text::tr("Write JSON to standard output, failures included, and nothing else.")),
-        {QStringLiteral("timeout"),
-         Text::tr("How long to wait for all answers together (default: 5)."),
-         QStringLiteral("SECONDS"), QStringLiteral("5")},
-        flag({QStringLiteral("h"), QStringLiteral("help")}, Text::tr("Print help and exit.")),
-        flag({QStringLiteral("v"), QStringLiteral("version")},
-             Text::tr("Print the version and exit.")),
-    };
+    static const QList<QCommandLineOption> all =
+        sharedOptions(Text::tr("How long to wait for all answers together (default: 5)."));
     return all;
 }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "commandline/text.h"
 #include "common/names.h"
 #include "govctl/commandqueue.h"
 #include "govctl/daemonfailure.h"
-#include "govctl/text.h"
 #include "govctl/verb.h"
 #include "govctl/watcher.h"
 
@@ -55,7 +55,7 @@ Session::Session(const Request &request, Output &output)
     , m_output(output)
     , m_once(request.has(QStringLiteral("once")))
     , m_hasCommand(request.has(QStringLiteral("exec")))
-    , m_commands(request.options.value(QStringLiteral("exec")), request.json)
+    , m_commands(request.options.value(QStringLiteral("exec")), request.isJson())
 {
     QObject::connect(&m_watcher, &Watcher::happened, &m_loop,
                      [this](const Event &event) { onEvent(event); });

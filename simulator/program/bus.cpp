@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/bus.h"
 
-#include "common/systembus.h"
-#include "govctl/text.h"
+#include "commandline/systembus.h"
+#include "commandline/text.h"
 
 #include <QDBusConnection>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/calllog.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
 
 #include <QJsonDocument>
 
@@ -47,22 +47,22 @@ QJsonObject toJson(const Happening &happening)
 
 } // namespace
 
-CallLog::CallLog(Console &console)
-    : m_console(console)
+CallLog::CallLog(Output &output)
+    : m_output(output)
 {
 }
 
 void CallLog::print(const Happening &happening)
 {
-    m_console.write(toJson(happening), toText(happening));
+    m_output.write(ExitCode::Done, toJson(happening), toText(happening));
 }
 
 QString CallLog::toText(const Happening &happening) const
 {
     const QString time = happening.time.toString(QStringLiteral("hh:mm:ss.zzz"));
     return QStringLiteral("%1  %2 %3  %4\n")
-        .arg(m_console.paint(Console::Style::Faint, time),
-             m_console.paint(Console::Style::Strong, happening.origin.leftJustified(OriginWidth)),
+        .arg(m_output.paint(Output::Style::Faint, time),
+             m_output.paint(Output::Style::Strong, happening.origin.leftJustified(OriginWidth)),
              whatText(happening).leftJustified(WhatWidth), outcomeOf(happening));
 }
 
@@ -70,14 +70,14 @@ QString CallLog::outcomeOf(const Happening &happening) const
 {
     QStringList parts;
     if (!happening.errorName.isEmpty())
-        parts.append(m_console.paint(Console::Style::Bad,
-                                     happening.errorName.section(QLatin1Char('.'), -1)));
+        parts.append(
+            m_output.paint(Output::Style::Bad, happening.errorName.section(QLatin1Char('.'), -1)));
     for (const Change &change : happening.changes)
-        parts.append(m_console.paint(
-            Console::Style::Good,
+        parts.append(m_output.paint(
+            Output::Style::Good,
             QStringLiteral("%1: %2 -> %3").arg(change.key, change.before, change.now)));
     if (parts.isEmpty())
-        parts.append(m_console.paint(Console::Style::Faint, QStringLiteral("-")));
+        parts.append(m_output.paint(Output::Style::Faint, QStringLiteral("-")));
     return parts.join(QStringLiteral(", "));
 }
 

@@ -3,7 +3,7 @@
 #ifndef GOVD_SIMULATOR_PROGRAM_CALLLOG_H
 #define GOVD_SIMULATOR_PROGRAM_CALLLOG_H
 
-#include "simulator/program/console.h"
+#include "commandline/output.h"
 #include "simulator/program/device.h"
 
 namespace Simulator {
@@ -12,7 +12,7 @@ namespace Simulator {
 class CallLog
 {
 public:
-    explicit CallLog(Console &console);
+    explicit CallLog(Output &output);
 
     void print(const Happening &happening);
 
@@ -20,7 +20,7 @@ private:
     QString toText(const Happening &happening) const;
     QString outcomeOf(const Happening &happening) const;
 
-    Console &m_console;
+    Output &m_output;
 };
 
 } // namespace Simulator

@@ -16,17 +16,11 @@ Result<Request> parseCommandLine(const QStringList &arguments);
 /// The name of the verb in @p arguments, even if they are wrong otherwise; null when there is none.
 QString namedVerb(const QStringList &arguments);
 
-/// Whether @p arguments ask for JSON, even if they are wrong in other respects.
-bool asksForJson(const QStringList &arguments);
-
 /// The help for @p verb, or for the whole program when it is null.
 QString helpText(const Verb *verb);
 
-/// The failure of a command line that is wrong.
-Failure usageFailure(const QString &message);
-
 /// The failure that names an unknown @p name of some @p kind, with the nearest of @p known, or with
-/// all of them when none is near and they are few.
+/// all of them when none is near.
 Failure unknownName(const QString &kind, const QString &name, const QStringList &known);
 
 } // namespace Simulator

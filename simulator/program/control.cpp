@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/control.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
 #include "simulator/program/applications.h"
 #include "simulator/program/controlnames.h"
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/facts.h"
 
+#include "commandline/text.h"
 #include "simulator/program/applications.h"
 #include "simulator/program/neighbours.h"
 
@@ -13,11 +14,6 @@ namespace {
 const QString Yes = QStringLiteral("yes");
 const QString No = QStringLiteral("no");
 const QString Absent = QStringLiteral("absent");
-
-QString onOff(const QJsonValue &value)
-{
-    return value.toBool() ? QStringLiteral("on") : QStringLiteral("off");
-}
 
 void addStorage(Facts &facts, const QJsonArray &storage)
 {
@@ -93,13 +89,13 @@ const FactRow *findFactRow(const QString &word)
 Facts factsOf(const QJsonObject &state)
 {
     Facts facts{
-        {QStringLiteral("camera"), onOff(state[QStringLiteral("camera")])},
+        {QStringLiteral("camera"), onOff(state[QStringLiteral("camera")].toBool())},
         {QStringLiteral("certified"), state[QStringLiteral("certified")].toBool() ? Yes : No},
         {QStringLiteral("events"), QString::number(state[QStringLiteral("eventCount")].toInt())},
-        {QStringLiteral("microphone"), onOff(state[QStringLiteral("microphone")])},
-        {QStringLiteral("remote-access"), onOff(state[QStringLiteral("remoteAccess")])},
-        {QStringLiteral("tethering"), onOff(state[QStringLiteral("tethering")])},
-        {QStringLiteral("usb"), onOff(state[QStringLiteral("usb")])},
+        {QStringLiteral("microphone"), onOff(state[QStringLiteral("microphone")].toBool())},
+        {QStringLiteral("remote-access"), onOff(state[QStringLiteral("remoteAccess")].toBool())},
+        {QStringLiteral("tethering"), onOff(state[QStringLiteral("tethering")].toBool())},
+        {QStringLiteral("usb"), onOff(state[QStringLiteral("usb")].toBool())},
     };
     addSet(facts, QStringLiteral("denied"), state[QStringLiteral("denylist")].toArray());
     addSet(facts, QStringLiteral("running"), state[QStringLiteral("running")].toArray());

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/neighbours.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
 
 namespace Simulator {
 

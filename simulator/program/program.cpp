@@ -2,41 +2,26 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/program.h"
 
+#include "commandline/program.h"
 #include "simulator/program/commandline.h"
 
-#include <QCoreApplication>
-
 namespace Simulator {
-namespace {
-
-/// Help and version are for people, with --json as without.
-ExitCode inform(const QString &text)
-{
-    Console console(false, {});
-    console.write({}, text);
-    return console.finish(ExitCode::Done);
-}
-
-} // namespace
 
 ExitCode runProgram(const QStringList &arguments)
 {
     const Result<Request> request = parseCommandLine(arguments);
     if (!request) {
-        Console console(asksForJson(arguments), namedVerb(arguments));
-        console.fail(request.failure());
-        return console.finish(request.failure().code);
+        Output output(asksForJson(arguments), namedVerb(arguments));
+        return output.finish(output.fail(request.failure()));
     }
     if (request->has(QStringLiteral("help")))
-        return inform(helpText(request->verb));
+        return printHelp(helpText(request->verb));
     if (request->has(QStringLiteral("version")))
-        return inform(QStringLiteral("govd-sim %1\n").arg(QCoreApplication::applicationVersion()));
+        return printVersion();
 
-    Console console(request->isJson(), request->verb->name);
-    const Outcome failure = request->verb->run(*request, console);
-    if (failure)
-        console.fail(*failure);
-    return console.finish(failure ? failure->code : ExitCode::Done);
+    Output output(request->isJson(), request->verb->name);
+    const Outcome failure = request->verb->run(*request, output);
+    return output.finish(failure ? output.fail(*failure) : ExitCode::Done);
 }
 
 } // namespace Simulator

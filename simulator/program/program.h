@@ -3,7 +3,7 @@
 #ifndef GOVD_SIMULATOR_PROGRAM_PROGRAM_H
 #define GOVD_SIMULATOR_PROGRAM_PROGRAM_H
 
-#include "govctl/result.h"
+#include "commandline/result.h"
 
 #include <QStringList>
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/remotedevice.h"
 
+#include "commandline/text.h"
 #include "common/names.h"
-#include "govctl/text.h"
 #include "simulator/program/bus.h"
 #include "simulator/program/controlnames.h"
 
@@ -14,6 +14,8 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QJsonDocument>
+
+#include <algorithm>
 
 namespace Simulator {
 namespace {

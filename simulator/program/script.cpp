@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/script.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
+#include "commandline/usage.h"
 #include "simulator/program/commandline.h"
 
 #include <QFile>

@@ -3,15 +3,15 @@
 #ifndef GOVD_SIMULATOR_PROGRAM_STATUSVIEW_H
 #define GOVD_SIMULATOR_PROGRAM_STATUSVIEW_H
 
-#include "simulator/program/console.h"
+#include "commandline/output.h"
 
 namespace Simulator {
 
-/// Draws the @p state of the device on one screen, in the colours of @p console.
-QString drawStatus(const QJsonObject &state, const Console &console);
+/// Draws the @p state of the device on one screen, in the colours of @p output.
+QString drawStatus(const QJsonObject &state, const Output &output);
 
 /// Draws the list of services in the @p state of the device.
-QString drawServices(const QJsonObject &state, const Console &console);
+QString drawServices(const QJsonObject &state, const Output &output);
 
 } // namespace Simulator
 

@@ -2,10 +2,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/storageports.h"
 
-#include "govctl/text.h"
+#include "commandline/text.h"
 #include "simulator/program/controlnames.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace Simulator {
 namespace {

@@ -3,33 +3,24 @@
 #ifndef GOVD_SIMULATOR_PROGRAM_VERB_H
 #define GOVD_SIMULATOR_PROGRAM_VERB_H
 
-#include "simulator/program/console.h"
+#include "commandline/output.h"
+#include "commandline/parser.h"
 
 #include <QCommandLineOption>
-#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
 #include <QVector>
-
-#include <chrono>
-#include <optional>
 
 namespace Simulator {
 
 struct Verb;
 
 /// What the user asked for: a verb with checked arguments.
-struct Request
+struct Request : ParsedLine
 {
     const Verb *verb = nullptr;
-    QStringList arguments;
-    QHash<QString, QString> options; ///< by the last name; flags have an empty value
-    std::chrono::milliseconds timeout{0};
-
-    bool has(const QString &option) const { return options.contains(option); }
-    bool isJson() const { return has(QStringLiteral("json")); }
 };
-
-/// Why a verb failed, if it did.
-using Outcome = std::optional<Failure>;
 
 /// A place on a verb's command line.
 struct Argument
@@ -55,26 +46,23 @@ struct Verb
     bool isForScripts; ///< whether a script can use it
     /// Tells what the rows cannot tell, before the arguments are counted; can be null.
     Outcome (*check)(const QStringList &arguments);
-    Outcome (*run)(const Request &request, Console &console);
+    Outcome (*run)(const Request &request, Output &output);
 };
 
 /// All verbs, in the order of the help.
 const QVector<Verb> &verbs();
-
-/// The verb @p name, or null.
-const Verb *findVerb(const QString &name);
 
 /// The options that every verb has.
 const QList<QCommandLineOption> &commonOptions();
 
 namespace Verbs {
 
-Outcome device(const Request &request, Console &console);
-Outcome status(const Request &request, Console &console);
-Outcome services(const Request &request, Console &console);
-Outcome order(const Request &request, Console &console);
-Outcome expect(const Request &request, Console &console);
-Outcome run(const Request &request, Console &console);
+Outcome device(const Request &request, Output &output);
+Outcome status(const Request &request, Output &output);
+Outcome services(const Request &request, Output &output);
+Outcome order(const Request &request, Output &output);
+Outcome expect(const Request &request, Output &output);
+Outcome run(const Request &request, Output &output);
 
 Outcome checkFail(const QStringList &arguments);
 Outcome checkExpect(const QStringList &arguments);

@@ -5,9 +5,10 @@
 //
 // An input is a command line with an argument on each line.
 #include "govctl/commandline.h"
+
+#include "commandline/text.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/program.h"
-#include "govctl/text.h"
 #include "tests/fuzz/check.h"
 
 #include <QCoreApplication>
@@ -90,12 +91,9 @@ void check(const QStringList &line)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
-    static int argc = 1;
-    static char name[] = "govctl";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
+    static QCoreApplication application(*argc, *argv);
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     qInstallMessageHandler(ignoreMessage);
     return 0;

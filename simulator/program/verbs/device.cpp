@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "daemon/shutdown.h"
-#include "govctl/text.h"
+#include "commandline/text.h"
+#include "common/shutdown.h"
 #include "simulator/program/bus.h"
 #include "simulator/program/calllog.h"
 #include "simulator/program/control.h"
@@ -39,7 +39,7 @@ Failure nameTaken(const QString &name)
 
 } // namespace
 
-Outcome Verbs::device(const Request &request, Console &console)
+Outcome Verbs::device(const Request &request, Output &output)
 {
     Shutdown::holdTerminationSignals();
     if (const Outcome failure = checkBus(request.timeout))
@@ -52,14 +52,14 @@ Outcome Verbs::device(const Request &request, Console &console)
     if (!control.appear())
         return nameTaken(control.name());
 
-    CallLog log(console);
+    CallLog log(output);
     QObject::connect(&device, &Device::happened, &device, [&](const Happening &happening) {
         log.print(happening);
-        if (!console.isOpen())
+        if (!output.isOpen())
             QCoreApplication::quit();
     });
     Shutdown shutdown(QCoreApplication::instance());
-    console.note(Text::tr("the device is on the bus"));
+    output.note(Text::tr("the device is on the bus"));
     QCoreApplication::exec();
     if (!QDBusConnection::systemBus().isConnected())
         return Bus::absence(Text::tr("the connection to the system bus was lost; check that dbus "

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/text.h"
+#include "commandline/text.h"
+#include "commandline/usage.h"
 #include "simulator/program/commandline.h"
 #include "simulator/program/facts.h"
 #include "simulator/program/remotedevice.h"
@@ -55,22 +56,25 @@ Result<QString> waitFor(const Expectation &expected, RemoteDevice &device)
 
 } // namespace
 
-Outcome Verbs::expect(const Request &request, Console &console)
+Outcome Verbs::expect(const Request &request, Output &output)
 {
     const Expectation expected(request.arguments);
     RemoteDevice device(request.timeout);
     const Result<QString> found = waitFor(expected, device);
     if (!found)
         return found.failure();
-    if (*found != expected.value)
-        return Failure{ExitCode::No,
-                       QStringLiteral("unexpected"),
-                       Text::tr("%1 is %2, not %3, after %4 s")
-                           .arg(printable(expected.key), *found, expected.value)
-                           .arg(static_cast<double>(request.timeout.count()) / 1000),
-                       {}};
-    console.write({{QStringLiteral("what"), expected.key}, {QStringLiteral("value"), *found}},
-                  QString());
+    if (*found != expected.value) {
+        const double seconds = static_cast<double>(request.timeout.count()) / 1000;
+        return Failure{
+            ExitCode::No,
+            QStringLiteral("unexpected"),
+            Text::tr("%1 is %2, not %3, after %4 s")
+                .arg(printable(expected.key), *found, expected.value, QString::number(seconds)),
+            {}};
+    }
+    output.write(ExitCode::Done,
+                 {{QStringLiteral("what"), expected.key}, {QStringLiteral("value"), *found}},
+                 QString());
     return std::nullopt;
 }
 
@@ -80,15 +84,12 @@ Outcome Verbs::checkExpect(const QStringList &arguments)
         return std::nullopt;
     const FactRow &row = *findFactRow(arguments.first());
     const int count = row.name.isEmpty() ? 2 : 3;
-    if (arguments.size() != count) {
-        const QString values =
-            row.values.isEmpty() ? Text::tr("NUMBER") : row.values.join(QLatin1Char('|'));
-        const QStringList form{QStringLiteral("govd-sim expect"), row.word, row.name, values};
-        return usageFailure(
-            Text::tr("%1 arguments; use: %2")
-                .arg(arguments.size() < count ? Text::tr("too few") : Text::tr("too many"),
-                     form.join(QLatin1Char(' ')).simplified()));
-    }
+    const QString values =
+        row.values.isEmpty() ? Text::tr("NUMBER") : row.values.join(QLatin1Char('|'));
+    const QStringList form{QStringLiteral("expect"), row.word, row.name, values};
+    if (const Outcome failure =
+            checkCount(arguments.size(), count, count, form.join(QLatin1Char(' ')).simplified()))
+        return failure;
     if (!row.names.isEmpty() && !row.names.contains(arguments[1]))
         return unknownName(row.name, arguments[1], row.names);
     if (!row.values.isEmpty() && !row.values.contains(arguments.last()))

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/text.h"
+#include "commandline/text.h"
+#include "commandline/usage.h"
 #include "simulator/program/commandline.h"
 #include "simulator/program/controlnames.h"
 #include "simulator/program/remotedevice.h"
@@ -8,11 +9,10 @@
 #include <QJsonArray>
 
 #include <algorithm>
+#include <iterator>
 
 namespace Simulator {
 namespace {
-
-const QString Slow = QStringLiteral("slow");
 
 /// How a verb becomes a call of the control object.
 struct Row
@@ -20,6 +20,7 @@ struct Row
     const char *verb;
     const char *method;
     QVariantList (*arguments)(const Request &request);
+    bool isForLabel = false; // whether its argument is the label of what is plugged in
 };
 
 QVariantList firstArgument(const Request &request)
@@ -32,7 +33,7 @@ const Row Rows[] = {
      [](const Request &request) {
          return QVariantList{request.arguments[0], request.options.value(QStringLiteral("label"))};
      }},
-    {"unplug", "Unplug", firstArgument},
+    {"unplug", "Unplug", firstArgument, true},
     {"launch", "Launch", firstArgument},
     {"stop", "Stop", firstArgument},
     {"start", "Start", firstArgument},
@@ -69,37 +70,36 @@ Failure withNearest(Failure failure, const QString &name, RemoteDevice &device)
 
 } // namespace
 
-Outcome Verbs::order(const Request &request, Console &console)
+Outcome Verbs::order(const Request &request, Output &output)
 {
     const Row &row = rowOf(request.verb->name);
     RemoteDevice device(request.timeout);
     const Result<QVariantList> answer =
         device.order(QLatin1String(row.method), row.arguments(request));
     if (!answer) {
-        const bool isUnknown = answer.failure().code == ExitCode::Usage;
-        return isUnknown ? withNearest(answer.failure(), request.arguments.value(0), device)
-                         : answer.failure();
+        const bool isUnknownLabel = row.isForLabel && answer.failure().code == ExitCode::Usage;
+        return isUnknownLabel ? withNearest(answer.failure(), request.arguments.value(0), device)
+                              : answer.failure();
     }
     // What has a label of its own is told, because it may have been chosen for the person.
     const QString label = answer->value(0).toString();
     const QJsonObject result =
         label.isEmpty() ? QJsonObject() : QJsonObject{{QStringLiteral("label"), label}};
-    console.write(result, label.isEmpty() ? QString() : label + QLatin1Char('\n'));
+    output.write(ExitCode::Done, result, label.isEmpty() ? QString() : label + QLatin1Char('\n'));
     return std::nullopt;
 }
 
 Outcome Verbs::checkFail(const QStringList &arguments)
 {
-    bool isNumber = false;
-    const double seconds = arguments.value(2).toDouble(&isNumber);
-    const QString fault = arguments.value(1);
-    if (fault != Slow && arguments.size() > 2)
-        return usageFailure(Text::tr("only slow takes seconds"));
-    // Written so that it also refuses what is no number at all.
-    if (fault == Slow && (!isNumber || !(seconds >= 0 && seconds <= ControlNames::LongestDelay)))
-        return usageFailure(
-            Text::tr("slow takes seconds, from 0 to %1, not %2")
-                .arg(QString::number(ControlNames::LongestDelay), quoted(arguments.value(2))));
+    if (arguments.value(1) != QLatin1String("slow")) {
+        if (arguments.size() > 2)
+            return usageFailure(Text::tr("only slow takes seconds"));
+        return std::nullopt;
+    }
+    const Result<double> seconds =
+        parseSeconds(QStringLiteral("slow"), arguments.value(2), 0, ControlNames::LongestDelay);
+    if (!seconds)
+        return seconds.failure();
     return std::nullopt;
 }
 

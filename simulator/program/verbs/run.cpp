@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/terminal.h"
-#include "govctl/text.h"
+#include "commandline/terminal.h"
+#include "commandline/text.h"
 #include "simulator/program/script.h"
 
 #include <QProcess>
@@ -70,13 +70,13 @@ Outcome runLine(const ScriptLine &line, const Request &script)
     Request request = line.request;
     if (!request.has(QStringLiteral("timeout")))
         request.timeout = script.timeout;
-    Console console(script.isJson() || request.isJson(), request.verb->name);
-    return request.verb->run(request, console);
+    Output output(script.isJson() || request.isJson(), request.verb->name);
+    return request.verb->run(request, output);
 }
 
 } // namespace
 
-Outcome Verbs::run(const Request &request, Console &console)
+Outcome Verbs::run(const Request &request, Output &output)
 {
     const QString path = request.arguments.first();
     const Result<QVector<ScriptLine>> lines = readScript(path);
@@ -84,9 +84,10 @@ Outcome Verbs::run(const Request &request, Console &console)
         return lines.failure();
     for (const ScriptLine &line : *lines) {
         const QString number = QString::number(line.number).rightJustified(3);
-        console.write({{QStringLiteral("line"), line.number}, {QStringLiteral("text"), line.text}},
-                      console.paint(Console::Style::Faint, number) + QStringLiteral("  ")
-                          + printable(line.text) + QLatin1Char('\n'));
+        output.write(ExitCode::Done,
+                     {{QStringLiteral("line"), line.number}, {QStringLiteral("text"), line.text}},
+                     output.paint(Output::Style::Faint, number) + QStringLiteral("  ")
+                         + printable(line.text) + QLatin1Char('\n'));
         if (const Outcome failure = runLine(line, request))
             return atLine(path, line.number, line.text, *failure);
     }

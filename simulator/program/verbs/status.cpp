@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/terminal.h"
+#include "commandline/terminal.h"
 #include "simulator/program/remotedevice.h"
 #include "simulator/program/statusview.h"
 #include "simulator/program/verb.h"
@@ -10,24 +10,24 @@
 namespace Simulator {
 namespace {
 
-void show(const QJsonObject &state, Console &console, bool isWatching)
+void show(const QJsonObject &state, Output &output, bool isWatching)
 {
-    QString text = drawStatus(state, console);
+    QString text = drawStatus(state, output);
     // A terminal shows one state at a time, as much of it as it has place for; a file one below the
     // other.
-    if (isWatching && console.isTerminal())
+    if (isWatching && !output.isJson() && Terminal::canBeSteered())
         text = QStringLiteral("\033[H\033[2J") + Terminal::clipped(text, Terminal::size());
-    console.write(state, text);
+    output.write(ExitCode::Done, state, text);
 }
 
 /// Shows each new state until the device or the reader goes.
-Outcome watch(RemoteDevice &device, Console &console)
+Outcome watch(RemoteDevice &device, Output &output)
 {
     QEventLoop loop;
     Outcome failure;
     QObject::connect(&device, &RemoteDevice::changed, &loop, [&](const QJsonObject &state) {
-        show(state, console, true);
-        if (!console.isOpen())
+        show(state, output, true);
+        if (!output.isOpen())
             loop.quit();
     });
     QObject::connect(&device, &RemoteDevice::lost, &loop, [&] {
@@ -40,7 +40,7 @@ Outcome watch(RemoteDevice &device, Console &console)
 
 } // namespace
 
-Outcome Verbs::status(const Request &request, Console &console)
+Outcome Verbs::status(const Request &request, Output &output)
 {
     RemoteDevice device(request.timeout);
     const bool isWatching = request.has(QStringLiteral("watch"));
@@ -49,17 +49,17 @@ Outcome Verbs::status(const Request &request, Console &console)
     const Result<QJsonObject> state = device.state();
     if (!state)
         return state.failure();
-    show(*state, console, isWatching);
-    return isWatching && console.isOpen() ? watch(device, console) : std::nullopt;
+    show(*state, output, isWatching);
+    return isWatching && output.isOpen() ? watch(device, output) : std::nullopt;
 }
 
-Outcome Verbs::services(const Request &request, Console &console)
+Outcome Verbs::services(const Request &request, Output &output)
 {
     const Result<QJsonObject> state = RemoteDevice(request.timeout).state();
     if (!state)
         return state.failure();
     const QString key = QStringLiteral("services");
-    console.write({{key, state->value(key)}}, drawServices(*state, console));
+    output.write(ExitCode::Done, {{key, state->value(key)}}, drawServices(*state, output));
     return std::nullopt;
 }
 

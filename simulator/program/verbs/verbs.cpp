@@ -1,19 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/text.h"
+#include "commandline/options.h"
+#include "commandline/text.h"
 #include "simulator/program/applications.h"
 #include "simulator/program/device.h"
 #include "simulator/program/verb.h"
 
-#include <algorithm>
-
 namespace Simulator {
 namespace {
-
-QCommandLineOption flag(const QStringList &names, const QString &description)
-{
-    return {names, description};
-}
 
 Argument serviceArgument()
 {
@@ -173,25 +167,10 @@ const QVector<Verb> &verbs()
     return all;
 }
 
-const Verb *findVerb(const QString &name)
-{
-    const auto found = std::find_if(verbs().begin(), verbs().end(),
-                                    [&name](const Verb &verb) { return verb.name == name; });
-    return found == verbs().end() ? nullptr : &*found;
-}
-
 const QList<QCommandLineOption> &commonOptions()
 {
-    static const QList<QCommandLineOption> all{
-        flag({QStringLiteral("json")},
-             Text::tr("Write JSON to standard output, failures included, and nothing else.")),
-        {QStringLiteral("timeout"),
-         Text::tr("How long to wait for answers, and for what is expected (default: 5)."),
-         QStringLiteral("SECONDS"), QStringLiteral("5")},
-        flag({QStringLiteral("h"), QStringLiteral("help")}, Text::tr("Print help and exit.")),
-        flag({QStringLiteral("v"), QStringLiteral("version")},
-             Text::tr("Print the version and exit.")),
-    };
+    static const QList<QCommandLineOption> all = sharedOptions(
+        Text::tr("How long to wait for answers, and for what is expected (default: 5)."));
     return all;
 }
 

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void wrongUsage_data();
     void wrongUsage();
     void unknownLabelGetsTheNearest();
+    void onlyUnplugSuggestsLabels();
     void nearestInJson();
     void jsonNamesTheVerb_data();
     void jsonNamesTheVerb();
@@ -96,6 +97,15 @@ void TestSimCommandLine::unknownLabelGetsTheNearest()
     QCOMPARE(outcome.code, 2);
     QCOMPARE(outcome.err,
              QStringLiteral("govd-sim: \"PHOTSO\" is not plugged in; did you mean PHOTOS?\n"));
+}
+
+void TestSimCommandLine::onlyUnplugSuggestsLabels()
+{
+    Sim device;
+    QVERIFY(device.startDevice());
+    QCOMPARE(Sim::run(QStringLiteral("plug usb --label usbstick")).code, 0);
+    QCOMPARE(Sim::run(QStringLiteral("plug usb --label a/b")).err,
+             QStringLiteral("govd-sim: \"a/b\" cannot be a label\n"));
 }
 
 void TestSimCommandLine::nearestInJson()

@@ -243,6 +243,8 @@ void TestSimVerbs::expectTellsWhatIsSo()
     QCOMPARE(outcome.err, QStringLiteral("govd-sim: microphone is on, not off, after 0.2 s\n"));
     QCOMPARE(Sim::run(QStringLiteral("expect storage X mounted --timeout 0.2")).err,
              QStringLiteral("govd-sim: storage X is absent, not mounted, after 0.2 s\n"));
+    QCOMPARE(Sim::run(QStringLiteral("expect storage %1 mounted --timeout 0.2")).err,
+             QStringLiteral("govd-sim: storage %1 is absent, not mounted, after 0.2 s\n"));
 }
 
 QTEST_GUILESS_MAIN(TestSimVerbs)

@@ -1,15 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVCTL_RESULT_H
-#define GOVCTL_RESULT_H
+#ifndef GOVD_COMMANDLINE_RESULT_H
+#define GOVD_COMMANDLINE_RESULT_H
 
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <utility>
 #include <variant>
 
-/// What the program tells its caller by its exit code. Scripts rely on the numbers.
+/// What a program tells its caller by its exit code. Scripts rely on the numbers.
 enum class ExitCode : int {
     Done = 0, ///< done, or there was nothing to do
     No = 1, ///< a question was asked, and the answer is no
@@ -29,6 +30,9 @@ struct Failure
     QString message; ///< one line for people, which says what to do
     QStringList nearest; ///< known names that look like the unknown one
 };
+
+/// Why something failed, if it did.
+using Outcome = std::optional<Failure>;
 
 /// A value, or the reason why there is none.
 template <typename Value> class Result

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVCTL_OUTPUT_H
-#define GOVCTL_OUTPUT_H
+#ifndef GOVD_COMMANDLINE_OUTPUT_H
+#define GOVD_COMMANDLINE_OUTPUT_H
 
-#include "govctl/result.h"
+#include "commandline/result.h"
 
 #include <QJsonObject>
 #include <QString>
 
 #include <optional>
 
-/// The two ways in which the program speaks: text for people and JSON for programs.
+/// The two ways in which a program speaks: text for people and JSON for programs.
 ///
 /// In JSON, standard output holds one document on each line and nothing else, failures included.
 /// As text, results go to standard output and failures to standard error. Everything is UTF-8,
@@ -18,10 +18,10 @@
 class Output
 {
 public:
-    /// Version of the JSON schema.
+    /// Version of the form of the documents.
     static constexpr int Version = 1;
 
-    enum class Style { Plain, Good, Bad, Faint };
+    enum class Style { Good, Bad, Faint, Strong };
 
     /// @p verb is the name that documents carry, or null before it is known.
     Output(bool json, QString verb);
@@ -47,7 +47,7 @@ public:
     ExitCode fail(const Failure &failure, const QJsonObject &result, const QString &text);
 
     /// Writes a line for people beside the result, to standard error.
-    void note(const QString &line);
+    void note(const QString &line) const;
 
     /// @p text in a colour, where colours are wanted.
     QString paint(Style style, const QString &text) const;

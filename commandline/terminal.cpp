@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/terminal.h"
+#include "commandline/terminal.h"
 
 #include <QStringList>
 
@@ -30,10 +30,14 @@ QString clippedLine(const QString &line, int columns)
 
 } // namespace
 
+bool Terminal::canBeSteered()
+{
+    return isatty(STDOUT_FILENO) && qgetenv("TERM") != "dumb";
+}
+
 bool Terminal::wantsColours()
 {
-    return isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR")
-        && qgetenv("TERM") != "dumb";
+    return canBeSteered() && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
 Terminal::Size Terminal::size()

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVCTL_TEXT_H
-#define GOVCTL_TEXT_H
+#ifndef GOVD_COMMANDLINE_TEXT_H
+#define GOVD_COMMANDLINE_TEXT_H
 
 #include <QCoreApplication>
 #include <QString>
@@ -9,11 +9,14 @@
 
 #include <optional>
 
-/// The one translation context of the program: Text::tr().
+/// The one translation context of all programs with verbs: Text::tr().
 class Text
 {
-    Q_DECLARE_TR_FUNCTIONS(govctl)
+    Q_DECLARE_TR_FUNCTIONS(govd)
 };
+
+/// The name of this program, as help and failures write it.
+QString programName();
 
 /// @p text with its control characters written as escapes, so that a name from outside can neither
 /// steer the terminal nor begin a new line.

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/storedpolicies.h"
+#include "govctl/storedvalues.h"
 
 #include "common/names.h"
 
@@ -26,7 +26,7 @@ QMap<QString, bool> booleans(GKeyFile *file, const QByteArray &group)
         if (error)
             g_error_free(error);
         else
-            result.insert(QString::fromUtf8(*key), value);
+            result.insert(QString::fromLocal8Bit(*key), value);
     }
     return result;
 }
@@ -70,6 +70,6 @@ StoredValues readStoredValues(const QString &path)
         content.get(), text.constData(), static_cast<gsize>(text.size()), G_KEY_FILE_NONE, nullptr);
     result.state = loaded ? StoredValues::State::Read : StoredValues::State::Malformed;
     if (loaded)
-        result.values = booleans(content.get(), Names::ConfigurationGroup.toUtf8());
+        result.values = booleans(content.get(), Names::ConfigurationGroup.toLocal8Bit());
     return result;
 }

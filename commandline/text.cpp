@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/text.h"
+#include "commandline/text.h"
 
 #include <QVector>
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -51,6 +52,11 @@ std::optional<int> unlikeness(const QString &name, const QString &known)
 }
 
 } // namespace
+
+QString programName()
+{
+    return QCoreApplication::arguments().constFirst();
+}
 
 QString printable(const QString &text)
 {

@@ -1,13 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVD_COMMON_TERMINAL_H
-#define GOVD_COMMON_TERMINAL_H
+#ifndef GOVD_COMMANDLINE_TERMINAL_H
+#define GOVD_COMMANDLINE_TERMINAL_H
 
 #include <QByteArray>
 #include <QString>
 
-/// What the command-line programs share about the streams that they write to.
+/// The streams that a program writes to.
 namespace Terminal {
+
+/// Whether standard output is a terminal that may be steered.
+bool canBeSteered();
 
 /// Whether standard output is a terminal whose user has nothing against colours.
 bool wantsColours();

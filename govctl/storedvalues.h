@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVCTL_STOREDPOLICIES_H
-#define GOVCTL_STOREDPOLICIES_H
+#ifndef GOVCTL_STOREDVALUES_H
+#define GOVCTL_STOREDVALUES_H
 
 #include <QMap>
 #include <QString>
@@ -20,7 +20,7 @@ struct StoredValues
 };
 
 /// Reads the booleans of the one group that the daemon uses. What is no boolean is left out, as
-/// the daemon leaves it out.
+/// the daemon leaves it out. Keys are decoded as the daemon decodes them.
 StoredValues readStoredValues(const QString &path);
 
 #endif

@@ -1,15 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/output.h"
+#include "commandline/output.h"
 
-#include "common/terminal.h"
-#include "govctl/text.h"
+#include "commandline/terminal.h"
+#include "commandline/text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <cerrno>
 #include <cstring>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -28,6 +30,21 @@ QString toText(const Failure &failure)
     if (names.isEmpty())
         return failure.message;
     return Text::tr("%1; did you mean %2?").arg(failure.message, names.join(QLatin1String(", ")));
+}
+
+QLatin1String codeOf(Output::Style style)
+{
+    switch (style) {
+    case Output::Style::Good:
+        return QLatin1String("32");
+    case Output::Style::Bad:
+        return QLatin1String("31");
+    case Output::Style::Faint:
+        return QLatin1String("2");
+    case Output::Style::Strong:
+        return QLatin1String("1");
+    }
+    Q_UNREACHABLE();
 }
 
 } // namespace
@@ -88,27 +105,17 @@ ExitCode Output::fail(const Failure &failure, const QJsonObject &result, const Q
     return failure.code;
 }
 
-void Output::note(const QString &line)
+void Output::note(const QString &line) const
 {
     // There is no place left to complain about a failure here.
-    Terminal::write(STDERR_FILENO, QStringLiteral("govctl: %1\n").arg(line).toUtf8());
+    Terminal::write(STDERR_FILENO, QStringLiteral("%1: %2\n").arg(programName(), line).toUtf8());
 }
 
 QString Output::paint(Style style, const QString &text) const
 {
     if (!m_colour)
         return text;
-    switch (style) {
-    case Style::Plain:
-        return text;
-    case Style::Good:
-        return QStringLiteral("\033[32m%1\033[0m").arg(text);
-    case Style::Bad:
-        return QStringLiteral("\033[31m%1\033[0m").arg(text);
-    case Style::Faint:
-        return QStringLiteral("\033[2m%1\033[0m").arg(text);
-    }
-    Q_UNREACHABLE();
+    return QStringLiteral("\033[%1m%2\033[0m").arg(codeOf(style), text);
 }
 
 QString Output::paint(std::optional<bool> value) const

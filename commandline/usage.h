@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_COMMANDLINE_USAGE_H
+#define GOVD_COMMANDLINE_USAGE_H
+
+#include "commandline/result.h"
+
+/// The failure of a command line that is wrong.
+Failure usageFailure(const QString &message);
+
+/// The failure called @p failure that names an unknown @p name of some @p kind, with the nearest of
+/// @p known, or with the @p hint where to find them when none is near.
+Failure unknownName(const QString &failure, const QString &kind, const QString &name,
+                    const QStringList &known, const QString &hint);
+
+/// Fails unless there are from @p least to @p most arguments, @p count of them. The @p form of the
+/// command line is told without the name of the program.
+Outcome checkCount(int count, int least, int most, const QString &form);
+
+/// Reads @p text, which is what @p name takes, as seconds from @p least to @p most.
+Result<double> parseSeconds(const QString &name, const QString &text, double least, double most);
+
+#endif
