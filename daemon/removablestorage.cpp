@@ -6,6 +6,8 @@
 #include "daemon/policytypes.h"
 #include "enforcer/handlers.h"
 
+#include <optional>
+
 PartitionManager partitionManager;
 
 namespace {
@@ -13,7 +15,7 @@ namespace {
 /// The policy that governs storage on the drive's bus; none for a bus that no policy governs.
 ///
 /// A drive that does not tell its bus counts as being on the memory-card bus, the number 0.
-PolicyType governingPolicy(const Partition &partition)
+std::optional<PolicyType> governingPolicy(const Partition &partition)
 {
     switch (partition.drive().value(QStringLiteral("connectionBus")).toInt()) {
     case 0:
@@ -21,7 +23,7 @@ PolicyType governingPolicy(const Partition &partition)
     case 1:
         return PolicyTypes::UsbStorage;
     default:
-        return PolicyTypes::None;
+        return std::nullopt;
     }
 }
 
@@ -35,8 +37,8 @@ bool isMountedExternally(const Partition &partition)
 
 void PolicyManager::processPartition(const Partition &partition)
 {
-    const PolicyType type = governingPolicy(partition);
-    if (type == PolicyTypes::None || policyValue(typeToKey(type)).toBool())
+    const std::optional<PolicyType> type = governingPolicy(partition);
+    if (!type || policyValue(typeToKey(*type)).toBool())
         return;
     if (isMountedExternally(partition))
         partitionManager.unmount(partition, QVariantMap());

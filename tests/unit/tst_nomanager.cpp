@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "enforcer/handlers.h"
+#include "simulator/networktechnology.h"
 #include "simulator/usbmodes.h"
 #include "tests/unit/simulatortest.h"
 
@@ -13,6 +14,7 @@ class TestNoManager : public SimulatorTest
 
 private Q_SLOTS:
     void usbModesAreLeftAlone();
+    void tetheringIsLeftAloneForOtherPolicies();
 };
 
 void TestNoManager::usbModesAreLeftAlone()
@@ -27,6 +29,19 @@ void TestNoManager::usbModesAreLeftAlone()
     QCOMPARE(there([=] { return modes->calls().size(); }), 0);
     QCOMPARE(there([=] { return modes->whitelistedModes(); }),
              Simulator::UsbModes::supportedModes());
+}
+
+/// The enforcer never asks for this, because the table lists one policy for the service.
+void TestNoManager::tetheringIsLeftAloneForOtherPolicies()
+{
+    auto *const wifi = host<Simulator::NetworkTechnology>();
+
+    for (const auto type : {PolicyTypes::None, PolicyTypes::Camera, PolicyTypes::DeveloperMode})
+        disableTethering({type, false});
+    QCOMPARE(there([=] { return wifi->calls().size(); }), 0);
+
+    disableTethering({PolicyTypes::InternetSharing, false});
+    QCOMPARE(there([=] { return wifi->calls().size(); }), 1);
 }
 
 QTEST_GUILESS_MAIN(TestNoManager)

@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "enforcer/policyenforcer.h"
+#include "simulator/audiopolicy.h"
+#include "tests/unit/simulatortest.h"
+
+#include <QSemaphore>
+#include <QThread>
+#include <QtTest>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+using namespace SimulatorAddresses;
+
+namespace {
+
+/// Waits for @p condition without an event loop, in which the bus would send this thread, too, for
+/// the lock. Returns whether it came true.
+bool waitFor(const std::function<bool()> &condition)
+{
+    const QDeadlineTimer deadline(20000);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::yieldCurrentThread();
+    }
+    return true;
+}
+
+/// A function at work in a thread of its own.
+class Work
+{
+    Q_DISABLE_COPY(Work)
+
+public:
+    explicit Work(const std::function<void()> &function)
+        : m_thread(QThread::create([this, function] {
+            m_id = static_cast<long>(syscall(SYS_gettid));
+            function();
+        }))
+    {
+        m_thread->start();
+    }
+
+    ~Work() { m_thread->wait(); }
+
+    bool isDone() const { return m_thread->isFinished(); }
+
+    /// Whether it sleeps until somebody lets go of a lock that is a part of @p object.
+    template <typename T> bool waitsForLockOf(const T &object) const
+    {
+        // The number of the system call, then its arguments: here the address of the lock first.
+        QFile file(QStringLiteral("/proc/self/task/%1/syscall").arg(m_id.load()));
+        if (!file.open(QIODevice::ReadOnly))
+            return false;
+        const QList<QByteArray> words = file.readAll().split(' ');
+        const auto address = words.value(1).toULongLong(nullptr, 16);
+        const auto begin = reinterpret_cast<quintptr>(&object);
+        return words.at(0) == QByteArray::number(SYS_futex) && address >= begin
+            && address < begin + sizeof object;
+    }
+
+private:
+    std::atomic<long> m_id{0};
+    std::unique_ptr<QThread> m_thread;
+};
+
+/// A handler of the audio service at work in another thread, until the service may answer.
+class BusyHandler
+{
+    Q_DISABLE_COPY(BusyHandler)
+
+public:
+    /// The handler is run by @p function.
+    BusyHandler(Simulator::Service *audio, const std::function<void()> &function)
+    {
+        QObject::connect(
+            audio, &Simulator::Service::called, &m_context, [this] { holdBack(); },
+            Qt::DirectConnection);
+        m_work = std::make_unique<Work>(function);
+    }
+
+    ~BusyHandler() { finish(); }
+
+    [[nodiscard]] bool waitUntilBusy() { return m_asked.tryAcquire(1, 20000); }
+
+    /// Lets the service answer, and returns when the handler and who ran it have.
+    void finish()
+    {
+        m_mayAnswer.release();
+        m_work.reset();
+    }
+
+private:
+    void holdBack()
+    {
+        m_asked.release();
+        m_mayAnswer.acquire();
+        m_mayAnswer.release(); // from now on for every call
+    }
+
+    QSemaphore m_asked;
+    QSemaphore m_mayAnswer;
+    QObject m_context;
+    std::unique_ptr<Work> m_work;
+};
+
+} // namespace
+
+/// Who has to wait while the handler of a service runs in another thread.
+class TestEnforcerLock : public SimulatorTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void onlyWatchedNamesWaitForTheHandler_data();
+    void onlyWatchedNamesWaitForTheHandler();
+};
+
+void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler_data()
+{
+    QTest::addColumn<bool>("isTaskOld");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("hasToWait");
+    for (const bool isTaskOld : {false, true}) {
+        const char *task = isTaskOld ? "task that waited" : "new task";
+        QTest::addRow("%s, its service", task) << isTaskOld << Audio.service << true;
+        QTest::addRow("%s, other service", task) << isTaskOld << Wifi.service << true;
+        QTest::addRow("%s, neighbour that is not watched", task)
+            << isTaskOld << Runtime.service << false;
+        QTest::addRow("%s, unknown name", task) << isTaskOld << QStringLiteral(":1.77") << false;
+        QTest::addRow("%s, no name", task) << isTaskOld << QString() << false;
+    }
+}
+
+void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler()
+{
+    QFETCH(bool, isTaskOld);
+    QFETCH(QString, name);
+    QFETCH(bool, hasToWait);
+    const PolicyEnforcementTask task{PolicyTypes::Microphone, false};
+    auto *const audio = m_thread->create<Simulator::AudioPolicy>();
+    if (!isTaskOld)
+        QVERIFY(there([=] { return audio->appear(); }));
+    PolicyEnforcer enforcer(nullptr);
+    if (isTaskOld) {
+        enforcer.enforcePolicy(task);
+        QVERIFY(there([=] { return audio->appear(); }));
+    }
+
+    std::unique_ptr<Work> other; // outlives the handler, for which it may have to wait
+    BusyHandler handler(audio, [&] {
+        if (isTaskOld)
+            enforcer.applyServicePolicies(Audio.service);
+        else
+            enforcer.enforcePolicy(task);
+    });
+    QVERIFY(handler.waitUntilBusy());
+    other = std::make_unique<Work>([&] { enforcer.applyServicePolicies(name); });
+    QVERIFY(waitFor([&] { return other->isDone() || other->waitsForLockOf(enforcer); }));
+    QCOMPARE(other->isDone(), !hasToWait);
+
+    handler.finish();
+    QVERIFY(waitFor([&] { return other->isDone(); }));
+}
+
+QTEST_GUILESS_MAIN(TestEnforcerLock)
+#include "tst_enforcerlock.moc"
