@@ -98,13 +98,14 @@ void TestConnectivity::allowedDeveloperModeSwitchesNoRemoteAccessOn()
     mode.appear();
     WatchedDaemon daemon;
     QVERIFY(daemon.startObserved());
-    QCOMPARE(daemon.calls(DeveloperModeName), QStringList());
+    QVERIFY(daemon.hasLeftAlone(DeveloperModeName));
     QVERIFY(daemon.change(DeveloperMode, false));
     daemon.forget();
 
     QVERIFY(daemon.change(DeveloperMode, true));
 
     QCOMPARE(daemon.calls(), QStringList());
+    QVERIFY(daemon.hasLeftAlone(DeveloperModeName));
     QVERIFY(!mode.ask(
         [](Simulator::DeveloperMode &service) { return service.isRemoteConnectionEnabled(); }));
 }
@@ -173,7 +174,8 @@ void TestConnectivity::allowedTetheringIsNotRestored()
     Neighbour<Simulator::NetworkTechnology> wifi;
     wifi.appear();
     WatchedDaemon daemon;
-    QVERIFY(daemon.start());
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.hasLeftAlone(NetworkName));
     QVERIFY(daemon.change(Tethering, false));
     daemon.forget();
 
@@ -181,6 +183,7 @@ void TestConnectivity::allowedTetheringIsNotRestored()
 
     QCOMPARE(daemon.calls(), QStringList());
     QCOMPARE(daemon.logged(), QStringList());
+    QVERIFY(daemon.hasLeftAlone(NetworkName));
 }
 
 void TestConnectivity::tetheringWaitsForTheService()

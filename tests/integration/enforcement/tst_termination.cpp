@@ -108,7 +108,8 @@ void TestTermination::allowedApplicationsAreLeftAlone()
     Neighbour<Simulator::RuntimeManager> manager;
     manager.appear();
     WatchedDaemon daemon;
-    QVERIFY(daemon.start());
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.hasLeftAlone(RuntimeManager));
     QVERIFY(daemon.change(key, false));
     daemon.forget();
 
@@ -116,6 +117,7 @@ void TestTermination::allowedApplicationsAreLeftAlone()
 
     QCOMPARE(daemon.calls(), QStringList());
     QCOMPARE(daemon.logged(), QStringList());
+    QVERIFY(daemon.hasLeftAlone(RuntimeManager));
 }
 
 /// Once when the stored value is read and once when all policies are set up.

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void policyLockedSinceStartHasNoValue();
     void policyLockedSinceStartIsEnforcedAsOff();
     void storedValueOfALockedPolicyIsNotTouchedAtStart();
+    void noPolicyIsNotSetUp();
 };
 
 /// The default was refused like any other change, so there is nothing to read: no reply comes.
@@ -84,6 +85,20 @@ void TestLocksAtStart::storedValueOfALockedPolicyIsNotTouchedAtStart()
     QVERIFY(!values.contains(Camera));
     QCOMPARE(values.value(QStringLiteral("BrowserEnabled")), QStringLiteral("true"));
     QCOMPARE(daemon.logged().filter(QStringLiteral("Failed to save")), QStringList());
+}
+
+/// Number 0 gets a default like all others, which is its one question, but stands for nothing that
+/// could be set up.
+void TestLocksAtStart::noPolicyIsNotSetUp()
+{
+    LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"),
+                      {QStringLiteral("NoPolicy"), Camera});
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+
+    const QStringList calls = plugin.calls();
+    QCOMPARE(calls.count(QStringLiteral("policyIsLocked NoPolicy")), 1);
+    QCOMPARE(calls.count(QStringLiteral("policyIsLocked CameraEnabled")), 2);
 }
 
 QTEST_GUILESS_MAIN(TestLocksAtStart)

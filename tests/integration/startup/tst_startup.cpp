@@ -6,6 +6,7 @@
 #include "support/daemon.h"
 #include "support/facts.h"
 #include "support/files.h"
+#include "support/lockplugin.h"
 
 #include <QtTest>
 
@@ -32,6 +33,7 @@ private Q_SLOTS:
 
     void ownsItsNameAndEndsInOrder_data();
     void ownsItsNameAndEndsInOrder();
+    void endsInOrderWhateverTheEventLoopReturns();
     void servesFromTheMomentItsNameIsSeen();
     void secondInstanceFails();
     void failsWithoutBus();
@@ -62,6 +64,15 @@ void TestStartup::ownsItsNameAndEndsInOrder()
     QCOMPARE(daemon.waitForExit(), 0);
     QVERIFY(bus.waitForNoOwner(Service));
     QCOMPARE(daemon.log(), Enforced);
+}
+
+void TestStartup::endsInOrderWhateverTheEventLoopReturns()
+{
+    LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"));
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    plugin.endEventLoop(3);
+    QCOMPARE(daemon.waitForExit(), 0);
 }
 
 void TestStartup::servesFromTheMomentItsNameIsSeen()

@@ -38,4 +38,9 @@ void LockPlugin::announceFromThread(const QString &key, bool isLocked)
            {QStringLiteral("thread"), true}});
 }
 
+void LockPlugin::endEventLoop(int code)
+{
+    order({{QStringLiteral("exit"), code}});
+}
+
 } // namespace Support

@@ -29,6 +29,9 @@ public:
 
     /// The same, but from a thread of the plugin's own.
     void announceFromThread(const QString &key, bool isLocked);
+
+    /// Ends the event loop of the running daemon with @p code.
+    void endEventLoop(int code);
 };
 
 } // namespace Support

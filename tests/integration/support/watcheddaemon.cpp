@@ -109,6 +109,17 @@ QStringList WatchedDaemon::calls(const QString &service)
     return lines;
 }
 
+bool WatchedDaemon::hasLeftAlone(const QString &service)
+{
+    m_monitor.settle();
+    const QString daemon = uniqueName();
+    const auto isAboutService = [&](const BusMessage &message) {
+        return message.sender == daemon
+            && (message.destination == service || message.arguments.value(0).toString() == service);
+    };
+    return m_monitor.messages(isAboutService).isEmpty();
+}
+
 QStringList WatchedDaemon::announcements()
 {
     QStringList lines;

@@ -59,6 +59,9 @@ public:
     /// Wording::call() has them.
     QStringList calls(const QString &service = QString());
 
+    /// Whether it has neither called @p service nor asked it or the bus about it.
+    bool hasLeftAlone(const QString &service);
+
     /// The signals among said().
     QStringList announcements();
 

@@ -2,13 +2,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "lockplugin.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 
 #include <thread>
 
 LockPlugin::LockPlugin()
 {
-    connect(&m_control, &Control::ordered, this, &LockPlugin::announce);
+    connect(&m_control, &Control::ordered, this, &LockPlugin::obey);
 }
 
 QString LockPlugin::name()
@@ -31,6 +32,14 @@ QStringList LockPlugin::supportedPolicies()
     for (const QJsonValue &key : keys)
         policies.append(key.toString());
     return policies;
+}
+
+void LockPlugin::obey(const QJsonObject &order)
+{
+    if (order.contains(QLatin1String("exit")))
+        QCoreApplication::exit(order.value(QLatin1String("exit")).toInt());
+    else
+        announce(order);
 }
 
 void LockPlugin::announce(const QJsonObject &order)

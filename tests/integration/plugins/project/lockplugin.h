@@ -22,6 +22,7 @@ public:
     QStringList supportedPolicies() override;
 
 private:
+    void obey(const QJsonObject &order);
     void announce(const QJsonObject &order);
 
     Control m_control;

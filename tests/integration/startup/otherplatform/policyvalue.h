@@ -20,6 +20,7 @@ public:
         LensAllowed = 1,
         UserReportExportEnabled = 2, ///< the daemon knows this name, and does nothing for number 2
         TorchAllowed = 3,
+        userReportExportEnabled = 5, ///< the daemon knows no name in these letters
         ReportsAllowed = 41,
     };
     Q_ENUM(PolicyType)
