@@ -46,8 +46,8 @@ void PolicyManager::processPartition(const Partition &partition)
 
 void unmountRemovableStorage(PolicyEnforcementTask task)
 {
-    // A manager of its own, which lives until the process ends: it looks as soon as it is asked,
-    // while the other one begins with the event loop, after the first sweep.
+    // A manager of its own, which lives until the process ends: to ask the other one would have it
+    // watch the bus before the event loop runs, with which it is to begin.
     static auto *const manager = new PartitionManager;
     if (task.value)
         return;
