@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "daemon/policymanager.h"
 
-#include "common/neighbour.h"
 #include "daemon/policytypes.h"
 #include "dbus/policyadaptor.h"
 #include "dbus/switchadaptor.h"
@@ -22,7 +21,7 @@ const QString UserReportKey = QStringLiteral("UserReportExportEnabled");
 /// booleans; any other answer says nothing.
 bool userReportDefault()
 {
-    QDBusInterface features = neighbour(Names::DeviceFeatureProperties);
+    ServiceProxy features(Names::DeviceFeatureProperties);
     const QDBusReply<QDBusVariant> reply = features.call(
         QStringLiteral("Get"), Names::DeviceFeatures, QStringLiteral("isOsCertified"));
     const QVariant isOsCertified = reply.value().variant();
@@ -33,7 +32,7 @@ bool userReportDefault()
 
 PolicyManager::PolicyManager(QObject *parent)
     : QObject(parent)
-    , systemLogs(neighbour(Names::SystemLogs))
+    , systemLogs(Names::SystemLogs)
     , enforcer(this)
     , restriction(this)
 {

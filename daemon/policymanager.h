@@ -3,11 +3,11 @@
 #ifndef GOVD_DAEMON_POLICYMANAGER_H
 #define GOVD_DAEMON_POLICYMANAGER_H
 
+#include "common/serviceproxy.h"
 #include "enforcer/policyenforcer.h"
 #include "restriction/policyrestriction.h"
 
 #include <QDBusContext>
-#include <QDBusInterface>
 #include <QHash>
 #include <QObject>
 #include <QVariant>
@@ -100,7 +100,7 @@ private:
     void createLogEvent(const QString &key, const QVariant &newValue, const QVariant &oldValue);
 
     QHash<QString, QVariant> policies;
-    QDBusInterface systemLogs;
+    ServiceProxy systemLogs;
     PolicyEnforcer enforcer;
     PolicyRestriction restriction;
 };

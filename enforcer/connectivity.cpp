@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/neighbour.h"
+#include "common/serviceproxy.h"
 #include "enforcer/call.h"
 #include "enforcer/handlers.h"
 
@@ -9,7 +9,7 @@
 
 void switchUsbDevices(PolicyEnforcementTask task)
 {
-    QDBusInterface usbManager = neighbour(Names::UsbManagerProperties);
+    ServiceProxy usbManager(Names::UsbManagerProperties);
     callOrReport(usbManager, QStringLiteral("Set"),
                  {Names::UsbManager, QStringLiteral("Enabled"),
                   QVariant::fromValue(QDBusVariant(task.value))},
@@ -24,7 +24,7 @@ void disableRemoteAccess(PolicyEnforcementTask task)
 {
     if (task.value)
         return;
-    QDBusInterface developerMode = neighbour(Names::DeveloperMode);
+    ServiceProxy developerMode(Names::DeveloperMode);
     callOrReport(developerMode, QStringLiteral("SetRemoteConnectionEnabled"), {false},
                  [](const QDBusError &) {
                      qWarning() << "Failed to disable remote access in developer mode.";
@@ -37,7 +37,7 @@ void disableTethering(PolicyEnforcementTask task)
 {
     if (task.type != PolicyTypes::InternetSharing || task.value)
         return;
-    QDBusInterface wifi = neighbour(Names::WifiTechnology);
+    ServiceProxy wifi(Names::WifiTechnology);
     callOrReport(wifi, QStringLiteral("SetProperty"),
                  {QStringLiteral("Tethering"), QVariant::fromValue(QDBusVariant(false))},
                  [](const QDBusError &error) {

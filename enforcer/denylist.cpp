@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/neighbour.h"
+#include "common/serviceproxy.h"
 #include "enforcer/call.h"
 #include "enforcer/handlers.h"
 #include "enforcer/tables.h"
@@ -14,7 +14,7 @@ void updateDenylist(PolicyEnforcementTask task)
     const QStringList applications = policyApplications.value(task.type);
     const QString method = task.value ? QStringLiteral("RemoveFromGlobalDenylist")
                                       : QStringLiteral("AddToGlobalDenylist");
-    QDBusInterface sandbox = neighbour(Names::ApplicationSandbox);
+    ServiceProxy sandbox(Names::ApplicationSandbox);
     callOrReport(sandbox, method, {applications}, [&](const QDBusError &) {
         qWarning() << "Failed to" << (task.value ? "remove" : "add") << "packages"
                    << (task.value ? "from" : "to") << "global denylist:" << applications;

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/neighbour.h"
+#include "common/serviceproxy.h"
 #include "enforcer/call.h"
 #include "enforcer/handlers.h"
 
@@ -9,7 +9,7 @@
 void switchMicrophone(PolicyEnforcementTask task)
 {
     const QString state = task.value ? QStringLiteral("enabled") : QStringLiteral("disabled");
-    QDBusInterface audioPolicy = neighbour(Names::AudioPolicy);
+    ServiceProxy audioPolicy(Names::AudioPolicy);
     callOrReport(audioPolicy, QStringLiteral("Set"), {QStringLiteral("microphone"), state},
                  [&](const QDBusError &error) {
                      qWarning() << "Failed to" << (task.value ? "enable" : "disable")

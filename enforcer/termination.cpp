@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/neighbour.h"
+#include "common/serviceproxy.h"
 #include "enforcer/call.h"
 #include "enforcer/handlers.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 void terminate(const QStringList &applications)
 {
-    QDBusInterface runtimeManager = neighbour(Names::RuntimeManager);
+    ServiceProxy runtimeManager(Names::RuntimeManager);
     for (const QString &application : applications) {
         callOrReport(runtimeManager, QStringLiteral("Terminate"), {application},
                      [&](const QDBusError &error) {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/neighbour.h"
+#include "common/serviceproxy.h"
 #include "daemon/policymanager.h"
 #include "enforcer/call.h"
 #include "enforcer/handlers.h"
@@ -31,7 +31,7 @@ std::optional<QString> allowedModes()
     return modes.join(QLatin1Char(','));
 }
 
-void sendWhitelist(QDBusInterface &usbModes, const QString &modes)
+void sendWhitelist(ServiceProxy &usbModes, const QString &modes)
 {
     usbWhitelistSent = callOrReport(
         usbModes, QStringLiteral("set_whitelisted_modes"), {modes}, [](const QDBusError &error) {
@@ -39,7 +39,7 @@ void sendWhitelist(QDBusInterface &usbModes, const QString &modes)
         });
 }
 
-void sendMode(QDBusInterface &usbModes, const QString &mode, bool allowed)
+void sendMode(ServiceProxy &usbModes, const QString &mode, bool allowed)
 {
     callOrReport(usbModes, QStringLiteral("set_whitelisted"), {mode, allowed},
                  [&](const QDBusError &error) {
@@ -53,7 +53,7 @@ void sendMode(QDBusInterface &usbModes, const QString &mode, bool allowed)
 /// Two policies share one mode: the one that changed last decides, whatever the other says.
 void updateUsbModes(PolicyEnforcementTask task)
 {
-    QDBusInterface usbModes = neighbour(Names::UsbModes);
+    ServiceProxy usbModes(Names::UsbModes);
     if (!usbWhitelistSent) {
         const std::optional<QString> modes = allowedModes();
         if (!modes)

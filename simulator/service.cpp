@@ -72,7 +72,6 @@ void Service::leave()
 void Service::clearFaults()
 {
     m_fault = {};
-    m_introspectionFault = {};
     m_memberFaults.clear();
 }
 
@@ -136,8 +135,7 @@ bool Service::handleMessage(const QDBusMessage &message, const QDBusConnection &
 
 Fault Service::faultOf(const Call &call) const
 {
-    return isIntrospection(call) ? m_introspectionFault
-                                 : m_memberFaults.value(call.member, m_fault);
+    return isIntrospection(call) ? Fault() : m_memberFaults.value(call.member, m_fault);
 }
 
 Reply Service::carryOut(const Call &call, const Fault &fault) const

@@ -36,14 +36,11 @@ public:
 
     bool isPresent() const { return !m_connectionName.isEmpty(); }
 
-    /// What shall happen to all calls, but for introspection, until it is changed.
+    /// What shall happen to all calls until it is changed; introspection is always answered.
     void setFault(const Fault &fault) { m_fault = fault; }
 
     /// What shall happen to calls of the method @p member; goes before the fault for all.
     void setFault(const QString &member, const Fault &fault) { m_memberFaults[member] = fault; }
-
-    /// What shall happen to introspection.
-    void setIntrospectionFault(const Fault &fault) { m_introspectionFault = fault; }
 
     void clearFaults();
 
@@ -92,7 +89,6 @@ private:
     ObjectTree m_objects;
     QVector<Call> m_calls;
     Fault m_fault;
-    Fault m_introspectionFault;
     QHash<QString, Fault> m_memberFaults;
 };
 

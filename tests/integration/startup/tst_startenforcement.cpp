@@ -129,7 +129,8 @@ void TestStartEnforcement::neighboursAreLookedForBeforeAnyPolicy()
         return std::distance(asks.begin(), std::find_if(asks.begin(), asks.end(), condition));
     };
     const auto log = place([](const BusMessage &message) {
-        return message.destination == QLatin1String("org.kvtlabs.SystemLogs");
+        return message.isCallOf(QStringLiteral("GetNameOwner"))
+            && message.arguments.value(0) == QLatin1String("org.kvtlabs.SystemLogs");
     });
     // Whoever appears after the list was made is announced.
     const auto watch = place([](const BusMessage &message) {

@@ -21,11 +21,11 @@ QString textOf(const BusMessage &call)
     return QStringLiteral("%1(%2)").arg(call.member, arguments.join(QLatin1Char(',')));
 }
 
-/// Calls of the daemon and of the bus have another aim, as has the look at what a service offers.
-/// The storage service is asked by a library, whenever that likes.
+/// Calls of the daemon and of the bus have another aim. The storage service is asked by a library,
+/// whenever that likes.
 bool isOfNeighbour(const BusMessage &message)
 {
-    return message.type == BusMessage::Call && message.member != QLatin1String("Introspect")
+    return message.type == BusMessage::Call
         && message.destination != QLatin1String("org.freedesktop.DBus")
         && message.destination != QLatin1String("org.freedesktop.UDisks2")
         && message.destination != QLatin1String("org.kvt.PolicyManager");

@@ -4,7 +4,7 @@
 
 #include "benchmark/reference/keyfile.h"
 #include "benchmark/reference/markers.h"
-#include "common/neighbour.h"
+#include "common/serviceproxy.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -23,7 +23,7 @@ void enforce(const QString &key, bool value)
         markPolicy("/var/lib/govd-reference-qt", key.toStdString(), value);
         return;
     }
-    QDBusInterface usbManager = neighbour(Names::UsbManagerProperties);
+    ServiceProxy usbManager(Names::UsbManagerProperties);
     usbManager.call(QStringLiteral("Set"), Names::UsbManager, QStringLiteral("Enabled"),
                     QVariant::fromValue(QDBusVariant(value)));
 }
@@ -32,7 +32,7 @@ bool defaultOf(const QString &key)
 {
     if (key != QLatin1String("UserReportExportEnabled"))
         return true;
-    QDBusInterface features = neighbour(Names::DeviceFeatureProperties);
+    ServiceProxy features(Names::DeviceFeatureProperties);
     const QDBusMessage reply = features.call(QStringLiteral("Get"), Names::DeviceFeatures,
                                              QStringLiteral("isOsCertified"));
     return reply.type() == QDBusMessage::ReplyMessage
@@ -44,7 +44,7 @@ bool defaultOf(const QString &key)
 Policy::Policy(Caller *caller, std::string file, const QStringList &keys)
     : QDBusAbstractAdaptor(caller)
     , m_caller(caller)
-    , m_systemLogs(neighbour(Names::SystemLogs))
+    , m_systemLogs(Names::SystemLogs)
     , m_file(std::move(file))
 {
     followNames();

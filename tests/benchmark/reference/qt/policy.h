@@ -4,9 +4,9 @@
 #define GOVD_BENCHMARK_REFERENCE_QT_POLICY_H
 
 #include "benchmark/reference/qt/caller.h"
+#include "common/serviceproxy.h"
 
 #include <QDBusAbstractAdaptor>
-#include <QDBusInterface>
 #include <QDBusVariant>
 #include <QHash>
 #include <QStringList>
@@ -43,7 +43,7 @@ private:
     void recordChange(const QString &key, const QVariant &newValue, const QVariant &oldValue);
 
     Caller *m_caller;
-    QDBusInterface m_systemLogs;
+    ServiceProxy m_systemLogs;
     std::string m_file;
     QHash<QString, QVariant> m_values;
 };
