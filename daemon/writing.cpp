@@ -4,26 +4,11 @@
 #include "daemon/keyfile.h"
 #include "daemon/policymanager.h"
 #include "daemon/policytypes.h"
+#include "daemon/replyvalue.h"
 
-#include <QDBusSignature>
-#include <QDBusVariant>
 #include <QDebug>
 
 #include <pellorapolicy/accessswitchplugin.h>
-
-namespace {
-
-/// Whether a reader can be given @p value. The one value that QtDBus receives but cannot send is an
-/// empty signature; stored, it would leave every reader of its policy without an answer.
-bool canBeGivenBack(QVariant value)
-{
-    while (value.userType() == qMetaTypeId<QDBusVariant>())
-        value = value.value<QDBusVariant>().variant();
-    return value.userType() != qMetaTypeId<QDBusSignature>()
-        || !value.value<QDBusSignature>().signature().isEmpty();
-}
-
-} // namespace
 
 bool PolicyManager::setPolicyValue(const QString &key, const QVariant &value, bool logEvent)
 {
@@ -47,7 +32,7 @@ bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
     if (!isCallAllowed())
         return false;
     auto *plugin = switchPlugin();
-    if (!plugin)
+    if (!plugin || !canBeGivenBack(value))
         return false;
 
     const QVariant oldValue = switchValue(key);

@@ -57,7 +57,9 @@ void TestBusPolicy::rulesAreAboutTheDaemonOnly()
     QVERIFY(file.open(QIODevice::ReadOnly));
     QXmlStreamReader reader(&file);
     QString user;
+    bool isMandatory = false;
     int rules = 0;
+    int refusals = 0;
     while (!reader.atEnd()) {
         if (reader.readNext() != QXmlStreamReader::StartElement)
             continue;
@@ -68,6 +70,15 @@ void TestBusPolicy::rulesAreAboutTheDaemonOnly()
         if (element == QLatin1String("policy")) {
             QCOMPARE(attributes.size(), 1); // exactly one of context, user and group
             user = attributes.value(QLatin1String("user")).toString();
+            isMandatory = attributes.value(QLatin1String("context")) == QLatin1String("mandatory");
+            continue;
+        }
+        if (isMandatory) { // holds for everybody, whatever other files allow
+            QCOMPARE(element, QStringLiteral("deny"));
+            QCOMPARE(attributes.value(QLatin1String("send_destination")).toString(),
+                     QStringLiteral("org.kvt.PolicyManager"));
+            QCOMPARE(attributes.value(QLatin1String("min_fds")).toString(), QStringLiteral("1"));
+            ++refusals;
             continue;
         }
         QCOMPARE(element, QStringLiteral("allow")); // what nothing allows is refused anyway
@@ -85,6 +96,7 @@ void TestBusPolicy::rulesAreAboutTheDaemonOnly()
     }
     QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
     QVERIFY(rules > 0);
+    QCOMPARE(refusals, 1);
 }
 
 void TestBusPolicy::onlyRootMayOwnTheName()
