@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/log.h"
 #include "common/names.h"
 #include "common/shutdown.h"
 #include "daemon/busthread.h"
@@ -13,6 +14,7 @@
 
 int main(int argc, char **argv)
 {
+    Log::install();
     Shutdown::holdTerminationSignals();
     QCoreApplication application(argc, argv);
     const Shutdown shutdown(&application);

@@ -51,7 +51,8 @@ void PolicyManager::exportInterfaces()
     auto *policyAdaptor = new PolicyAdaptor(this);
     connect(this, &PolicyManager::policyChanged, policyAdaptor,
             [policyAdaptor](const QString &key, const QVariant &value) {
-                Q_EMIT policyAdaptor->PolicyChanged(key, QDBusVariant(value));
+                if (value.isValid()) // nothing else can be sent
+                    Q_EMIT policyAdaptor->PolicyChanged(key, QDBusVariant(value));
             });
     auto *switchAdaptor = new SwitchAdaptor(this);
     connect(this, &PolicyManager::switchChanged, switchAdaptor,

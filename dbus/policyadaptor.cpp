@@ -12,7 +12,12 @@ PolicyAdaptor::PolicyAdaptor(PolicyManager *manager)
 
 QDBusVariant PolicyAdaptor::KeyValue(const QString &key)
 {
-    return QDBusVariant(m_manager->policyValue(key));
+    const QVariant value = m_manager->policyValue(key);
+    // Nothing cannot be sent. Marked as answered later, the call gets no reply, and the bus library
+    // writes nothing to the log, where everybody could fill it with unknown keys.
+    if (!value.isValid())
+        m_manager->setDelayedReply(true);
+    return QDBusVariant(value);
 }
 
 bool PolicyAdaptor::SetKeyValue(const QString &key, const QDBusVariant &value)

@@ -238,7 +238,7 @@ void TestPolicyReading::readingChangesNothing()
     QCOMPARE(plugin.calls(mark).filter(QStringLiteral("setKeyValue")), QStringList());
     QCOMPARE(monitor.announcements(QStringLiteral("PolicyChanged")).size(), 0);
     QCOMPARE(systemLog.lines().size(), 0);
-    QCOMPARE(daemon.log(logMark).size(), 2); // of the bus library, about the reply
+    QCOMPARE(daemon.log(logMark), QStringList()); // anybody could fill it
 }
 
 void TestPolicyReading::keysAreComparedExactly()

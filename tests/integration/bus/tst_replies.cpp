@@ -19,15 +19,6 @@ namespace {
 const QString ObjectPath = QStringLiteral("/org/kvt/PolicyManager");
 const QString Lens = QStringLiteral("lens");
 
-/// What the bus library says of a reply or signal whose value it cannot write.
-QStringList unwritten(const char *what)
-{
-    return texts({"warning|default|QDBusMarshaller: cannot add a null QDBusVariant"})
-        << QString::fromLatin1(what)
-        + QStringLiteral(": Marshalling failed: Variant containing QVariant::Invalid passed in "
-                         "arguments");
-}
-
 } // namespace
 
 /// Replies and signals as they are on the wire.
@@ -255,9 +246,7 @@ void TestReplies::keyWithoutAValueIsNotAnswered()
     QCOMPARE(monitor.messages([&](const BusMessage &message) { return message.answers(question); })
                  .size(),
              0);
-    QCOMPARE(daemon.log(mark),
-             unwritten("warning|default|QDBusConnection: error: could not send "
-                       "reply message to service \"\""));
+    QCOMPARE(daemon.log(mark), QStringList());
 }
 
 void TestReplies::unansweredReaderHoldsUpNobody()

@@ -5,9 +5,11 @@
 #include "simulator/systemlogs.h"
 #include "support/caller.h"
 #include "support/client.h"
+#include "support/daemon.h"
 #include "support/files.h"
 #include "support/neighbour.h"
 #include "support/switchplugin.h"
+#include "support/waiting.h"
 #include "support/watcheddaemon.h"
 
 #include <QDBusVariant>
@@ -23,6 +25,9 @@ const QString FalseEvent =
                    "true.");
 const QString ForgedEvent = QStringLiteral("x\n<14>Jan  1 00:00:00 govd: ") + FalseEvent;
 const QString ForgedMessage = QStringLiteral("x\nwarning|default|Failed to enforce policy: forged");
+
+/// The longest text that the daemon's log holds whole, in bytes with quotes and escapes.
+constexpr int LongestText = 1024;
 
 /// Texts that break the line, the format or the terminal of whoever prints them carelessly.
 QMap<QString, QString> hostileTexts()
@@ -104,6 +109,9 @@ private Q_SLOTS:
     void errorOfANeighbourIsOneLine_data() { addTexts(); }
     void errorOfANeighbourIsOneLine();
     void textTooLongForTheSystemLog();
+    void longTextIsCut_data();
+    void longTextIsCut();
+    void linesOfReadersAreLimited();
 };
 
 void TestLogLines::eventIsOneDatagram()
@@ -188,9 +196,10 @@ void TestLogLines::errorOfANeighbourIsOneLine()
     QVERIFY(log.at(0).startsWith(
         QLatin1String("warning|default|Failed to disable internet sharing: ")));
     QVERIFY(log.at(1).startsWith(QLatin1String("info|default|Terminating ")));
+    const QString end =
+        quoted(text).toUtf8().size() > LongestText ? QStringLiteral(" more bytes]") : quoted(text);
     for (const QString &line : log)
-        QVERIFY2(line.endsWith(quoted(text)) || line.endsWith(quoted(text) + QLatin1Char(')')),
-                 qPrintable(line));
+        QVERIFY2(line.endsWith(end) || line.endsWith(end + QLatin1Char(')')), qPrintable(line));
     QCOMPARE(daemon.recorded().size(), 2);
 }
 
@@ -209,6 +218,56 @@ void TestLogLines::textTooLongForTheSystemLog()
     QCOMPARE(daemon.recorded(), QStringList());
     QCOMPARE(daemon.set(Camera, false), QVariant(true));
     QCOMPARE(daemon.recorded().size(), 1);
+}
+
+void TestLogLines::longTextIsCut_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("letters") << QStringLiteral("k");
+    QTest::newRow("quotes") << QStringLiteral("\"");
+    QTest::newRow("escapes") << QStringLiteral("\\");
+    QTest::newRow("characters of several bytes") << QStringLiteral("\u20ac");
+    QTest::newRow("control characters") << QStringLiteral("\u0001");
+}
+
+void TestLogLines::longTextIsCut()
+{
+    QFETCH(const QString, text);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+
+    QCOMPARE(daemon.set(text.repeated(100000) + QLatin1Char('='), true), QVariant(false));
+
+    const QStringList log = daemon.logged();
+    QCOMPARE(log.size(), 2);
+    const QByteArray line = log.at(0).toUtf8();
+    QVERIFY2(line.size() > LongestText && line.size() < LongestText + 200, line.constData());
+    QVERIFY2(line.contains(" more bytes]"), line.constData());
+    QCOMPARE(QString::fromUtf8(line).count(QChar::ReplacementCharacter), 0);
+    QCOMPARE(brokenLines(log), QStringList());
+}
+
+/// Reading needs no right: what a failing plugin makes of it must not fill the log.
+void TestLogLines::linesOfReadersAreLimited()
+{
+    constexpr int Reads = 150; // each of which is two lines
+    constexpr int Burst = 100;
+    SwitchPlugin plugin;
+    plugin.setSwitch(QStringLiteral("lens"), {1}, 7);
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    const int mark = daemon.mark();
+    Client client;
+    for (int i = 0; i < Reads; ++i)
+        client.switchValue(QStringLiteral("lens"));
+
+    const QString leftOut =
+        QStringLiteral("warning|default|Left out %1 log lines that callers caused")
+            .arg(2 * Reads - Burst);
+    QVERIFY(waitFor([&] { return daemon.log(mark).contains(leftOut); }));
+    QCOMPARE(daemon.log(mark).size(), Burst + 1);
+    client.switchValue(QStringLiteral("lens"));
+    QCOMPARE(daemon.log(mark).size(), Burst + 3);
 }
 
 QTEST_GUILESS_MAIN(TestLogLines)
