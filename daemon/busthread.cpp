@@ -7,6 +7,10 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 
+#include <dbus/dbus.h>
+
+#include <limits>
+
 void BusThread::catchUp()
 {
     // The bus answers after what it has sent before, so after this the thread has received it. A
@@ -19,4 +23,14 @@ void BusThread::catchUp()
     const QString nowhere = QStringLiteral("nowhere");
     QDBusConnection::connectToPeer(QString(), nowhere);
     QDBusConnection::disconnectFromPeer(nowhere);
+}
+
+void BusThread::liftLimits()
+{
+    auto *connection =
+        static_cast<DBusConnection *>(QDBusConnection::systemBus().internalPointer());
+    if (!connection)
+        return;
+    dbus_connection_set_max_received_size(connection, std::numeric_limits<long>::max());
+    dbus_connection_set_max_received_unix_fds(connection, std::numeric_limits<long>::max());
 }

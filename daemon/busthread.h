@@ -13,6 +13,14 @@ namespace BusThread {
 /// a call at the same moment, once in some ten thousand starts, crashes the process.
 void catchUp();
 
+/// Has the connection take in whatever the bus sends; without a bus, does nothing.
+///
+/// With 63 MiB or 4,096 descriptors in messages that have not been dealt with, libdbus stops
+/// reading from its socket. It begins again in the thread that frees a message, which is the main
+/// thread, where Qt cannot switch the socket's watch on: the process would be deaf from then on. So
+/// memory, which the service manager limits, is the only limit.
+void liftLimits();
+
 } // namespace BusThread
 
 #endif

@@ -3,6 +3,7 @@
 #include "common/log.h"
 #include "common/names.h"
 #include "common/shutdown.h"
+#include "common/watchdog.h"
 #include "daemon/busthread.h"
 #include "daemon/policymanager.h"
 #include "daemon/removablestorage.h"
@@ -21,6 +22,7 @@ int main(int argc, char **argv)
     // A new connection holds back what it receives, the loss of the bus included, until this event
     // of it is delivered: a blocking call before that would never return.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    BusThread::liftLimits();
     BusThread::catchUp();
 
     PolicyManager manager(nullptr);
@@ -38,6 +40,7 @@ int main(int argc, char **argv)
     }
     BusThread::catchUp();
 
+    Watchdog::start(&manager);
     application.exec();
     return 0;
 }

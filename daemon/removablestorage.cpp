@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "daemon/removablestorage.h"
 
+#include "common/watchdog.h"
 #include "daemon/policymanager.h"
 #include "daemon/policytypes.h"
 #include "enforcer/handlers.h"
@@ -53,6 +54,7 @@ void unmountRemovableStorage(PolicyEnforcementTask task)
         return;
 
     const auto partitions = manager->partitions(Partition::Any | Partition::ExcludeParents);
+    Watchdog::checkBus(); // the storage service may have been waited for
     for (const Partition &partition : partitions) {
         if (governingPolicy(partition) == task.type && isMountedExternally(partition))
             manager->unmount(partition, QVariantMap());

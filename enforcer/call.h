@@ -4,6 +4,7 @@
 #define GOVD_ENFORCER_CALL_H
 
 #include "common/serviceproxy.h"
+#include "common/watchdog.h"
 
 #include <QDBusError>
 #include <QVariantList>
@@ -19,6 +20,7 @@ bool callOrReport(ServiceProxy &proxy, const QString &method, const QVariantList
     const QDBusError error(proxy.callWithArgumentList(QDBus::Block, method, arguments));
     if (error.isValid())
         report(error);
+    Watchdog::checkBus();
     return !error.isValid();
 }
 
