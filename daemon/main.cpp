@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/busloss.h"
 #include "common/log.h"
 #include "common/names.h"
-#include "common/shutdown.h"
+#include "common/unixsignal.h"
 #include "common/watchdog.h"
 #include "daemon/busthread.h"
 #include "daemon/policymanager.h"
@@ -13,12 +14,58 @@
 #include <QDBusError>
 #include <QDebug>
 
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+/// Answers a command line, which the daemon has no use for. The exit code.
+int explain(const char *argument)
+{
+    if (std::strcmp(argument, "--version") == 0) {
+        std::puts("govd " GOVD_VERSION);
+        return 0;
+    }
+    const bool isAsked = std::strcmp(argument, "--help") == 0;
+    std::fputs(
+        "Usage: govd\n"
+        "\n"
+        "Keeps and enforces the device's policies, on the system bus as org.kvt.PolicyManager.\n"
+        "It takes no arguments and is started by the service manager; see govd(8).\n"
+        "\n"
+        "  --help      this text\n"
+        "  --version   the version\n",
+        isAsked ? stdout : stderr);
+    return isAsked ? 0 : 2;
+}
+
+/// Serves until a signal or the loss of the bus ends the event loop.
+void serve(PolicyManager &manager)
+{
+    const UnixSignal interrupt(SIGINT);
+    const UnixSignal termination(SIGTERM);
+    const UnixSignal hangup(SIGHUP);
+    QObject::connect(&interrupt, &UnixSignal::caught, &QCoreApplication::quit);
+    QObject::connect(&termination, &UnixSignal::caught, &QCoreApplication::quit);
+    QObject::connect(&hangup, &UnixSignal::caught, &manager, &PolicyManager::setupPolicies);
+    Watchdog::start(&manager);
+    QCoreApplication::exec();
+}
+
+} // namespace
+
 int main(int argc, char **argv)
 {
+    if (argc > 1)
+        return explain(argv[1]);
     Log::install();
-    Shutdown::holdTerminationSignals();
     QCoreApplication application(argc, argv);
-    const Shutdown shutdown(&application);
+    const BusLoss busLoss;
+    QObject::connect(&busLoss, &BusLoss::lost, [] {
+        qWarning() << "Lost the connection to the system bus";
+        QCoreApplication::quit();
+    });
     // A new connection holds back what it receives, the loss of the bus included, until this event
     // of it is delivered: a blocking call before that would never return.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
@@ -40,7 +87,6 @@ int main(int argc, char **argv)
     }
     BusThread::catchUp();
 
-    Watchdog::start(&manager);
-    application.exec();
+    serve(manager);
     return 0;
 }

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "commandline/text.h"
-#include "common/shutdown.h"
+#include "common/busloss.h"
+#include "common/unixsignal.h"
 #include "simulator/program/bus.h"
 #include "simulator/program/calllog.h"
 #include "simulator/program/control.h"
@@ -11,6 +12,8 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+
+#include <csignal>
 
 namespace Simulator {
 namespace {
@@ -41,7 +44,6 @@ Failure nameTaken(const QString &name)
 
 Outcome Verbs::device(const Request &request, Output &output)
 {
-    Shutdown::holdTerminationSignals();
     if (const Outcome failure = checkBus(request.timeout))
         return failure;
 
@@ -58,7 +60,12 @@ Outcome Verbs::device(const Request &request, Output &output)
         if (!output.isOpen())
             QCoreApplication::quit();
     });
-    Shutdown shutdown(QCoreApplication::instance());
+    const BusLoss bus;
+    const UnixSignal interrupt(SIGINT);
+    const UnixSignal termination(SIGTERM);
+    QObject::connect(&bus, &BusLoss::lost, &QCoreApplication::quit);
+    QObject::connect(&interrupt, &UnixSignal::caught, &QCoreApplication::quit);
+    QObject::connect(&termination, &UnixSignal::caught, &QCoreApplication::quit);
     output.note(Text::tr("the device is on the bus"));
     QCoreApplication::exec();
     if (!QDBusConnection::systemBus().isConnected())

@@ -39,8 +39,12 @@ private Q_SLOTS:
     void nothingIsWrittenIntoTheCurrentDirectory();
     void filesAreReadWhateverTheirNames_data();
     void filesAreReadWhateverTheirNames();
-    void requestToEndDuringTheStartWaitsForItsEnd_data();
-    void requestToEndDuringTheStartWaitsForItsEnd();
+    void signalDuringTheStartEndsIt_data();
+    void signalDuringTheStartEndsIt();
+    void signalIsNotBlockedInChildren();
+    void hangupEnforcesAllPoliciesOnceMore();
+    void argumentsAreRefused_data();
+    void argumentsAreRefused();
     void anEndTakesNothingBack();
     void lossOfTheBusIsNoFailure();
 };
@@ -62,8 +66,6 @@ void TestSurroundings::serviceIsTheSameWhateverTheSurroundings_data()
     QTest::newRow("in the root directory") << texts({"env", "--chdir=/"});
     QTest::newRow("in a directory that is gone")
         << texts({"sh", "-c", "mkdir /tmp/gone && cd /tmp/gone && rmdir /tmp/gone && exec \"$0\""});
-    QTest::newRow("with arguments")
-        << texts({"sh", "-c", "exec \"$0\" --help --version -x /etc/policy/other.conf"});
     QTest::newRow("without standard input and output")
         << texts({"sh", "-c", "exec \"$0\" <&- >&-"});
 }
@@ -120,14 +122,14 @@ void TestSurroundings::filesAreReadWhateverTheirNames()
     QCOMPARE(Client().policy(QStringLiteral("CameraEnabled")), QVariant(false));
 }
 
-void TestSurroundings::requestToEndDuringTheStartWaitsForItsEnd_data()
+void TestSurroundings::signalDuringTheStartEndsIt_data()
 {
     QTest::addColumn<int>("signal");
     QTest::newRow("SIGTERM") << SIGTERM;
     QTest::newRow("SIGINT") << SIGINT;
 }
 
-void TestSurroundings::requestToEndDuringTheStartWaitsForItsEnd()
+void TestSurroundings::signalDuringTheStartEndsIt()
 {
     QFETCH(const int, signal);
     SwitchPlugin plugin;
@@ -138,14 +140,64 @@ void TestSurroundings::requestToEndDuringTheStartWaitsForItsEnd()
     daemon.launch();
     QVERIFY(plugin.waitForCall(QStringLiteral("holding keyValue")));
     QCOMPARE(kill(static_cast<pid_t>(daemon.processId()), signal), 0);
-    plugin.release();
 
-    // Half a start would leave half of the policies enforced.
-    QCOMPARE(daemon.waitForExit(), 0);
+    // The plugin still waits: nothing that the start waits for keeps the daemon from its end.
+    QCOMPARE(daemon.waitForExit(), -1);
     monitor.settle();
-    QVERIFY(!monitor.uniqueName(Service).isEmpty());
-    QVERIFY(QFile::exists(CameraMarker));
-    QCOMPARE(daemon.log(), usualLog());
+    QVERIFY(monitor.uniqueName(Service).isEmpty());
+    plugin.release();
+    QVERIFY(daemon.start());
+}
+
+void TestSurroundings::signalIsNotBlockedInChildren()
+{
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    const QByteArray status =
+        Files::read(QStringLiteral("/proc/%1/status").arg(daemon.processId()));
+    QVERIFY2(status.contains("\nSigBlk:\t0000000000000000\n"), status.constData());
+}
+
+void TestSurroundings::hangupEnforcesAllPoliciesOnceMore()
+{
+    Daemon daemon;
+    QVERIFY(daemon.start());
+    Client client;
+    QVERIFY(client.setPolicy(QStringLiteral("DeveloperShellEnabled"), false));
+    Files::write(PolicyFile, "[policy]\nCameraEnabled=false\n");
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(QFile::remove(CameraMarker));
+        QVERIFY(QFile::remove(DeveloperShellMarker));
+        QCOMPARE(kill(static_cast<pid_t>(daemon.processId()), SIGHUP), 0);
+        QTRY_VERIFY(QFile::exists(CameraMarker) && QFile::exists(DeveloperShellMarker));
+    }
+    QCOMPARE(client.policy(QStringLiteral("CameraEnabled")), QVariant(true)); // no file was read
+}
+
+void TestSurroundings::argumentsAreRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("code");
+    QTest::newRow("help") << texts({"--help"}) << 0;
+    QTest::newRow("version") << texts({"--version"}) << 0;
+    QTest::newRow("unknown option") << texts({"-x"}) << 2;
+    QTest::newRow("file") << texts({"/etc/policy/other.conf"}) << 2;
+    QTest::newRow("empty text") << texts({""}) << 2;
+}
+
+/// Nothing is enforced: no file is there afterwards, and the name stays free.
+void TestSurroundings::argumentsAreRefused()
+{
+    QFETCH(const QStringList, arguments);
+    QFETCH(const int, code);
+    QProcess process;
+    process.start(QStringLiteral("/usr/sbin/govd"), arguments);
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), code);
+    QCOMPARE(process.readAllStandardOutput().isEmpty(), code != 0);
+    QCOMPARE(process.readAllStandardError().isEmpty(), code == 0);
+    QVERIFY(!QFile::exists(PolicyFile));
+    QVERIFY(!QFile::exists(CameraMarker));
 }
 
 void TestSurroundings::anEndTakesNothingBack()
@@ -182,7 +234,8 @@ void TestSurroundings::lossOfTheBusIsNoFailure()
     BusMonitor().settle();
     bus.stop();
     QCOMPARE(daemon.waitForExit(), 0);
-    QCOMPARE(daemon.log(), usualLog());
+    QCOMPARE(daemon.log(),
+             usualLog() << QStringLiteral("warning|default|Lost the connection to the system bus"));
 }
 
 QTEST_GUILESS_MAIN(TestSurroundings)

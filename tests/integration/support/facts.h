@@ -18,6 +18,8 @@ inline const QString SwitchFile = QStringLiteral("/etc/policy/switch.conf");
 inline const QString Camera = QStringLiteral("CameraEnabled");
 inline const QString CameraMarker = QStringLiteral("/var/lib/govd/camera_enabled");
 
+inline const QString DeveloperShellMarker = QStringLiteral("/var/lib/devel-su/.disable");
+
 inline const QString Microphone = QStringLiteral("MicrophoneEnabled");
 inline const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
 inline const QString UsbDevices = QStringLiteral("UsbDevicesEnabled");

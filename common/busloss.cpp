@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "common/busloss.h"
+
+#include <QDBusConnection>
+
+BusLoss::BusLoss(QObject *parent)
+    : QObject(parent)
+{
+    QDBusConnection::systemBus().connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                                         QStringLiteral("org.freedesktop.DBus.Local"),
+                                         QStringLiteral("Disconnected"), this, SIGNAL(lost()));
+}

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_COMMON_BUSLOSS_H
+#define GOVD_COMMON_BUSLOSS_H
+
+#include <QObject>
+
+/// Tells when the connection to the system bus is lost. Qt does not connect again.
+class BusLoss : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit BusLoss(QObject *parent = nullptr);
+
+Q_SIGNALS:
+    void lost();
+};
+
+#endif

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVD_COMMON_UNIXSIGNAL_H
+#define GOVD_COMMON_UNIXSIGNAL_H
+
+#include <QObject>
+
+/// Turns a signal of the process into an event of the main loop, as long as the object lives.
+///
+/// Before and after that the signal has its default meaning. No mask is set, which children would
+/// inherit; they get the default meaning too, because exec() resets handlers. Signals that arrive
+/// while the loop is busy are reported once. At most one object for each signal number.
+class UnixSignal : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit UnixSignal(int number, QObject *parent = nullptr);
+    ~UnixSignal() override;
+
+Q_SIGNALS:
+    void caught();
+
+private:
+    int m_number;
+    int m_descriptor; ///< an eventfd, which the handler writes and the main loop reads
+};
+
+#endif
