@@ -40,17 +40,14 @@ int explain(const char *argument)
     return isAsked ? 0 : 2;
 }
 
-/// Serves until a signal or the loss of the bus ends the event loop.
-void serve(PolicyManager &manager)
+/// Has signals take effect in the event loop, as long as @p manager lives.
+void handleSignals(PolicyManager *manager)
 {
-    const UnixSignal interrupt(SIGINT);
-    const UnixSignal termination(SIGTERM);
-    const UnixSignal hangup(SIGHUP);
-    QObject::connect(&interrupt, &UnixSignal::caught, &QCoreApplication::quit);
-    QObject::connect(&termination, &UnixSignal::caught, &QCoreApplication::quit);
-    QObject::connect(&hangup, &UnixSignal::caught, &manager, &PolicyManager::setupPolicies);
-    Watchdog::start(&manager);
-    QCoreApplication::exec();
+    for (const int number : {SIGINT, SIGTERM})
+        QObject::connect(new UnixSignal(number, manager), &UnixSignal::caught,
+                         &QCoreApplication::quit);
+    QObject::connect(new UnixSignal(SIGHUP, manager), &UnixSignal::caught, manager,
+                     &PolicyManager::setupPolicies);
 }
 
 } // namespace
@@ -77,6 +74,10 @@ int main(int argc, char **argv)
                      &PolicyManager::processPartition);
     manager.setupPolicies();
 
+    // Until here a signal ends the start at once, whatever it waits for: files are replaced as a
+    // whole, so nothing is torn. From here on nothing is waited for but the bus.
+    handleSignals(&manager);
+
     // All values are loaded and enforced by now, and the object is there before the name: the
     // first client that sees the name finds everything in place.
     QDBusConnection bus = QDBusConnection::systemBus();
@@ -87,6 +88,7 @@ int main(int argc, char **argv)
     }
     BusThread::catchUp();
 
-    serve(manager);
+    Watchdog::start(&manager);
+    application.exec();
     return 0;
 }
