@@ -12,37 +12,53 @@ namespace {
 
 bool holdsDescriptor(const QVariant &value);
 
-/// Looks at what @p container has left, the elements of an array, structure or map entry.
-bool elementsHoldDescriptor(const QDBusArgument &container)
+// QDBusArgument frees the message only if each container that was begun is ended as well: so all of
+// them are read to their end.
+
+bool restHoldsDescriptor(const QDBusArgument &container)
 {
-    while (!container.atEnd()) {
-        if (holdsDescriptor(container.asVariant()))
-            return true;
-    }
-    return false;
+    bool found = false;
+    while (!container.atEnd())
+        found |= holdsDescriptor(container.asVariant());
+    return found;
 }
 
 bool mapHoldsDescriptor(const QDBusArgument &map)
 {
+    bool found = false;
     map.beginMap();
     while (!map.atEnd()) {
         map.beginMapEntry();
-        if (elementsHoldDescriptor(map))
-            return true;
+        found |= restHoldsDescriptor(map);
         map.endMapEntry();
     }
-    return false;
+    map.endMap();
+    return found;
+}
+
+bool arrayHoldsDescriptor(const QDBusArgument &array)
+{
+    array.beginArray();
+    const bool found = restHoldsDescriptor(array);
+    array.endArray();
+    return found;
+}
+
+bool structureHoldsDescriptor(const QDBusArgument &structure)
+{
+    structure.beginStructure();
+    const bool found = restHoldsDescriptor(structure);
+    structure.endStructure();
+    return found;
 }
 
 bool containerHoldsDescriptor(const QDBusArgument &container)
 {
     switch (container.currentType()) {
     case QDBusArgument::ArrayType:
-        container.beginArray();
-        return elementsHoldDescriptor(container);
+        return arrayHoldsDescriptor(container);
     case QDBusArgument::StructureType:
-        container.beginStructure();
-        return elementsHoldDescriptor(container);
+        return structureHoldsDescriptor(container);
     case QDBusArgument::MapType:
         return mapHoldsDescriptor(container);
     case QDBusArgument::BasicType:
