@@ -86,6 +86,14 @@ bool canHold(GKeyFile *file, const QByteArray &group, const QString &key)
     return readsBack(group, localKey, !first || group == first.get());
 }
 
+/// Whether saving went without an error; false after the warning that tells it.
+bool hasSucceeded(const KeyFileError &error)
+{
+    if (error)
+        qWarning() << "Error saving key file" << error->code << error->message;
+    return !error;
+}
+
 } // namespace
 
 KeyFile::KeyFile()
@@ -150,6 +158,15 @@ KeyFileError KeyFile::setBoolean(const QString &group, const QString &key, bool 
     return nullptr;
 }
 
+bool canSaveKey(const QString &path, const QString &group, const QString &key)
+{
+    if (isPlain(key))
+        return true;
+    KeyFile file;
+    file.load(path); // if that fails, saving will tell
+    return hasSucceeded(file.setBoolean(group, key, false));
+}
+
 bool saveKeyValue(const QString &path, const QString &group, const QString &key, bool value)
 {
     KeyFile file;
@@ -162,9 +179,5 @@ bool saveKeyValue(const QString &path, const QString &group, const QString &key,
     KeyFileError error = file.setBoolean(group, key, value);
     if (!error)
         error = file.save(path);
-    if (error) {
-        qWarning() << "Error saving key file" << error->code << error->message;
-        return false;
-    }
-    return true;
+    return hasSucceeded(error);
 }

@@ -59,6 +59,10 @@ private:
     std::unique_ptr<GKeyFile, Deleter> m_file;
 };
 
+/// Whether the file at @p path, there or not, can hold @p key in @p group and give it back. False
+/// after the warning of saveKeyValue(), which would refuse it; it can still fail for other reasons.
+bool canSaveKey(const QString &path, const QString &group, const QString &key);
+
 /// Records the boolean @p value of @p key in the file at @p path, which is created if need be, and
 /// keeps all its other keys and groups.
 ///

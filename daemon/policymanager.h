@@ -59,7 +59,8 @@ public:
     bool setPolicyValue(const QString &key, const QVariant &value, bool logEvent);
 
     /// Takes a new switch value. True when it was accepted: allowed, taken by the plugin, and
-    /// saved. A switch that could not be saved keeps its new value all the same.
+    /// saved. A key that the file cannot hold is refused before the plugin is asked; a switch that
+    /// could not be saved for another reason keeps its new value all the same.
     bool setSwitchValue(const QString &key, const QVariant &value);
 
     /// Unmounts @p partition if it is a mounted external one whose bus a policy forbids.

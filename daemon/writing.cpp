@@ -35,6 +35,12 @@ bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
     if (!plugin || !canBeGivenBack(value))
         return false;
 
+    // The plugin would keep, and announce, what is refused after it has been asked.
+    if (!canSaveKey(Names::SwitchFile, Names::ConfigurationGroup, key)) {
+        qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
+        return false;
+    }
+
     const QVariant oldValue = switchValue(key);
     if (const int code = plugin->setKeyValue(key, value)) {
         qWarning() << "AccessSwitch plugin failed to set value for key:" << key;

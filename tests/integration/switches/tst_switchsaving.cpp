@@ -32,7 +32,9 @@ private Q_SLOTS:
     void failures_data();
     void failures();
     void malformedFileIsLeftAsItIs();
-    void keyThatAFileCannotHold();
+    void keyThatTheFileCannotHold_data();
+    void keyThatTheFileCannotHold();
+    void keyForTheLibraryIsTakenBehindAnotherGroup();
     void savingWorksAgain();
 };
 
@@ -119,22 +121,66 @@ void TestSwitchSaving::malformedFileIsLeftAsItIs()
     QCOMPARE(daemon.recorded(), QStringList());
 }
 
-void TestSwitchSaving::keyThatAFileCannotHold()
+void TestSwitchSaving::keyThatTheFileCannotHold_data()
 {
-    const QString key = QStringLiteral("a=b");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("shown");
+    const auto row = [](const char *name, const char *content, const char *key, const char *shown) {
+        QTest::newRow(name) << QByteArray(content) << QString::fromUtf8(key)
+                            << QString::fromUtf8(shown);
+    };
+    row("equals sign", "", "a=b", R"("a=b")");
+    row("empty", "", "", R"("")");
+    row("comment", "", "#a", R"("#a")");
+    row("blank at the end", "", "a ", R"("a ")");
+    row("a line of its own", "", "a\nb=true\nc", R"("a\nb=true\nc")");
+    row("taken by the library, in a new file", "", "Encoding", R"("Encoding")");
+    row("taken by the library, in the first group", "[policy]\nb=true\n", "Encoding",
+        R"("Encoding")");
+    row("into a malformed file", "no key file\n", "a=b", R"("a=b")");
+}
+
+/// The plugin is not asked: it would keep, and announce, what is then refused.
+void TestSwitchSaving::keyThatTheFileCannotHold()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, key);
+    QFETCH(QString, shown);
+    SwitchPlugin plugin;
+    plugin.setSwitch(key, {1}, true);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    if (!content.isEmpty())
+        Files::write(SwitchFile, content);
+    const FileSnapshot before = Files::snapshot(SwitchFile);
+    const int mark = plugin.mark();
+
+    QCOMPARE(Caller().setSwitch(key, false).value(), QVariant(false));
+    QCOMPARE(plugin.calls(mark), QStringList());
+    QCOMPARE(daemon.said(), texts({"reply false"}));
+    QCOMPARE(daemon.logged(),
+             QStringList({QLatin1String("warning|default|Error saving key file 1 Key file cannot "
+                                        "hold the key ")
+                              + shown,
+                          NotSaved}));
+    QCOMPARE(daemon.recorded(), QStringList());
+    QCOMPARE(Files::snapshot(SwitchFile), before);
+    QVERIFY(QFile::exists(CameraMarker));
+}
+
+void TestSwitchSaving::keyForTheLibraryIsTakenBehindAnotherGroup()
+{
+    const QString key = QStringLiteral("Encoding");
     SwitchPlugin plugin;
     plugin.setSwitch(key, {}, true);
     WatchedDaemon daemon;
     QVERIFY(daemon.start());
+    Files::write(SwitchFile, "[other]\nx=1\n");
 
-    QCOMPARE(Caller().setSwitch(key, false).value(), QVariant(false));
-    const QStringList log = daemon.logged();
-    QCOMPARE(log.size(), 2);
-    QVERIFY(log.at(0).startsWith(QLatin1String("warning|default|Error saving key file ")));
-    QCOMPARE(log.at(1), NotSaved);
-    QVERIFY(!QFile::exists(SwitchFile));
-    QCOMPARE(plugin.value(key), QJsonValue(false));
-    QCOMPARE(daemon.recorded(), QStringList());
+    QCOMPARE(Caller().setSwitch(key, false).value(), QVariant(true));
+    QCOMPARE(Files::read(SwitchFile), QByteArray("[other]\nx=1\n\n[policy]\nEncoding=false\n"));
+    QCOMPARE(daemon.logged(), QStringList());
 }
 
 void TestSwitchSaving::savingWorksAgain()
