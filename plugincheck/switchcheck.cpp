@@ -3,6 +3,7 @@
 #include "plugincheck/switchcheck.h"
 
 #include "common/names.h"
+#include "daemon/keyfile.h"
 #include "daemon/policytypes.h"
 #include "plugincheck/namelist.h"
 #include "plugincheck/report.h"
@@ -12,6 +13,14 @@
 #include <pellorapolicy/accessswitchplugin.h>
 
 namespace {
+
+/// The daemon keeps the values of switches in a file, which on a fresh device is a new one.
+void checkKey(const QString &key, Report &report)
+{
+    if (const KeyFileError error = KeyFile().setBoolean(Names::ConfigurationGroup, key, true))
+        report.fail(QStringLiteral("keyPolicyTypes() lists a switch that can never be set: ")
+                    + QString::fromUtf8(error->message));
+}
 
 /// Judges the policies that the switch @p key governs and returns their names.
 QStringList checkPolicies(const QString &key, const QList<int> &types, Report &report)
@@ -69,6 +78,7 @@ void checkSwitches(Pellora::AccessSwitchPlugin &plugin, const QFileInfo &file, R
         report.warn(QStringLiteral("keyPolicyTypes() lists no switch"));
     QStringList governed;
     for (const QString &key : qAsConst(keys)) {
+        checkKey(key, report);
         const QStringList policies = checkPolicies(key, table.value(key), report);
         checkOneSwitch(plugin, key, policies, report);
         governed.append(policies);

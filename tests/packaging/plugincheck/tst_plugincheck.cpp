@@ -71,6 +71,7 @@ private Q_SLOTS:
     void complaints();
     void soundLockPlugin();
     void soundSwitchPlugin();
+    void oneLineForEachFinding();
     void pluginOfAnotherQt();
     void damagedFiles_data();
     void damagedFiles();
@@ -114,6 +115,9 @@ void TestPluginCheck::complaints_data()
         {"the switch \"%2\" governs number 999,", "keyValue(\"a\") gives a int (5)",
          "the switch \"b\" governs number 0,", "the switch \"b\" governs number 999,",
          "the switch \"c\" governs no policy", "governed more than once"});
+    const char *unsavable = "keyPolicyTypes() lists a switch that can never be set: ";
+    add("keys that no file can hold", plugin("unsavableswitches.so"), Useless,
+        {unsavable, unsavable, unsavable});
     add("switch announces while asked", plugin("chattyswitch.so"), Useless,
         {"keyValue() or keyPolicyTypes() emits"});
 }
@@ -156,6 +160,18 @@ void TestPluginCheck::soundSwitchPlugin()
                 .contains(QStringLiteral("the switch \"slider\" is on and governs: "
                                          "CameraEnabled, MicrophoneEnabled")));
     QCOMPARE(outcome.code, int(Sound));
+}
+
+void TestPluginCheck::oneLineForEachFinding()
+{
+    const Outcome outcome = check({plugin("unsavableswitches.so")});
+
+    const QStringList lines = outcome.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &line : lines)
+        QVERIFY2(line.startsWith(plugin("unsavableswitches.so: ")), qPrintable(line));
+    QVERIFY(outcome.lines(QStringLiteral("error"))
+                .last()
+                .endsWith(QStringLiteral("Key file cannot hold the key \"two\\nlines\"")));
 }
 
 /// The two bytes behind the mark and the format of the meta data are the version of Qt.
