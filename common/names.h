@@ -35,6 +35,7 @@ inline const QString ConfigurationGroup = QStringLiteral("policy");
 inline const QString AccessSwitchPlugin =
     QStringLiteral("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so");
 inline const QString SourceRestrictionDirectory = QStringLiteral("/govd/");
+inline const QString PluginConditionDirectory = QStringLiteral("/run/govd");
 
 // Who may change a value
 inline const QString PrivilegedGroup = QStringLiteral("privileged");

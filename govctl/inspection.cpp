@@ -27,6 +27,7 @@ Inspection inspectDaemon(std::chrono::milliseconds timeout)
         result.failure = opened.failure();
         return result;
     }
+    result.plugins = readPluginConditions();
     if (const auto snapshot = takeSnapshot(daemon, KnownPolicies::keys()))
         result.snapshot = *snapshot;
     else

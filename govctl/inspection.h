@@ -3,12 +3,14 @@
 #ifndef GOVCTL_INSPECTION_H
 #define GOVCTL_INSPECTION_H
 
+#include "govctl/plugincondition.h"
 #include "govctl/policystate.h"
 
 /// As much of the daemon as can be found out, and where finding out ended.
 struct Inspection
 {
     std::optional<Daemon::Owner> owner; ///< of the daemon's name, whoever it is
+    PluginConditions plugins; ///< nothing without a daemon, too
     std::optional<Snapshot> snapshot; ///< of all policies
     Outcome failure; ///< nothing when all was found out
 

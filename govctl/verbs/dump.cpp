@@ -47,6 +47,7 @@ QJsonObject toJson(const Inspection &inspection)
             {QStringLiteral("files"),
              QJsonArray{toJson(readStoredValues(Names::PolicyFile)),
                         toJson(readStoredValues(Names::SwitchFile))}},
+            {QStringLiteral("plugins"), toJson(inspection.plugins)},
             {QStringLiteral("policies"), policies},
             {QStringLiteral("switches"), switches}};
 }

@@ -7,6 +7,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace {
 
 QVector<PolicyState> differences(const Inspection &inspection)
@@ -73,13 +75,27 @@ QString differencesText(const Snapshot &snapshot, const QVector<PolicyState> &di
     return text;
 }
 
+QString pluginsText(const PluginConditions &plugins)
+{
+    if (!plugins)
+        return row(
+            Text::tr("plugins"),
+            Text::tr("not known: this user may not read %1").arg(Names::PluginConditionDirectory));
+    QString text;
+    for (const PluginCondition &plugin : *plugins)
+        text += row(Text::tr("plugin"),
+                    printable(QStringLiteral("%1: %2").arg(plugin.name, plugin.message)));
+    return text;
+}
+
 QString toText(const Inspection &inspection, const QVector<PolicyState> &different,
                const Output &output)
 {
     QString text = ownerText(inspection);
     if (inspection.snapshot)
         text += row(Text::tr("answers"), Text::tr("yes"))
-            + differencesText(*inspection.snapshot, different, output);
+            + differencesText(*inspection.snapshot, different, output)
+            + pluginsText(inspection.plugins);
     return text;
 }
 
@@ -93,7 +109,17 @@ QJsonObject toJson(const Inspection &inspection, const QVector<PolicyState> &dif
     return {{QStringLiteral("owner"), inspection.ownerToJson()},
             {QStringLiteral("answers"), inspection.snapshot.has_value()},
             {QStringLiteral("file"), file},
+            {QStringLiteral("plugins"), toJson(inspection.plugins)},
             {QStringLiteral("differences"), policies}};
+}
+
+bool isGood(const Inspection &inspection, const QVector<PolicyState> &different)
+{
+    const QVector<PluginCondition> plugins =
+        inspection.plugins.value_or(QVector<PluginCondition>());
+    return different.isEmpty() && inspection.snapshot->file.state != StoredValues::State::Malformed
+        && std::all_of(plugins.begin(), plugins.end(),
+                       [](const PluginCondition &plugin) { return plugin.isGood(); });
 }
 
 } // namespace
@@ -106,7 +132,6 @@ ExitCode Verbs::status(const Request &request, Output &output)
     const QString text = toText(inspection, different, output);
     if (inspection.failure)
         return output.fail(*inspection.failure, result, text);
-    const bool isGood =
-        different.isEmpty() && inspection.snapshot->file.state != StoredValues::State::Malformed;
-    return output.write(isGood ? ExitCode::Done : ExitCode::No, result, text);
+    return output.write(isGood(inspection, different) ? ExitCode::Done : ExitCode::No, result,
+                        text);
 }

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include <QDebug>
-#include <QFile>
-#include <QFileSystemWatcher>
+#include "plugins/common/statefile.h"
+
 #include <QMetaEnum>
 #include <QSet>
 
@@ -12,11 +11,11 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace {
 
-constexpr char Directory[] = "/etc/govd";
-constexpr char Path[] = "/etc/govd/filelock.conf";
+const QString Name = QStringLiteral("filelock");
 
 QStringList allPolicies()
 {
@@ -27,26 +26,30 @@ QStringList allPolicies()
     return keys;
 }
 
-/// Reads which policies are locked. A missing file locks none; nothing when it is malformed. A
-/// policy that does not exist is a fault, too: what was meant by it would stay open unnoticed.
-std::optional<QSet<QString>> readLocks()
+/// The policies that are locked by the text of a file; nothing when it is malformed. A policy that
+/// does not exist is a fault, too: what was meant by it would stay open unnoticed.
+std::optional<QSet<QString>> locksIn(const QByteArray &text)
 {
     const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(),
                                                                       g_key_file_unref);
+    if (!g_key_file_load_from_data(file.get(), text.constData(), static_cast<gsize>(text.size()),
+                                   G_KEY_FILE_NONE, nullptr))
+        return std::nullopt;
+    gchar **keys = g_key_file_get_string_list(file.get(), "lock", "policies", nullptr, nullptr);
+    if (!keys)
+        return std::nullopt;
     QSet<QString> locks;
-    GError *error = nullptr;
-    if (g_key_file_load_from_file(file.get(), Path, G_KEY_FILE_NONE, &error)) {
-        gchar **keys = g_key_file_get_string_list(file.get(), "lock", "policies", nullptr, &error);
-        for (gchar **key = keys; key && *key; ++key)
-            locks.insert(QString::fromUtf8(*key));
-        g_strfreev(keys);
-    }
-    const bool isRead = !error || g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
-    g_clear_error(&error);
+    for (gchar **key = keys; *key; ++key)
+        locks.insert(QString::fromUtf8(*key));
+    g_strfreev(keys);
     const QStringList policies = allPolicies();
-    const bool isSound =
-        isRead && (locks - QSet<QString>(policies.begin(), policies.end())).isEmpty();
+    const bool isSound = (locks - QSet<QString>(policies.begin(), policies.end())).isEmpty();
     return isSound ? std::optional(locks) : std::nullopt;
+}
+
+bool isSound(const QByteArray &text)
+{
+    return locksIn(text).has_value();
 }
 
 } // namespace
@@ -56,7 +59,8 @@ std::optional<QSet<QString>> readLocks()
 ///     [lock]
 ///     policies=CameraEnabled;BrowserEnabled
 ///
-/// A malformed file changes nothing: what was locked stays locked until the file is sound again.
+/// While the file is damaged or cannot be read, what was locked stays locked, also when the daemon
+/// starts. Without the file nothing is locked.
 class FileLock : public SourceRestriction
 {
     Q_OBJECT
@@ -66,50 +70,32 @@ class FileLock : public SourceRestriction
 public:
     FileLock();
 
-    QString name() override { return QStringLiteral("filelock"); }
+    QString name() override { return Name; }
     bool policyIsLocked(const QString &policy) override { return m_locks.contains(policy); }
     /// All policies there are: which of them the file will list is not known yet, and the daemon
     /// asks only once.
     QStringList supportedPolicies() override { return allPolicies(); }
 
 private:
-    void follow();
-    void update();
+    void apply();
 
-    QFileSystemWatcher m_watcher;
+    StateFile m_file;
     QSet<QString> m_locks;
-    bool m_isMalformed = false;
 };
 
 FileLock::FileLock()
+    : m_file(Name, isSound)
 {
-    // The directory tells of a file that is replaced, the file of one that is written in place.
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileLock::update);
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileLock::update);
-    update();
+    apply(); // what was kept
+    connect(&m_file, &StateFile::changed, this, &FileLock::apply);
+    m_file.update();
 }
 
-void FileLock::follow()
+void FileLock::apply()
 {
-    m_watcher.addPath(QLatin1String(Directory));
-    if (QFile::exists(QLatin1String(Path)))
-        m_watcher.addPath(QLatin1String(Path));
-}
-
-void FileLock::update()
-{
-    follow(); // first, so that an edit made while reading is seen as the next one
-    const std::optional<QSet<QString>> locks = readLocks();
-    if (!locks) {
-        if (!m_isMalformed)
-            qWarning() << "filelock: malformed, locks stay as they are:" << Path;
-        m_isMalformed = true;
-        return;
-    }
-    m_isMalformed = false;
-
-    const QSet<QString> changed = (*locks - m_locks) + (m_locks - *locks);
-    m_locks = *locks;
+    const QSet<QString> locks = locksIn(m_file.content()).value_or(QSet<QString>());
+    const QSet<QString> before = std::exchange(m_locks, locks);
+    const QSet<QString> changed = (locks - before) + (before - locks);
     for (const QString &policy : changed)
         Q_EMIT policyIsLockedChanged(policy, m_locks.contains(policy));
 }

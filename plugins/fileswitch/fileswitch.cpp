@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include <QDebug>
-#include <QFile>
-#include <QFileSystemWatcher>
+#include "plugins/common/statefile.h"
+
 #include <QMetaEnum>
 
 #include <glib.h>
@@ -15,9 +14,6 @@
 #include <utility>
 
 namespace {
-
-constexpr char Directory[] = "/etc/govd";
-constexpr char Path[] = "/etc/govd/fileswitch.conf";
 
 struct Switch
 {
@@ -48,17 +44,15 @@ std::optional<Switch> readSwitch(GKeyFile *file, const char *name)
     return isSound ? std::optional(result) : std::nullopt;
 }
 
-/// All switches of the file. A missing file has none; nothing when it is malformed. A file without
-/// a group is malformed, too: one that is being written in place is empty for a moment.
-std::optional<Switches> readSwitches()
+/// All switches in the text of a file; nothing when it is malformed. A text without a group is
+/// malformed, too.
+std::optional<Switches> switchesIn(const QByteArray &text)
 {
     const KeyFile file(g_key_file_new(), g_key_file_unref);
-    GError *error = nullptr;
-    g_key_file_load_from_file(file.get(), Path, G_KEY_FILE_NONE, &error);
-    const bool isMissing = g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOENT);
+    bool isSound = g_key_file_load_from_data(
+        file.get(), text.constData(), static_cast<gsize>(text.size()), G_KEY_FILE_NONE, nullptr);
     gchar **names = g_key_file_get_groups(file.get(), nullptr);
-    bool isSound = isMissing || (!error && *names);
-    g_clear_error(&error);
+    isSound = isSound && *names;
 
     Switches switches;
     for (gchar **name = names; *name && isSound; ++name) {
@@ -70,14 +64,21 @@ std::optional<Switches> readSwitches()
     return isSound ? std::optional(switches) : std::nullopt;
 }
 
-/// Records the value in the file, whose comments stay, and tells whether that worked.
-bool writeValue(const QString &name, bool value)
+bool isSound(const QByteArray &text)
 {
+    return switchesIn(text).has_value();
+}
+
+/// Records the value in the file, which holds a sound text and whose comments stay, and tells
+/// whether that worked.
+bool writeValue(const StateFile &stateFile, const QString &name, bool value)
+{
+    const QByteArray text = stateFile.content();
     const KeyFile file(g_key_file_new(), g_key_file_unref);
-    if (!g_key_file_load_from_file(file.get(), Path, G_KEY_FILE_KEEP_COMMENTS, nullptr))
-        return false;
+    g_key_file_load_from_data(file.get(), text.constData(), static_cast<gsize>(text.size()),
+                              G_KEY_FILE_KEEP_COMMENTS, nullptr);
     g_key_file_set_boolean(file.get(), qUtf8Printable(name), "value", value);
-    return g_key_file_save_to_file(file.get(), Path, nullptr);
+    return g_key_file_save_to_file(file.get(), qPrintable(stateFile.path()), nullptr);
 }
 
 } // namespace
@@ -89,10 +90,9 @@ bool writeValue(const QString &name, bool value)
 ///     policies=BrowserEnabled;SideLoadingEnabled
 ///     value=true
 ///
-/// A malformed file changes nothing: the switches stay as they were until the file is sound again.
-/// Without the file there are no switches.
-/// Failure codes are those of errno.h: ENOENT for an unknown switch, EIO when the file is malformed
-/// or cannot be written.
+/// While the file is damaged or cannot be read, the switches stay as they were, also when the
+/// daemon starts. Without the file there are no switches. Failure codes are those of errno.h:
+/// ENOENT for an unknown switch, EIO when the file is not good or cannot be written.
 class FileSwitch : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT
@@ -107,21 +107,19 @@ public:
     QHash<QString, QList<int>> keyPolicyTypes() const override;
 
 private:
-    void follow();
-    void update();
+    void apply();
     void release(const Switches &next);
 
-    QFileSystemWatcher m_watcher;
+    StateFile m_file;
     Switches m_switches;
-    bool m_isMalformed = false;
 };
 
 FileSwitch::FileSwitch()
+    : m_file(QStringLiteral("fileswitch"), isSound)
 {
-    // The directory tells of a file that is replaced, the file of one that is written in place.
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileSwitch::update);
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileSwitch::update);
-    update();
+    apply(); // what was kept
+    connect(&m_file, &StateFile::changed, this, &FileSwitch::apply);
+    m_file.update();
 }
 
 QVariant FileSwitch::keyValue(const QString &key)
@@ -132,12 +130,12 @@ QVariant FileSwitch::keyValue(const QString &key)
 
 int FileSwitch::setKeyValue(const QString &key, const QVariant &value)
 {
-    update(); // an edit that nobody has told of yet comes first
+    m_file.update(); // an edit that nobody has told of yet comes first
     if (!m_switches.contains(key))
         return ENOENT;
-    if (m_isMalformed || !writeValue(key, value.toBool()))
+    if (!m_file.isGood() || !writeValue(m_file, key, value.toBool()))
         return EIO;
-    update(); // announces the change at once, before this call returns
+    m_file.update(); // announces the change at once, before this call returns
     return 0;
 }
 
@@ -149,28 +147,12 @@ QHash<QString, QList<int>> FileSwitch::keyPolicyTypes() const
     return table;
 }
 
-void FileSwitch::follow()
+void FileSwitch::apply()
 {
-    m_watcher.addPath(QLatin1String(Directory));
-    if (QFile::exists(QLatin1String(Path)))
-        m_watcher.addPath(QLatin1String(Path));
-}
-
-void FileSwitch::update()
-{
-    follow(); // first, so that an edit made while reading is seen as the next one
-    const std::optional<Switches> switches = readSwitches();
-    if (!switches) {
-        if (!m_isMalformed)
-            qWarning() << "fileswitch: malformed, switches stay as they are:" << Path;
-        m_isMalformed = true;
-        return;
-    }
-    m_isMalformed = false;
-
-    release(*switches);
-    const Switches before = std::exchange(m_switches, *switches);
-    for (auto entry = switches->begin(); entry != switches->end(); ++entry) {
+    const Switches switches = switchesIn(m_file.content()).value_or(Switches());
+    release(switches);
+    const Switches before = std::exchange(m_switches, switches);
+    for (auto entry = switches.begin(); entry != switches.end(); ++entry) {
         const auto old = before.constFind(entry.key());
         if (old == before.constEnd() || old->value != entry->value)
             Q_EMIT keyValueChanged(entry.key(), entry->value);

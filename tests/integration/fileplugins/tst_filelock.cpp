@@ -111,8 +111,9 @@ void TestFileLock::malformedFileKeepsTheLocksAndIsToldOnce()
     BusMonitor monitor;
     Files::replace(Path, "[lock]\npolicies=CameraEnabled\n");
     QTRY_VERIFY(isAnnounced(monitor, Camera, false));
-    const QString warning =
-        QStringLiteral("warning|default|filelock: malformed, locks stay as they are: %1").arg(Path);
+    const QString warning = QStringLiteral("warning|default|filelock: %1 is malformed: its last "
+                                           "good content is in force")
+                                .arg(Path);
 
     Files::replace(Path, "policies=\n");
     QVERIFY(daemon.waitForLog(warning));
@@ -130,9 +131,9 @@ void TestFileLock::unknownPolicyIsNoLock()
     Daemon daemon;
     QVERIFY(daemon.start());
     Files::replace(Path, "[lock]\npolicies=CameraEnabled;BrowserEnabledd\n");
-    QVERIFY(daemon.waitForLog(
-        QStringLiteral("warning|default|filelock: malformed, locks stay as they are: %1")
-            .arg(Path)));
+    QVERIFY(daemon.waitForLog(QStringLiteral("warning|default|filelock: %1 is malformed, and no "
+                                             "good content is known: nothing is in force")
+                                  .arg(Path)));
     QCOMPARE(Client().policy(Camera), QVariant(true));
 }
 

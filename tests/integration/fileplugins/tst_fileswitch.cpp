@@ -142,18 +142,25 @@ void TestFileSwitch::malformedFileKeepsTheSwitches()
     QVERIFY(daemon.start());
     Files::replace(Path, content);
     const QString warning =
-        QStringLiteral("warning|default|fileswitch: malformed, switches stay as "
-                       "they are: %1")
-            .arg(Path);
+        QStringLiteral("warning|default|fileswitch: %1 is %2: its last good "
+                       "content is in force")
+            .arg(Path, content.isEmpty() ? QStringLiteral("empty") : QStringLiteral("malformed"));
     QVERIFY(daemon.waitForLog(warning));
     QCOMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(false));
     QVERIFY(!QFile::exists(Marker));
     QCOMPARE(Caller().setSwitch(QStringLiteral("lens"), true).value(), QVariant(false));
     QCOMPARE(Files::read(Path), content);
 
+    QCOMPARE(daemon.stop(), 0);
+    const int mark = daemon.mark();
+    QVERIFY(daemon.start());
+    QCOMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(false));
+    QVERIFY(!QFile::exists(Marker));
+    QCOMPARE(daemon.log(mark).filter(QStringLiteral("fileswitch")), QStringList(warning));
+
     Files::replace(Path, "[lens]\npolicies=CameraEnabled\nvalue=true\n");
     QTRY_COMPARE(Client().switchValue(QStringLiteral("lens")), QVariant(true));
-    QCOMPARE(daemon.log().count(warning), 1);
+    QCOMPARE(daemon.log().count(warning), 2);
 }
 
 QTEST_GUILESS_MAIN(TestFileSwitch)

@@ -26,7 +26,7 @@ namespace Files {
 
 void reset()
 {
-    for (const char *path : {"/etc/policy", "/var/lib/govd", "/var/lib/devel-su"}) {
+    for (const char *path : {"/etc/policy", "/var/lib/govd", "/var/lib/devel-su", "/run/govd"}) {
         const QString directory = QString::fromLatin1(path);
         if (!QFileInfo(directory).isDir() || QFileInfo(directory).isSymLink())
             QFile::remove(directory);
