@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include <QDebug>
 #include <QFile>
 #include <QFileSystemWatcher>
 
@@ -15,7 +16,8 @@ const QString Marker = QStringLiteral("/run/kiosk/active");
 
 } // namespace
 
-/// Locks the browser as long as the file /run/kiosk/active exists.
+/// Locks the browser as long as the file /run/kiosk/active exists. The directory has to be there
+/// when the daemon starts (kiosk.tmpfiles.conf) and to be shown to it (kiosk.service.conf).
 class Kiosk : public SourceRestriction
 {
     Q_OBJECT
@@ -25,8 +27,10 @@ class Kiosk : public SourceRestriction
 public:
     Kiosk()
     {
-        m_watcher.addPath(Directory); // must exist when the daemon starts
         connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &Kiosk::update);
+        if (!m_watcher.addPath(Directory))
+            qWarning() << "kiosk: cannot watch" << Directory << "so nothing will be locked";
+        update(); // after the watch has begun, so that no change is missed in between
     }
 
     QString name() override { return QStringLiteral("kiosk"); }
@@ -42,7 +46,7 @@ private:
     }
 
     QFileSystemWatcher m_watcher;
-    bool m_isActive = QFile::exists(Marker);
+    bool m_isActive = false;
 };
 
 #include "kiosk.moc"
