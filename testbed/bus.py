@@ -1,0 +1,141 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Clients of the system bus, which can say what no bus library says."""
+
+import contextlib
+import pathlib
+import pwd
+import socket
+import struct
+import time
+
+from jeepney import (DBusAddress, DBusErrorResponse, HeaderFields, MessageFlag, MessageType,
+                     new_method_call)
+from jeepney.io.blocking import DBusConnection
+
+from testbed import users
+
+SOCKET = "/run/dbus/system_bus_socket"
+SERVICE = "org.kvt.PolicyManager"
+POLICY = DBusAddress("/org/kvt/PolicyManager", SERVICE, "org.kvt.PolicyManager.Policy")
+SWITCH = DBusAddress("/org/kvt/PolicyManager", SERVICE, "org.kvt.PolicyManager.Switch")
+BUS = DBusAddress("/org/freedesktop/DBus", "org.freedesktop.DBus", "org.freedesktop.DBus")
+POLICIES = pathlib.Path("/etc/dbus-1/system.d")  # what the bus reads after all packages' files
+
+# The services around the daemon.
+SERVICES = ("com.meego.usb_moded", "net.connman", "org.brinos.DeviceSentry1",
+            "org.freedesktop.ohm.mdm", "org.kvt.RuntimeManager", "org.kvt.deviceinfo",
+            "org.kvt.developermode", "org.kvtlabs.SystemLogs", "org.pelloraos.appjaild1")
+
+ANSWER = 60.0  # seconds that a call may take when its test names no other deadline
+CHUNK = 1 << 18  # bytes that a flood hands to the kernel at once
+
+
+class Client(DBusConnection):
+    """A connection to the system bus that a process of the user `name` has made.
+
+    With `descriptors` it can send and receive file descriptors. Raises ConnectionError when no bus
+    answers. A context that closes the connection.
+    """
+
+    def __init__(self, name="root", descriptors=False):
+        connection = users.user(name).connect(SOCKET)
+        log_in(connection, pwd.getpwnam(name).pw_uid, descriptors)
+        super().__init__(connection, descriptors)
+
+    def ask(self, message, deadline=ANSWER):
+        """Sends a call and returns the values of the reply.
+
+        Raises DBusErrorResponse, and TimeoutError when no reply comes within `deadline` seconds.
+        """
+        reply = self.send_and_get_reply(message, timeout=deadline)
+        if reply.header.message_type == MessageType.error:
+            raise DBusErrorResponse(reply)
+        return reply.body
+
+    def own(self, name):
+        """Takes a name on the bus; what is called there waits for next_call()."""
+        assert self.ask(new_method_call(BUS, "RequestName", "su", (name, 4))) == (1,)
+
+    def next_call(self, deadline=10.0):
+        """The next method call to this client. Raises TimeoutError after `deadline` seconds."""
+        end = time.monotonic() + deadline
+        while True:
+            message = self.receive(timeout=max(0, end - time.monotonic()))
+            if message.header.message_type == MessageType.method_call:
+                return message
+
+    def settle(self):
+        """Returns when the bus has dealt with all that this client has sent."""
+        self.ask(new_method_call(BUS, "GetId"))
+
+    def flood(self, message, count):
+        """Sends a message `count` times, each with a serial of its own, and waits for no reply."""
+        serialised = bytearray(message.serialise(serial=1))
+        per_chunk = max(1, CHUNK // len(serialised))
+        for start in range(0, count, per_chunk):
+            chunk = bytearray()
+            for _ in range(min(per_chunk, count - start)):
+                struct.pack_into("<I", serialised, 8, next(self.outgoing_serial))
+                chunk += serialised
+            self.sock.sendall(chunk)
+
+    def send_with(self, message, descriptors):
+        """Sends a message with file descriptors, whether its body holds them or not."""
+        message.header.fields[HeaderFields.unix_fds] = len(descriptors)
+        serialised = message.serialise(serial=next(self.outgoing_serial))
+        socket.send_fds(self.sock, [serialised], descriptors)
+
+
+@contextlib.contextmanager
+def bus_policy(name, rules):
+    """Lets these rules hold on the bus, after those of packages, as long as the context lasts."""
+    file = POLICIES / f"{name}.conf"
+    file.write_text(f"<busconfig>{rules}</busconfig>")
+    reload_bus()
+    try:
+        yield
+    finally:
+        file.unlink()
+        reload_bus()
+
+
+def service_rules():
+    """Rules by which root owns the names of the services and everybody can call them."""
+    return "".join(f'<policy user="root"><allow own="{name}"/></policy>'
+                   f'<policy context="default"><allow send_destination="{name}"/></policy>'
+                   for name in SERVICES)
+
+
+def reload_bus():
+    """Lets the bus read its configuration again."""
+    with Client() as client:
+        client.ask(new_method_call(BUS, "ReloadConfig"))
+
+
+def silent(message):
+    """The message, marked so that nobody answers it."""
+    message.header.flags |= MessageFlag.no_reply_expected
+    return message
+
+
+def read_of(key, address=POLICY):
+    """A call that reads a policy or, with SWITCH, a switch."""
+    return new_method_call(address, "KeyValue", "s", (key,))
+
+
+def write_of(key, value, signature="b"):
+    """A call that sets a policy to a value of this type."""
+    return new_method_call(POLICY, "SetKeyValue", "sv", (key, (signature, value)))
+
+
+def log_in(connection, user, descriptors):
+    """Says what comes before the first message. Raises ConnectionError when it is refused."""
+    lines = [(f"\0AUTH EXTERNAL {str(user).encode().hex()}", b"OK ")]
+    if descriptors:
+        lines.append(("NEGOTIATE_UNIX_FD", b"AGREE_UNIX_FD"))
+    for line, answer in lines:
+        connection.sendall(f"{line}\r\n".encode())
+        if not connection.recv(1024).startswith(answer):
+            raise ConnectionError(f"the bus refuses {line}")
+    connection.sendall(b"BEGIN\r\n")

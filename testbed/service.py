@@ -1,0 +1,123 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The daemon as a service of systemd, and what it leaves in the journal."""
+
+import contextlib
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+from dataclasses import dataclass
+
+from jeepney import DBusErrorResponse
+
+from testbed.bus import Client, read_of
+from testbed.waiting import wait_until
+
+UNIT = "govd.service"
+DROP_INS = pathlib.Path("/run/systemd/system")
+
+
+def run(*command):
+    """Runs a program to its end and returns what it has printed. Raises CalledProcessError."""
+    return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout.strip()
+
+
+def reset():
+    """Stops the daemon and makes its files those of a fresh installation."""
+    run("systemctl", "stop", UNIT)
+    run("systemctl", "reset-failed")
+    for path in ("/etc/policy", "/etc/govd", "/var/lib/govd", "/var/lib/devel-su"):
+        shutil.rmtree(path, ignore_errors=True)
+    run("systemd-tmpfiles", "--create", "govd.conf")
+
+
+def start():
+    """Starts the daemon and returns when it serves. Raises CalledProcessError."""
+    run("systemctl", "start", UNIT)
+
+
+def shown(name, unit=UNIT):
+    """A property of a unit, as text."""
+    return run("systemctl", "show", "-P", name, unit)
+
+
+def main_pid():
+    """The daemon's process number; 0 when it does not run."""
+    return int(shown("MainPID"))
+
+
+def restarts():
+    """How often systemd has started the daemon again since it was started."""
+    return int(shown("NRestarts"))
+
+
+def answers(deadline=5.0):
+    """Whether a read by somebody without rights is answered within `deadline` seconds."""
+    try:
+        with Client("guest") as client:
+            return bool(client.ask(read_of("CameraEnabled"), deadline))
+    except (ConnectionError, DBusErrorResponse, TimeoutError):
+        return False
+
+
+def comes_back(pid, deadline=60.0):
+    """Waits until another process than `pid` answers. Raises TimeoutError after `deadline` seconds."""
+    wait_until(lambda: main_pid() not in (0, pid) and answers(), deadline)
+
+
+@contextlib.contextmanager
+def drop_in(text, unit=UNIT):
+    """Lets these lines hold for a unit as long as the context lasts; a running unit keeps its own."""
+    file = DROP_INS / f"{unit}.d" / "test.conf"
+    file.parent.mkdir(parents=True, exist_ok=True)
+    file.write_text(text)
+    run("systemctl", "daemon-reload")
+    try:
+        yield
+    finally:
+        file.unlink()
+        run("systemctl", "daemon-reload")
+
+
+@dataclass
+class Line:
+    """A line of the journal: its text, its priority as in syslog.h, and the process it is from."""
+    text: str
+    priority: int
+    pid: int
+
+
+class Journal:
+    """What the daemon's processes have written since this object was made."""
+
+    def __init__(self):
+        shown_cursor = run("journalctl", "--quiet", "--no-pager", "-n", "0", "--show-cursor")
+        self._cursor = shown_cursor.removeprefix("-- cursor: ")
+
+    def lines(self):
+        """All lines so far, in their order."""
+        run("journalctl", "--sync")
+        entries = run("journalctl", "-o", "json", "--all", "--no-pager", "-u", UNIT,
+                      "-t", "govd", f"--after-cursor={self._cursor}")
+        return [line_of(json.loads(entry)) for entry in entries.splitlines()]
+
+
+def line_of(entry):
+    """A line from an entry of the journal, whose text is a list of bytes when it is not printable."""
+    text = entry["MESSAGE"]
+    if isinstance(text, list):
+        text = bytes(text).decode(errors="replace")
+    return Line(text, int(entry["PRIORITY"]), int(entry["_PID"]))
+
+
+def open_descriptors(pid):
+    """How many file descriptors a process has open."""
+    return len(os.listdir(f"/proc/{pid}/fd"))
+
+
+def resident(pid):
+    """How much memory a process has, in bytes."""
+    pages = int(pathlib.Path(f"/proc/{pid}/statm").read_text().split()[1])
+    return pages * os.sysconf("SC_PAGE_SIZE")

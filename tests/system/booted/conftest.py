@@ -1,0 +1,86 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Tests of the daemon under its unit, on a bus under its policy, in a system that has booted."""
+
+import pathlib
+
+import pytest
+
+from testbed import service
+from testbed.bus import Client, bus_policy, service_rules, write_of
+
+
+def pytest_sessionstart():
+    """Nothing here may run on a machine that is not thrown away afterwards."""
+    booted = pathlib.Path("/proc/1/comm").read_text() == "systemd\n"
+    if not (booted and pathlib.Path("/run/govd-sandbox").exists()):
+        pytest.exit("These tests run in the sandbox only: scripts/sandbox --boot -- ...", 1)
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_makereport(item, call):
+    """Shows what the daemon has written when a test fails."""
+    report = (yield).get_result()
+    if report.failed and "journal" in item.funcargs:
+        lines = item.funcargs["journal"].lines()[-30:]
+        text = "\n".join(f"[{line.pid}] <{line.priority}> {line.text[:300]}" for line in lines)
+        report.sections.append(("the daemon's lines in the journal", text))
+
+
+@pytest.fixture(scope="session", autouse=True)
+def services():
+    """A bus that takes the services of the tests for those of the device."""
+    with bus_policy("services", service_rules()):
+        yield
+
+
+@pytest.fixture
+def journal():
+    """The daemon's lines since the test began."""
+    return service.Journal()
+
+
+@pytest.fixture
+def stopped(journal):
+    """A daemon that has never run."""
+    service.reset()
+    yield
+    service.reset()
+
+
+@pytest.fixture
+def daemon(stopped):
+    """A daemon that runs for the first time; its process number."""
+    service.start()
+    return service.main_pid()
+
+
+@pytest.fixture
+def root():
+    """A client of root."""
+    with Client("root") as client:
+        yield client
+
+
+@pytest.fixture
+def guest():
+    """A client of somebody without rights."""
+    with Client("guest") as client:
+        yield client
+
+
+@pytest.fixture
+def runtime_manager():
+    """A service that ends applications, but answers nothing."""
+    with Client("root", descriptors=True) as client:
+        client.own("org.kvt.RuntimeManager")
+        yield client
+
+
+@pytest.fixture
+def waiting(daemon, root, runtime_manager):
+    """The process number of a daemon that waits for the service that ends applications."""
+    root.send(write_of("InternetSharingEnabled", False))
+    root.send(write_of("MessagesEnabled", False))
+    runtime_manager.next_call()
+    return daemon

@@ -1,0 +1,86 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Whatever somebody makes the daemon write, an administrator's change is in the journal."""
+
+import os
+import pathlib
+import shutil
+
+import pytest
+
+from testbed import service
+from testbed.bus import SWITCH, Client, read_of, silent, write_of
+from testbed.waiting import wait_until
+
+AUDIT = "Policy CameraEnabled changed. Old value true. New value false."
+SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
+JOURNAL_SETTINGS = pathlib.Path("/run/systemd/journald.conf.d/test.conf")
+PENDING = 120  # calls without an answer that dbus-daemon lets one client have
+KIB = 1 << 10
+
+# Calls of a flood, and lines that the journal takes from a unit within 30 seconds; it multiplies the
+# latter by up to six, by the free space of its disk.
+FLOOD, BURST = (108_000, 10_000) if "GOVD_HOLD" in os.environ else (2_400, 100)
+
+
+@pytest.fixture(autouse=True)
+def fresh_journal():
+    """A journal that has not begun to leave out lines."""
+    JOURNAL_SETTINGS.parent.mkdir(exist_ok=True)
+    JOURNAL_SETTINGS.write_text(f"[Journal]\nRateLimitBurst={BURST}\n")
+    service.run("systemctl", "restart", "systemd-journald")
+
+
+@pytest.fixture
+def with_switches(stopped):
+    """A daemon with an access-switch plugin that has no switch: whoever reads one makes it fail."""
+    SWITCH_PLUGIN.parent.mkdir(parents=True, exist_ok=True)
+    shutil.copy(os.environ["GOVD_FILESWITCH"], SWITCH_PLUGIN)
+    service.start()
+    yield
+    SWITCH_PLUGIN.unlink()
+
+
+def flood(message):
+    """Sends a call of somebody without rights again and again, through ever new connections."""
+    for _ in range(0, FLOOD, PENDING):
+        with Client("guest") as stranger:
+            stranger.flood(message, PENDING)
+            stranger.settle()
+
+
+def records_of_a_change(root, journal):
+    """What the journal has about a change that root makes now."""
+    assert root.ask(write_of("CameraEnabled", False), 200) == (True,)
+    return wait_until(lambda: [line for line in journal.lines() if line.text == AUDIT], 10)
+
+
+def test_reads_of_unknown_policies(daemon, root, journal):
+    flood(read_of("unknown"))
+    assert [line.priority for line in records_of_a_change(root, journal)] == [6]
+    assert not [line for line in journal.lines() if "DBus" in line.text]
+
+
+def test_reads_that_fail(with_switches, root, journal):
+    flood(read_of("unknown", SWITCH))
+    assert records_of_a_change(root, journal)
+    assert len(journal.lines()) < 100
+
+
+def test_writes_that_change_nothing(daemon, root, journal):
+    with Client("mdm") as agent:
+        agent.flood(silent(write_of("CameraEnabled", True)), FLOOD)
+        agent.settle()
+        assert records_of_a_change(root, journal)  # somebody who has gone is refused
+
+
+def test_long_texts(with_switches, guest, journal):
+    assert guest.ask(read_of("x" * KIB * KIB, SWITCH)) == (("b", False),)
+    assert sum(len(line.text) for line in journal.lines()) < 3 * KIB
+
+
+def test_warnings_are_warnings(with_switches, guest, journal):
+    guest.ask(read_of("unknown", SWITCH))
+    assert [(line.text, line.priority) for line in journal.lines()[-2:]] == [
+        ('AccessSwitch plugin failed to retrieve value for key: "unknown"', 4),
+        ("Return code: 2", 4)]
