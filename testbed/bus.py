@@ -12,6 +12,7 @@ import time
 from jeepney import (DBusAddress, DBusErrorResponse, HeaderFields, MessageFlag, MessageType,
                      new_method_call)
 from jeepney.io.blocking import DBusConnection
+from jeepney.low_level import Endianness, Struct, parse_signature
 
 from testbed import users
 
@@ -111,6 +112,16 @@ def reload_bus():
     """Lets the bus read its configuration again."""
     with Client() as client:
         client.ask(new_method_call(BUS, "ReloadConfig"))
+
+
+def with_field(serialised, code, signature, value):
+    """A serialised message with one more header field, which no library may know."""
+    length, = struct.unpack_from("<I", serialised, 12)
+    fields, rest = serialised[16:16 + length], serialised[16 + length + -length % 8:]
+    field = Struct([parse_signature(["y"]), parse_signature(["v"])])
+    fields += field.serialise((code, (signature, value)), length, Endianness.little)
+    return (serialised[:12] + struct.pack("<I", len(fields)) + fields
+            + b"\0" * (-len(fields) % 8) + rest)
 
 
 def silent(message):

@@ -4,7 +4,6 @@
 
 import contextlib
 import json
-import os
 import pathlib
 import shutil
 import subprocess
@@ -110,14 +109,3 @@ def line_of(entry):
     if isinstance(text, list):
         text = bytes(text).decode(errors="replace")
     return Line(text, int(entry["PRIORITY"]), int(entry["_PID"]))
-
-
-def open_descriptors(pid):
-    """How many file descriptors a process has open."""
-    return len(os.listdir(f"/proc/{pid}/fd"))
-
-
-def resident(pid):
-    """How much memory a process has, in bytes."""
-    pages = int(pathlib.Path(f"/proc/{pid}/statm").read_text().split()[1])
-    return pages * os.sysconf("SC_PAGE_SIZE")

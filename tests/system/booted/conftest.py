@@ -28,7 +28,7 @@ def pytest_runtest_makereport(item, call):
 
 
 @pytest.fixture(scope="session", autouse=True)
-def services():
+def known_services():
     """A bus that takes the services of the tests for those of the device."""
     with bus_policy("services", service_rules()):
         yield

@@ -32,8 +32,8 @@ def test_question(stopped, run, argument):
     assert not done.touched
 
 
-@pytest.mark.parametrize("arguments", [["--halp"], ["-v"], [""], ["start"], ["--help", "--version"],
-                                       ["-session", "1"], ["-qmljsdebugger=port:1"]])
+@pytest.mark.parametrize("arguments", [["--halp"], ["-v"], [""], ["start"], ["start", "--help"],
+                                       ["-qmljsdebugger=port:1"]])
 def test_mistake(stopped, run, arguments):
     done = run(*arguments)
     assert (done.returncode, done.stdout) == (2, "")

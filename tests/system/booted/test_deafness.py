@@ -4,6 +4,7 @@
 
 from testbed import service
 from testbed.bus import Client, read_of, silent
+from testbed.processes import resident
 from testbed.waiting import wait_until
 
 MIB = 1 << 20
@@ -20,6 +21,6 @@ def listens_again():
 def test_calls_of_a_mebibyte(waiting, guest, runtime_manager):
     guest.flood(silent(read_of("x" * MIB)), 90)
     guest.settle()
-    wait_until(lambda: service.resident(waiting) > 64 * MIB)
+    wait_until(lambda: resident(waiting) > 64 * MIB)
     runtime_manager.close()
     assert listens_again()

@@ -10,6 +10,7 @@ from jeepney import DBusAddress, HeaderFields, new_method_return, new_signal
 
 from testbed import service
 from testbed.bus import SERVICE, Client, bus_policy, read_of, silent, write_of
+from testbed.processes import open_descriptors
 from testbed.waiting import wait_until
 
 MOST = 16  # as many as dbus-daemon takes with one message
@@ -84,23 +85,23 @@ def test_bus_stops(stand_in, descriptors, message, count):
 
 def test_replies_leave_nothing(daemon, root, runtime_manager, descriptors):
     root.ask(write_of("CameraEnabled", False))
-    open_before = service.open_descriptors(daemon)
+    open_before = open_descriptors(daemon)
     root.send(write_of("MessagesEnabled", False))
     runtime_manager.send_with(new_method_return(runtime_manager.next_call()), descriptors)
     runtime_manager.settle()
     runtime_manager.close()
     assert service.answers()
-    assert service.open_descriptors(daemon) <= open_before
+    assert open_descriptors(daemon) <= open_before
 
 
 @pytest.mark.parametrize("signature", VALUES)
 def test_value_is_refused(open_bus, daemon, signature):
     text = POLICY_FILE.read_text()
-    open_before = service.open_descriptors(daemon)
+    open_before = open_descriptors(daemon)
     with Client("mdm", descriptors=True) as agent:
         for _ in range(20):
             write = write_of("CameraEnabled", VALUES[signature], signature)
             assert agent.ask(write) == (False,)
             assert agent.ask(read_of("CameraEnabled")) == (("b", True),)
     assert POLICY_FILE.read_text() == text
-    wait_until(lambda: service.open_descriptors(daemon) <= open_before, 5)
+    wait_until(lambda: open_descriptors(daemon) <= open_before, 5)

@@ -1,0 +1,87 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""A daemon that hears nothing any more is started again; one that waits for services is not."""
+
+import os
+import pathlib
+import signal
+import time
+
+import pytest
+from jeepney import new_method_return
+
+from testbed import service
+from testbed.bus import Client, write_of
+from testbed.processes import Frozen, processes_of, thread_of
+from testbed.waiting import holds_for, wait_until
+
+TIME_ALLOWED = 3  # seconds without a sign of life
+CAMERA_MARKER = pathlib.Path("/var/lib/govd/camera_enabled")
+
+
+@pytest.fixture
+def impatient(daemon):
+    """A service manager that gives a daemon, not yet started, less time than the shipped unit."""
+    assert service.shown("WatchdogUSec") == "1min"
+    service.reset()
+    with service.drop_in(f"[Service]\nWatchdogSec={TIME_ALLOWED}\n"):
+        yield
+
+
+@pytest.fixture
+def watched(impatient, root):
+    """The process number of a daemon that has locked the camera, but whose marker says otherwise."""
+    service.start()
+    root.ask(write_of("CameraEnabled", False))
+    CAMERA_MARKER.touch()
+    return service.main_pid()
+
+
+def test_sound_daemon(watched):
+    assert holds_for(2 * TIME_ALLOWED, lambda: service.main_pid() == watched)
+
+
+def test_stuck_daemon(watched):
+    os.kill(watched, signal.SIGSTOP)
+    service.comes_back(watched)
+    assert not CAMERA_MARKER.exists()
+
+
+def test_deaf_daemon(watched):
+    with Frozen(thread_of(watched, "QDBusConnection")):
+        service.comes_back(watched)
+    assert not CAMERA_MARKER.exists()
+
+
+def test_silent_bus(watched):
+    bus = processes_of("dbus.service")
+    for process in bus:
+        os.kill(process, signal.SIGSTOP)
+    try:
+        wait_until(lambda: service.main_pid() != watched)
+    finally:
+        for process in bus:
+            os.kill(process, signal.SIGCONT)
+    service.comes_back(watched)
+    assert not CAMERA_MARKER.exists()
+
+
+def test_slow_service(watched):
+    with Client("root") as sandbox:
+        sandbox.own("org.pelloraos.appjaild1")
+        for _ in range(4):
+            call = sandbox.next_call()
+            time.sleep(TIME_ALLOWED * 2 / 3)
+            sandbox.send(new_method_return(call))
+    assert service.answers()
+    assert (service.main_pid(), service.restarts()) == (watched, 0)
+
+
+def test_long_start(impatient):
+    with Client("root") as information:
+        information.own("org.kvt.deviceinfo")
+        service.run("systemctl", "start", "--no-block", service.UNIT)
+        information.next_call()
+        time.sleep(TIME_ALLOWED * 4 / 3)
+    wait_until(service.answers)
+    assert service.restarts() == 0
