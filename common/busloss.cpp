@@ -4,8 +4,7 @@
 
 #include <QDBusConnection>
 
-BusLoss::BusLoss(QObject *parent)
-    : QObject(parent)
+BusLoss::BusLoss()
 {
     QDBusConnection::systemBus().connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                                          QStringLiteral("org.freedesktop.DBus.Local"),

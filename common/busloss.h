@@ -11,7 +11,7 @@ class BusLoss : public QObject
     Q_OBJECT
 
 public:
-    explicit BusLoss(QObject *parent = nullptr);
+    BusLoss();
 
 Q_SIGNALS:
     void lost();

@@ -18,8 +18,8 @@ namespace {
 constexpr int LongestText = 1024;
 
 /// Of the lines that callers without rights can cause, so many are written in so many milliseconds.
-constexpr int Burst = 100;
-constexpr int Period = 10'000;
+constexpr int Burst = 20;
+constexpr int Period = 20'000;
 
 thread_local bool isLimited = false;
 
@@ -51,40 +51,67 @@ bool isStderrJournal()
         + QByteArray::number(quint64(status.st_ino));
 }
 
-/// Where the run that begins at @p start ends: a text in quotes is one run, and what stands between
-/// two of them is another. Only what was made at run time can be as long as is worth cutting.
-int endOfRun(const QByteArray &line, int start)
+/// Length of the character or escape at @p at, in UTF-16 units.
+int unitLength(const QString &text, int at)
 {
-    const bool isQuoted = line.at(start) == '"';
-    int end = start + (isQuoted ? 1 : 0);
-    while (end < line.size() && line.at(end) != '"')
-        end += isQuoted && line.at(end) == '\\' ? 2 : 1;
-    return qMin(end + (isQuoted ? 1 : 0), line.size());
+    if (text.at(at).isHighSurrogate())
+        return 2;
+    if (text.at(at) != QLatin1Char('\\') || at + 1 == text.size())
+        return 1;
+    switch (text.at(at + 1).unicode()) {
+    case 'u':
+        return 6;
+    case 'U':
+        return 10;
+    default:
+        return 2;
+    }
 }
 
-/// The first bytes of a run and a mark, cut in front of an escape or a character of several bytes.
-QByteArray cut(const QByteArray &run)
+/// Appends what of @p text may stand in a line. Returns a mark if that is not all.
+QString appendShortened(QString &line, const QString &text)
 {
-    const bool isQuoted = run.startsWith('"');
-    int end = 1;
-    while (end < LongestText)
-        end += isQuoted && run.at(end) == '\\' ? 2 : 1;
-    while ((run.at(end) & 0xC0) == 0x80)
-        --end;
-    return run.left(end) + (isQuoted ? "\"" : "") + "[" + QByteArray::number(run.size() - end)
-        + " more bytes]";
+    const int size = text.toUtf8().size();
+    if (size <= LongestText) {
+        line += text;
+        return QString();
+    }
+    int end = 0;
+    int bytes = 0;
+    while (true) {
+        const QString unit = text.mid(end, unitLength(text, end));
+        const int sum = bytes + unit.toUtf8().size();
+        if (sum > LongestText)
+            break;
+        bytes = sum;
+        end += unit.size();
+    }
+    line += text.leftRef(end);
+    return QStringLiteral("[%1 more bytes]").arg(size - bytes);
 }
 
-QByteArray shortened(const QByteArray &line)
+/// Where the text in quotes, or between two of them, ends that begins at @p start.
+int endOfText(const QString &line, int start)
 {
-    if (line.size() <= LongestText)
+    int end = start;
+    while (end < line.size() && line.at(end) != QLatin1Char('"'))
+        end += unitLength(line, end);
+    return qMin(end, line.size());
+}
+
+QString shortened(const QString &line)
+{
+    if (line.size() <= LongestText / 3) // the most bytes of a UTF-16 unit
         return line;
-    QByteArray result;
+    QString result;
+    bool isQuoted = false;
     for (int start = 0; start < line.size();) {
-        const int end = endOfRun(line, start);
-        const QByteArray run = line.mid(start, end - start);
-        result += run.size() > LongestText ? cut(run) : run;
-        start = end;
+        const int end = endOfText(line, start);
+        const QString mark = appendShortened(result, line.mid(start, end - start));
+        const QString quote = line.mid(end, 1);
+        result += isQuoted ? quote + mark : mark + quote;
+        isQuoted = !isQuoted;
+        start = end + 1;
     }
     return result;
 }
@@ -95,7 +122,7 @@ void write(QtMsgType type, const QMessageLogContext &context, const QString &mes
     const QString formatted = qFormatLogMessage(type, context, message);
     if (formatted.isNull())
         return; // by the pattern that the environment may set
-    QByteArray line = shortened(formatted.toLocal8Bit());
+    QByteArray line = shortened(formatted).toLocal8Bit();
     if (isJournal) {
         const QByteArray prefix = '<' + QByteArray::number(priority(type)) + '>';
         line = prefix + line.replace('\n', '\n' + prefix);
@@ -130,7 +157,8 @@ private:
 void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     static Limit limit;
-    if (!isLimited || limit.takesAnother())
+    const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
+    if (!isLimited || isSevere || limit.takesAnother())
         write(type, context, message);
 }
 
@@ -141,13 +169,12 @@ void Log::install()
     qInstallMessageHandler(handle);
 }
 
-Log::Limited::Limited(bool limited)
-    : m_before(isLimited)
+Log::Limited::Limited()
 {
-    isLimited = m_before || limited;
+    isLimited = true;
 }
 
 Log::Limited::~Limited()
 {
-    isLimited = m_before;
+    isLimited = false;
 }

@@ -7,25 +7,24 @@
 
 /// How messages of Qt's message system become lines on stderr.
 ///
-/// Each text made at run time is cut at 1 KiB with a mark. Where stderr is the journal, each line
-/// carries its priority, in the form that the journal takes off again.
+/// Each text in quotes, and each stretch between two of them, is cut at 1 KiB with a mark: only
+/// what was made at run time is that long. Where stderr is the journal, each line carries its
+/// priority, in the form that the journal takes off again.
 namespace Log {
 
 /// To be called first of all in main().
 void install();
 
-/// As long as an object lives, what this thread logs counts as caused by a caller that needs no
-/// right: of such lines a burst is written, and then one line that says how many were left out.
+/// As long as an object lives, what this thread logs is caused by a caller that needs no right: of
+/// such lines a burst is written, and then one line that says how many were left out. Critical and
+/// fatal messages are always written.
 class Limited
 {
     Q_DISABLE_COPY(Limited)
 
 public:
-    explicit Limited(bool isLimited);
+    Limited();
     ~Limited();
-
-private:
-    bool m_before;
 };
 
 } // namespace Log

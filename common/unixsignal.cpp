@@ -38,8 +38,10 @@ UnixSignal::UnixSignal(int number, QObject *parent)
     , m_number(number)
     , m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
-    auto *notifier = new QSocketNotifier(m_descriptor, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [this] {
+    if (m_descriptor < 0)
+        return; // the default meaning is better than none
+    m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
         eventfd_t count;
         if (eventfd_read(m_descriptor, &count) == 0)
             Q_EMIT caught();
@@ -51,5 +53,6 @@ UnixSignal::UnixSignal(int number, QObject *parent)
 UnixSignal::~UnixSignal()
 {
     setHandler(m_number, SIG_DFL);
+    m_notifier.reset(); // before its descriptor can become another file's
     close(m_descriptor);
 }

@@ -5,11 +5,15 @@
 
 #include <QObject>
 
+#include <memory>
+
+class QSocketNotifier;
+
 /// Turns a signal of the process into an event of the main loop, as long as the object lives.
 ///
 /// Before and after that the signal has its default meaning. No mask is set, which children would
-/// inherit; they get the default meaning too, because exec() resets handlers. Signals that arrive
-/// while the loop is busy are reported once. At most one object for each signal number.
+/// inherit, and exec() gives them the default meaning back. Signals that arrive while the loop is
+/// busy are reported once. At most one object for each signal number.
 class UnixSignal : public QObject
 {
     Q_OBJECT
@@ -24,6 +28,7 @@ Q_SIGNALS:
 private:
     int m_number;
     int m_descriptor; ///< an eventfd, which the handler writes and the main loop reads
+    std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
 #endif

@@ -4,13 +4,14 @@
 
 #include "common/names.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDeadlineTimer>
 #include <QTimer>
 
 #include <chrono>
+#include <cstdint>
 
 #if GOVD_SYSTEMD
 #include <systemd/sd-daemon.h>
@@ -18,82 +19,62 @@
 
 namespace {
 
-using std::chrono::microseconds;
+using std::chrono::milliseconds;
 
-/// How long the process may go without a sign of life; zero when nobody watches it.
-microseconds timeAllowed()
+milliseconds readTimeAllowed()
 {
-    uint64_t time = 0;
+    uint64_t microseconds = 0;
 #if GOVD_SYSTEMD
-    if (sd_watchdog_enabled(0, &time) <= 0)
-        time = 0;
+    if (sd_watchdog_enabled(0, &microseconds) <= 0)
+        microseconds = 0;
 #endif
-    return microseconds(time);
+    return milliseconds(microseconds / 1000);
 }
 
-void tellOfLife()
+/// How long the process may go without a report; zero when nobody watches it.
+milliseconds timeAllowed()
+{
+    static const milliseconds time = readTimeAllowed();
+    return time;
+}
+
+void report()
 {
 #if GOVD_SYSTEMD
     sd_notify(0, "WATCHDOG=1");
 #endif
 }
 
-/// A quarter of the time allowed: what delays one question does not cost the process its life.
-microseconds interval()
+bool doesBusAnswer()
 {
-    static const microseconds time = timeAllowed() / 4;
-    return time;
-}
-
-bool isWatched()
-{
-    return interval() > microseconds::zero();
-}
-
-/// Runs out when the last answer of the bus is an interval ago. Main thread only.
-QDeadlineTimer answerIsRecent;
-
-QDBusMessage question()
-{
-    return QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
-                                          Names::BusDaemon.interface, QStringLiteral("GetId"));
-}
-
-void ask(QObject *context)
-{
-    auto *watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(question()), context);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
-                     [](QDBusPendingCallWatcher *finished) {
-                         if (!finished->isError())
-                             Watchdog::busHasAnswered();
-                         finished->deleteLater();
-                     });
+    const QDBusMessage question =
+        QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
+                                       Names::BusDaemon.interface, QStringLiteral("GetId"));
+    return QDBusConnection::systemBus().call(question).type() == QDBusMessage::ReplyMessage;
 }
 
 } // namespace
 
-void Watchdog::start(QObject *context)
+Watchdog::Watchdog()
 {
-    if (!isWatched())
+    if (timeAllowed() == milliseconds::zero())
         return;
-    auto *timer = new QTimer(context);
-    QObject::connect(timer, &QTimer::timeout, context, [context] { ask(context); });
-    timer->start(std::chrono::duration_cast<std::chrono::milliseconds>(interval()));
-}
-
-void Watchdog::busHasAnswered()
-{
-    if (!isWatched() || !answerIsRecent.hasExpired())
-        return;
-    tellOfLife();
-    answerIsRecent.setRemainingTime(interval() / 2);
+    QCoreApplication::instance()->installEventFilter(this);
+    auto *timer = new QTimer(this);
+    timer->start(timeAllowed() / 4);
 }
 
 void Watchdog::checkBus()
 {
-    if (!isWatched() || !answerIsRecent.hasExpired())
+    static QDeadlineTimer reportIsRecent;
+    if (timeAllowed() == milliseconds::zero() || !reportIsRecent.hasExpired() || !doesBusAnswer())
         return;
-    if (QDBusConnection::systemBus().call(question()).type() == QDBusMessage::ReplyMessage)
-        busHasAnswered();
+    report();
+    reportIsRecent.setRemainingTime(timeAllowed() / 8);
+}
+
+bool Watchdog::eventFilter(QObject *receiver, QEvent *event)
+{
+    checkBus();
+    return QObject::eventFilter(receiver, event);
 }

@@ -7,21 +7,24 @@
 
 /// Keeps the service manager's watchdog (WatchdogSec= of the unit) from ending the process.
 ///
-/// It is told of life only after the bus has answered a question of this process. So a connection
-/// that hears nothing any more and a main thread that is stuck both end in a restart. Where no
-/// service manager watches, or without libsystemd, none of this asks or tells anything.
-namespace Watchdog {
+/// It reports to it only after the bus has answered a question. So a connection that hears nothing
+/// any more and a main thread that is stuck both end in a restart. Where no service manager
+/// watches, or without libsystemd, it asks and reports nothing.
+class Watchdog : public QObject
+{
+    Q_OBJECT
 
-/// Has the bus asked from time to time, as long as @p context lives and the main loop runs.
-void start(QObject *context);
+public:
+    /// Checks the bus before each event of the main thread, so that a flood of calls, which keeps
+    /// timers from running, does not count as being stuck; and has an event come when there is
+    /// none.
+    Watchdog();
 
-/// Notes that the bus has just answered some question.
-void busHasAnswered();
+    /// Asks the bus, waits for its answer and reports, if the last report is an eighth of the time
+    /// allowed ago. To be called after each call that may have kept the main thread waiting.
+    static void checkBus();
 
-/// Asks the bus, and waits for its answer, if the last one is some time ago. To be called after
-/// each call that may have kept the main thread waiting for a service.
-void checkBus();
-
-} // namespace Watchdog
+    bool eventFilter(QObject *receiver, QEvent *event) override;
+};
 
 #endif

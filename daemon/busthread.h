@@ -3,7 +3,7 @@
 #ifndef GOVD_DAEMON_BUSTHREAD_H
 #define GOVD_DAEMON_BUSTHREAD_H
 
-/// The thread in which Qt's bus library receives.
+/// The connection to the system bus, and the thread in which Qt's bus library receives from it.
 namespace BusThread {
 
 /// Waits until the thread has dealt with all that the bus has sent by now; without a bus, returns.

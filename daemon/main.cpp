@@ -74,8 +74,8 @@ int main(int argc, char **argv)
                      &PolicyManager::processPartition);
     manager.setupPolicies();
 
-    // Until here a signal ends the start at once, whatever it waits for: files are replaced as a
-    // whole, so nothing is torn. From here on nothing is waited for but the bus.
+    // Until here a signal ends the start at once, whatever service it waits for: the files are
+    // whole at any time. From here on nothing is waited for but the bus.
     handleSignals(&manager);
 
     // All values are loaded and enforced by now, and the object is there before the name: the
@@ -88,7 +88,7 @@ int main(int argc, char **argv)
     }
     BusThread::catchUp();
 
-    Watchdog::start(&manager);
+    const Watchdog watchdog;
     application.exec();
     return 0;
 }

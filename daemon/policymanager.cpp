@@ -51,7 +51,7 @@ void PolicyManager::exportInterfaces()
     auto *policyAdaptor = new PolicyAdaptor(this);
     connect(this, &PolicyManager::policyChanged, policyAdaptor,
             [policyAdaptor](const QString &key, const QVariant &value) {
-                if (value.isValid()) // nothing else can be sent
+                if (value.isValid()) // an invalid one cannot be sent
                     Q_EMIT policyAdaptor->PolicyChanged(key, QDBusVariant(value));
             });
     auto *switchAdaptor = new SwitchAdaptor(this);

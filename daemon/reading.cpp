@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "accessswitch/accessswitchpluginloader.h"
-#include "common/log.h"
 #include "daemon/policymanager.h"
 #include "daemon/policytypes.h"
 
@@ -14,7 +13,6 @@ Pellora::AccessSwitchPlugin *PolicyManager::switchPlugin()
 
 QVariant PolicyManager::policyValue(const QString &key)
 {
-    const Log::Limited limited(calledFromDBus());
     if (auto *plugin = switchPlugin()) {
         const PolicyType type = keyToType(key);
         const QHash<QString, QList<int>> table = plugin->keyPolicyTypes();
@@ -30,7 +28,6 @@ QVariant PolicyManager::policyValue(const QString &key)
 
 QVariant PolicyManager::switchValue(const QString &key)
 {
-    const Log::Limited limited(calledFromDBus());
     auto *plugin = switchPlugin();
     if (!plugin)
         return false;
@@ -49,14 +46,12 @@ QVariant PolicyManager::switchValue(const QString &key)
 
 QStringList PolicyManager::switches()
 {
-    const Log::Limited limited(calledFromDBus());
     auto *plugin = switchPlugin();
     return plugin ? plugin->keyPolicyTypes().keys() : QStringList();
 }
 
 QList<int> PolicyManager::switchPolicyTypes(const QString &key)
 {
-    const Log::Limited limited(calledFromDBus());
     auto *plugin = switchPlugin();
     return plugin ? plugin->keyPolicyTypes().value(key) : QList<int>();
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "dbus/policyadaptor.h"
 
+#include "common/log.h"
 #include "daemon/policymanager.h"
 
 PolicyAdaptor::PolicyAdaptor(PolicyManager *manager)
@@ -12,9 +13,10 @@ PolicyAdaptor::PolicyAdaptor(PolicyManager *manager)
 
 QDBusVariant PolicyAdaptor::KeyValue(const QString &key)
 {
+    const Log::Limited limited;
     const QVariant value = m_manager->policyValue(key);
-    // Nothing cannot be sent. Marked as answered later, the call gets no reply, and the bus library
-    // writes nothing to the log, where everybody could fill it with unknown keys.
+    // An invalid variant cannot be sent. Marked as answered later, the call gets no reply either,
+    // and the bus library writes no warnings, with which everybody could fill the log.
     if (!value.isValid())
         m_manager->setDelayedReply(true);
     return QDBusVariant(value);

@@ -11,7 +11,8 @@ class PolicyManager;
 /// The bus interface org.kvt.PolicyManager.Policy: reads and writes policies.
 ///
 /// Each method is one call of the manager, which is also the parent and so gets the context of the
-/// bus call, by which it judges the caller. The order of members is part of the interface.
+/// bus call, by which it judges the caller. Reading needs no right, so what is logged meanwhile is
+/// limited. The order of members is part of the interface.
 class PolicyAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT

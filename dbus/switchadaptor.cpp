@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "dbus/switchadaptor.h"
 
+#include "common/log.h"
 #include "daemon/policymanager.h"
 
 SwitchAdaptor::SwitchAdaptor(PolicyManager *manager)
@@ -12,6 +13,7 @@ SwitchAdaptor::SwitchAdaptor(PolicyManager *manager)
 
 QDBusVariant SwitchAdaptor::KeyValue(const QString &key)
 {
+    const Log::Limited limited;
     return QDBusVariant(m_manager->switchValue(key));
 }
 
@@ -22,10 +24,12 @@ bool SwitchAdaptor::SetKeyValue(const QString &key, const QDBusVariant &value)
 
 QList<int> SwitchAdaptor::KeyPolicyTypes(const QString &key)
 {
+    const Log::Limited limited;
     return m_manager->switchPolicyTypes(key);
 }
 
 QStringList SwitchAdaptor::Keys()
 {
+    const Log::Limited limited;
     return m_manager->switches();
 }

@@ -163,8 +163,14 @@ void TestLogLines::switchMessagesAreOneLineEach()
 
     QCOMPARE(reply.value(), QVariant(false));
     const QStringList log = daemon.logged();
-    QCOMPARE(log.filter(QStringLiteral("AccessSwitch plugin failed to set value")).size(), 1);
-    QCOMPARE(log.filter(QStringLiteral("Return code:")).size(), 2);
+    // The plugin is not asked about a key that no file can hold.
+    const bool isAsked = std::none_of(text.begin(), text.end(), [](QChar character) {
+        return character.category() == QChar::Other_Control;
+    });
+    QCOMPARE(log.filter(QStringLiteral("AccessSwitch plugin failed to set value")).size(),
+             isAsked ? 1 : 0);
+    QCOMPARE(log.filter(QStringLiteral("Return code:")).size(), isAsked ? 2 : 0);
+    QCOMPARE(log.filter(QStringLiteral("Error saving key file")).size(), isAsked ? 0 : 1);
     QCOMPARE(brokenLines(log), QStringList());
 }
 
@@ -250,8 +256,8 @@ void TestLogLines::longTextIsCut()
 /// Reading needs no right: what a failing plugin makes of it must not fill the log.
 void TestLogLines::linesOfReadersAreLimited()
 {
-    constexpr int Reads = 150; // each of which is two lines
-    constexpr int Burst = 100;
+    constexpr int Reads = 50; // each of which is two lines
+    constexpr int Burst = 20;
     SwitchPlugin plugin;
     plugin.setSwitch(QStringLiteral("lens"), {1}, 7);
     Daemon daemon;
