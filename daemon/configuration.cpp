@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "common/deferredsignals.h"
 #include "common/names.h"
 #include "daemon/keyfile.h"
 #include "daemon/policymanager.h"
@@ -7,34 +8,27 @@
 
 #include <QDir>
 
-namespace {
-
-/// The files to read: the single file alone if it exists, otherwise every entry of the directory,
-/// sorted by name without regard to case. The directory is a seed for the file, never merged.
-QStringList configurationFiles(const QString &file, const QString &directory)
-{
-    if (KeyFile::exists(file))
-        return {file};
-    QStringList entries;
-    const QFileInfoList listing = QDir(directory).entryInfoList();
-    for (const QFileInfo &entry : listing)
-        entries.append(entry.absoluteFilePath());
-    return entries;
-}
-
-} // namespace
-
 void PolicyManager::readConfiguration()
 {
-    if (switchPlugin()) { // without it nobody could keep the values
-        const QStringList switchFiles =
-            configurationFiles(Names::SwitchFile, Names::SwitchDirectory);
-        for (const QString &path : switchFiles)
-            readSwitchFile(path);
+    if (switchPlugin()) // without it nobody could keep the values
+        readFiles(Names::SwitchFile, Names::SwitchDirectory, &PolicyManager::readSwitchFile);
+    readFiles(Names::PolicyFile, Names::PolicyDirectory, &PolicyManager::readPolicyFile);
+}
+
+/// Reads the single file alone if it exists, otherwise every entry of the directory, sorted by name
+/// without regard to case. The directory is a seed for the file, never merged.
+void PolicyManager::readFiles(const QString &file, const QString &directory, FileReader read)
+{
+    if (KeyFile::exists(file)) {
+        (this->*read)(file);
+        return;
     }
-    const QStringList policyFiles = configurationFiles(Names::PolicyFile, Names::PolicyDirectory);
-    for (const QString &path : policyFiles)
-        readPolicyFile(path);
+    // The first value makes the file, and a later start does not look at the directory: one that
+    // ended in between would lose the other values.
+    const DeferredSignals deferred;
+    const QFileInfoList entries = QDir(directory).entryInfoList();
+    for (const QFileInfo &entry : entries)
+        (this->*read)(entry.absoluteFilePath());
 }
 
 void PolicyManager::readPolicyFile(const QString &path)

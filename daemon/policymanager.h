@@ -90,7 +90,10 @@ private:
 
     void exportInterfaces();
     void followSwitches();
+    using FileReader = void (PolicyManager::*)(const QString &path);
+
     void readConfiguration();
+    void readFiles(const QString &file, const QString &directory, FileReader read);
     void readPolicyFile(const QString &path);
     void readSwitchFile(const QString &path);
     void storeDefaults();

@@ -41,6 +41,7 @@ private Q_SLOTS:
     void filesAreReadWhateverTheirNames();
     void signalDuringTheStartEndsIt_data();
     void signalDuringTheStartEndsIt();
+    void signalWaitsForSeeds();
     void signalIsNotBlockedInChildren();
     void hangupEnforcesAllPoliciesOnceMore();
     void argumentsAreRefused_data();
@@ -147,6 +148,23 @@ void TestSurroundings::signalDuringTheStartEndsIt()
     QVERIFY(monitor.uniqueName(Service).isEmpty());
     plugin.release();
     QVERIFY(daemon.start());
+}
+
+/// Once there is a policy file the seeds are not looked at any more: none of them may be lost.
+void TestSurroundings::signalWaitsForSeeds()
+{
+    Files::write(QStringLiteral("/etc/policy/policy.d/seed.conf"),
+                 "[policy]\nCameraEnabled=true\nDeveloperShellEnabled=false\n");
+    SwitchPlugin plugin;
+    plugin.setSwitch(QStringLiteral("lens"), {1}, true);
+    plugin.hold(QStringLiteral("keyValue"));
+    Daemon daemon;
+    daemon.launch();
+    QVERIFY(plugin.waitForCall(QStringLiteral("holding keyValue"))); // about the first of them
+    QCOMPARE(kill(static_cast<pid_t>(daemon.processId()), SIGTERM), 0);
+    plugin.release();
+    QCOMPARE(daemon.waitForExit(), -1);
+    QCOMPARE(Files::values(PolicyFile).value(QStringLiteral("DeveloperShellEnabled")), No);
 }
 
 void TestSurroundings::signalIsNotBlockedInChildren()
