@@ -11,8 +11,6 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include <sched.h>
-
 namespace Support {
 
 namespace {
@@ -53,10 +51,6 @@ void end(QProcess &process)
 
 StorageStack::StorageStack()
 {
-    if (unshare(CLONE_NEWNET) != 0) {
-        fail(QStringLiteral("no network namespace can be made; a container needs more rights"));
-        return;
-    }
     if (startDeviceManager())
         startStorageService();
 }

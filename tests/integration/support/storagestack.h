@@ -12,9 +12,9 @@ namespace Support {
 /// The real UDisks2 of the machine, with the device manager (udev) that it depends on.
 ///
 /// The device manager gets one rule only, which is about LoopDevice: what it is made of, and that
-/// it is no part of the device. It takes no notice of other devices of the machine. Both programs,
-/// and the process that starts them, hear and tell of devices in a network namespace of their own,
-/// so that the machine's own device manager is not disturbed.
+/// it is no part of the device. It takes no notice of other devices of the machine. Both programs
+/// hear and tell of devices in the sandbox's network namespace, so that the machine's own device
+/// manager is not disturbed.
 class StorageStack
 {
     Q_DISABLE_COPY(StorageStack)
