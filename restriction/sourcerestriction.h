@@ -16,8 +16,8 @@
 /// class, lists it with Q_INTERFACES(SourceRestriction) and carries
 /// Q_PLUGIN_METADATA(IID GOVD_SOURCERESTRICTION_IID). The plugin is a shared library named "*.so"
 /// in the directory "govd" below Qt's libraries; it resolves this class against the daemon, so it
-/// links nothing of the daemon's and is best built with -fno-gnu-unique, lest two plugins built
-/// from one source share their static data.
+/// links nothing of the daemon's. It is best built with -fvisibility=hidden or g++'s
+/// -fno-gnu-unique, lest two plugins built from one source share their static data.
 ///
 /// The daemon loads every plugin once, at its start, before it is on the bus, becomes the parent
 /// of the root object, and deletes it when it ends. Calls come from the main thread only and must
