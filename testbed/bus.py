@@ -29,6 +29,7 @@ SERVICES = ("com.meego.usb_moded", "net.connman", "org.brinos.DeviceSentry1",
             "org.kvt.developermode", "org.kvtlabs.SystemLogs", "org.pelloraos.appjaild1")
 
 ANSWER = 60.0  # seconds that a call may take when its test names no other deadline
+PENDING = 120  # calls without an answer that dbus-daemon lets one client have
 CHUNK = 1 << 18  # bytes that a flood hands to the kernel at once
 
 
@@ -138,6 +139,14 @@ def read_of(key, address=POLICY):
 def write_of(key, value, signature="b"):
     """A call that sets a policy to a value of this type."""
     return new_method_call(POLICY, "SetKeyValue", "sv", (key, (signature, value)))
+
+
+def flood(name, message, count):
+    """Sends a call of this user so many times, through ever new connections."""
+    for _ in range(0, count, PENDING):
+        with Client(name) as client:
+            client.flood(message, PENDING)
+            client.settle()
 
 
 def log_in(connection, user, descriptors):

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Processes from outside: what they hold, and how to hold them."""
 
+import contextlib
 import ctypes
 import os
 import pathlib
@@ -35,6 +36,18 @@ def thread_of(pid, name):
     thread, = [task for task in pathlib.Path(f"/proc/{pid}/task").iterdir()
                if (task / "comm").read_text().strip() == name[:15]]
     return int(thread.name)
+
+
+@contextlib.contextmanager
+def held(processes):
+    """Lets these processes stand still as long as the context lasts."""
+    for process in processes:
+        os.kill(process, signal.SIGSTOP)
+    try:
+        yield
+    finally:
+        for process in processes:
+            os.kill(process, signal.SIGCONT)
 
 
 class Frozen:

@@ -7,7 +7,7 @@ import pathlib
 import pytest
 
 from testbed import service
-from testbed.bus import Client, bus_policy, service_rules, write_of
+from testbed.bus import SERVICE, Client, bus_policy, service_rules, write_of
 
 
 def pytest_sessionstart():
@@ -84,3 +84,11 @@ def waiting(daemon, root, runtime_manager):
     root.send(write_of("MessagesEnabled", False))
     runtime_manager.next_call()
     return daemon
+
+
+@pytest.fixture
+def open_bus():
+    """A bus that passes descriptors on to the daemon, whatever its policy says."""
+    everything = f'<policy context="mandatory"><allow send_destination="{SERVICE}"/></policy>'
+    with bus_policy("open", everything):
+        yield

@@ -2,12 +2,23 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Whatever piles up on the daemon's connection, it listens again afterwards."""
 
+import pytest
+
 from testbed import service
-from testbed.bus import Client, read_of, silent
-from testbed.processes import resident
+from testbed.bus import Client, flood, read_of, silent, write_of
+from testbed.processes import held, open_descriptors, processes_of, resident
 from testbed.waiting import wait_until
 
 MIB = 1 << 20
+LIBRARY_BYTES = 63 * MIB  # that wait in the bus library until, by default, it reads no more
+LIBRARY_DESCRIPTORS = 4096
+
+
+@pytest.fixture
+def more_descriptors(stopped, open_bus):
+    """A system that lets more descriptors pass to the daemon than the bus library takes by itself."""
+    with service.drop_in("[Service]\nLimitNOFILE=65536\n"):
+        yield
 
 
 def listens_again():
@@ -21,6 +32,26 @@ def listens_again():
 def test_calls_of_a_mebibyte(waiting, guest, runtime_manager):
     guest.flood(silent(read_of("x" * MIB)), 90)
     guest.settle()
-    wait_until(lambda: resident(waiting) > 64 * MIB)
+    wait_until(lambda: resident(waiting) > LIBRARY_BYTES)
     runtime_manager.close()
+    assert listens_again()
+
+
+def test_descriptors(more_descriptors, waiting, runtime_manager):
+    with Client("guest", descriptors=True) as stranger:
+        for _ in range(270):
+            stranger.send_with(silent(read_of("CameraEnabled")), [0] * 16)
+            stranger.settle()  # the bus keeps few descriptors itself
+    wait_until(lambda: open_descriptors(waiting) > LIBRARY_DESCRIPTORS)
+    runtime_manager.close()
+    assert listens_again()
+
+
+def test_slow_log(daemon, root, guest):
+    root.ask(write_of("InternetSharingEnabled", False))
+    with held(processes_of("systemd-journald.service")):
+        flood("guest", read_of("unknown"), 12_000)
+        guest.flood(read_of("x" * MIB), 90)
+        guest.settle()
+        assert service.answers(20)
     assert listens_again()

@@ -9,7 +9,7 @@ import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_return, new_signal
 
 from testbed import service
-from testbed.bus import SERVICE, Client, bus_policy, read_of, silent, write_of
+from testbed.bus import SERVICE, Client, read_of, silent, write_of
 from testbed.processes import open_descriptors
 from testbed.waiting import wait_until
 
@@ -37,14 +37,6 @@ def descriptors():
     yield files
     for file in files:
         os.close(file)
-
-
-@pytest.fixture
-def open_bus():
-    """A bus that passes descriptors on to the daemon, whatever its policy says."""
-    everything = f'<policy context="mandatory"><allow send_destination="{SERVICE}"/></policy>'
-    with bus_policy("open", everything):
-        yield
 
 
 @pytest.fixture

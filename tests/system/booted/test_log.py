@@ -10,14 +10,13 @@ import shutil
 import pytest
 
 from testbed import service
-from testbed.bus import SWITCH, Client, read_of, silent, write_of
+from testbed.bus import SWITCH, Client, flood, read_of, silent, write_of
 from testbed.waiting import wait_until
 
 AUDIT = "Policy CameraEnabled changed. Old value true. New value false."
 FAILED_READ = ('AccessSwitch plugin failed to retrieve value for key: "unknown"', "Return code: 2")
 SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
 JOURNAL_SETTINGS = pathlib.Path("/run/systemd/journald.conf.d/test.conf")
-PENDING = 120  # calls without an answer that dbus-daemon lets one client have
 KIB = 1 << 10
 
 # Calls of a flood, and lines that the journal takes from a unit within 30 seconds; it multiplies the
@@ -43,14 +42,6 @@ def with_switches(stopped):
     SWITCH_PLUGIN.unlink()
 
 
-def flood(message):
-    """Sends a call of somebody without rights again and again, through ever new connections."""
-    for _ in range(0, FLOOD, PENDING):
-        with Client("guest") as stranger:
-            stranger.flood(message, PENDING)
-            stranger.settle()
-
-
 def records_of_a_change(root, journal):
     """What the journal has about a change that root makes now."""
     assert root.ask(write_of("CameraEnabled", False), 200) == (True,)
@@ -58,13 +49,13 @@ def records_of_a_change(root, journal):
 
 
 def test_reads_of_unknown_policies(daemon, root, journal):
-    flood(read_of("unknown"))
+    flood("guest", read_of("unknown"), FLOOD)
     assert [line.priority for line in records_of_a_change(root, journal)] == [6]
     assert not [line for line in journal.lines() if "DBus" in line.text]
 
 
 def test_reads_that_fail(with_switches, root, journal):
-    flood(read_of("unknown", SWITCH))
+    flood("guest", read_of("unknown", SWITCH), FLOOD)
     assert records_of_a_change(root, journal)
     wait_until(lambda: told_and_counted(journal) == 2 * FLOOD)
     assert len(journal.lines()) < FLOOD / 10

@@ -8,11 +8,11 @@ import signal
 import time
 
 import pytest
-from jeepney import new_method_return
+from jeepney import DBusAddress, new_method_call, new_method_return
 
 from testbed import service
-from testbed.bus import Client, write_of
-from testbed.processes import Frozen, processes_of, thread_of
+from testbed.bus import POLICY, SERVICE, Client, silent, write_of
+from testbed.processes import Frozen, held, processes_of, thread_of
 from testbed.waiting import holds_for, wait_until
 
 TIME_ALLOWED = 3  # seconds without a sign of life
@@ -54,14 +54,8 @@ def test_deaf_daemon(watched):
 
 
 def test_silent_bus(watched):
-    bus = processes_of("dbus.service")
-    for process in bus:
-        os.kill(process, signal.SIGSTOP)
-    try:
+    with held(processes_of("dbus.service")):
         wait_until(lambda: service.main_pid() != watched)
-    finally:
-        for process in bus:
-            os.kill(process, signal.SIGCONT)
     service.comes_back(watched)
     assert not CAMERA_MARKER.exists()
 
@@ -74,6 +68,17 @@ def test_slow_service(watched):
             time.sleep(TIME_ALLOWED * 2 / 3)
             sandbox.send(new_method_return(call))
     assert service.answers()
+    assert (service.main_pid(), service.restarts()) == (watched, 0)
+
+
+def test_flood(watched):
+    introspection = DBusAddress(POLICY.object_path, SERVICE, "org.freedesktop.DBus.Introspectable")
+    end = time.monotonic() + 3 * TIME_ALLOWED
+    with Client("guest") as stranger:
+        while time.monotonic() < end:
+            stranger.flood(silent(new_method_call(introspection, "Introspect")), 1000)
+            stranger.settle()
+    assert service.answers(60)
     assert (service.main_pid(), service.restarts()) == (watched, 0)
 
 
