@@ -21,8 +21,10 @@ QStringList allPolicies()
 {
     const auto types = QMetaEnum::fromType<Pellora::PolicyValue::PolicyType>();
     QStringList keys;
-    for (int i = 0; i < types.keyCount(); ++i)
-        keys.append(QString::fromLatin1(types.key(i)));
+    for (int i = 0; i < types.keyCount(); ++i) {
+        if (types.value(i) != 0) // which stands for no policy
+            keys.append(QString::fromLatin1(types.key(i)));
+    }
     return keys;
 }
 
