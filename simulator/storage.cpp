@@ -5,6 +5,8 @@
 #include <QDBusMetaType>
 #include <QFile>
 
+#include <cctype>
+
 namespace Simulator {
 namespace {
 
@@ -20,6 +22,25 @@ const QLatin1String MountPoints("MountPoints");
 QByteArray fileNameBytes(const QString &name)
 {
     return QFile::encodeName(name) + '\0';
+}
+
+/// The path of an object in a @p folder; what a path cannot hold is written as a number.
+QString objectPath(const char *folder, const QString &id)
+{
+    QString path = RootPath + QLatin1String(folder);
+    for (const char c : id.toUtf8()) {
+        if (std::isalnum(static_cast<unsigned char>(c)) || c == '_')
+            path += QLatin1Char(c);
+        else
+            path += QString::asprintf("_%02x", static_cast<unsigned char>(c));
+    }
+    return path;
+}
+
+/// An object path that says that there is no such object.
+QDBusObjectPath objectOrNone(const QString &path)
+{
+    return QDBusObjectPath(path.isEmpty() ? QStringLiteral("/") : path);
 }
 
 template <typename Read> Property readOnly(const char *name, const char *type, Read read)
@@ -47,7 +68,7 @@ Storage::Storage()
 
 QString Storage::plug(const Drive &drive)
 {
-    const QString path = RootPath + QStringLiteral("/drives/") + drive.id;
+    const QString path = objectPath("/drives/", drive.id);
     m_drives.insert(path, drive);
     objects().add(path, driveInterface(path));
     sendAdded(path, {DriveInterface});
@@ -57,7 +78,7 @@ QString Storage::plug(const Drive &drive)
 
 QString Storage::plug(const Block &block)
 {
-    const QString path = RootPath + QStringLiteral("/block_devices/") + block.id;
+    const QString path = objectPath("/block_devices/", block.id);
     m_blocks.insert(path, block);
     objects().add(path, blockInterface(path));
     if (block.hasPartitionTable)
@@ -122,11 +143,11 @@ Interface Storage::blockInterface(const QString &path) const
 {
     const Block block = m_blocks.value(path);
     const QByteArray device = fileNameBytes(QStringLiteral("/dev/") + block.id);
-    const QDBusObjectPath drive(block.drive.isEmpty() ? QStringLiteral("/") : block.drive);
     return {BlockInterface,
             {},
             {readOnly("Device", "ay", [=] { return device; }),
-             readOnly("Drive", "o", [=] { return drive; }),
+             readOnly("Drive", "o", [=] { return objectOrNone(block.drive); }),
+             readOnly("CryptoBackingDevice", "o", [=] { return objectOrNone(block.encrypted); }),
              readOnly("HintSystem", "b", [=] { return block.isSystem; }),
              readOnly("IdLabel", "s", [=] { return block.label; })},
             {}};
@@ -135,9 +156,11 @@ Interface Storage::blockInterface(const QString &path) const
 Interface Storage::filesystemInterface(const QString &path)
 {
     const auto mountPoints = [=] {
+        QStringList places = m_blocks.value(path).mountPoints;
+        places.removeDuplicates();
         QList<QByteArray> names;
-        for (const QString &name : m_blocks.value(path).mountPoints)
-            names.append(fileNameBytes(name));
+        for (const QString &place : qAsConst(places))
+            names.append(fileNameBytes(place));
         return names;
     };
     const QString options = QStringLiteral("a{sv}");
@@ -169,9 +192,17 @@ Reply Storage::mount(const QString &path)
 
 Reply Storage::unmount(const QString &path)
 {
-    if (m_blocks.value(path).mountPoints.isEmpty())
+    QStringList left = m_blocks.value(path).mountPoints;
+    if (left.isEmpty())
         return failure("NotMounted", path);
-    setMountPoints(path, {});
+    const QString place = left.takeLast();
+    if (left.contains(place)) {
+        // There is nothing to tell: it is still mounted where it was.
+        m_blocks[path].mountPoints = left;
+        Q_EMIT changed();
+    } else {
+        setMountPoints(path, left);
+    }
     return {};
 }
 

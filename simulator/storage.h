@@ -20,13 +20,14 @@ struct Drive
 /// A block device of the storage service.
 struct Block
 {
-    QString id; ///< last part of its object path and of its device file
+    QString id; ///< last part of its device file and, as far as one can hold it, of its object path
     QString drive = {}; ///< object path of its drive; empty for none
     bool isSystem = false;
     bool hasFilesystem = true;
     bool hasPartitionTable = false;
     QStringList mountPoints = {};
     QString label = {}; ///< of its file system; where it is mounted is called after it
+    QString encrypted = {}; ///< object path of the device whose decrypted content it is, if any
 };
 
 /// Drives and block devices as the storage service UDisks2 shows them. What is plugged in, pulled
@@ -50,7 +51,8 @@ public:
     /// Makes a file system on the block device at @p path, or wipes it.
     void setFilesystem(const QString &path, bool hasFilesystem);
 
-    /// Mounts the block device at @p path in these places, or unmounts it: with none.
+    /// Mounts the block device at @p path in these places, or unmounts it: with none. The same
+    /// place can be there twice, and is told once. The method Unmount takes the last one away.
     void setMountPoints(const QString &path, const QStringList &mountPoints);
 
     /// Whether changed mount points are told with their value, or only that they have changed.

@@ -11,6 +11,11 @@
 class PartitionPrivate;
 
 /// A block device with a file system, as it was when the value was taken. A copy is cheap.
+///
+/// A block device can be built on others: the content of an encrypted one, a logical volume. Drive
+/// and storage type are then those of the device at the bottom. With several at the bottom, one
+/// that can be removed is enough for the whole to be external, because a part of what is written
+/// goes there; when they are on several buses, there is a partition for each bus.
 class Q_DECL_EXPORT Partition
 {
 public:
@@ -45,7 +50,7 @@ public:
 
     /// The drive that holds the partition: "connectionBus" (int: 0 memory card, 1 USB,
     /// 2 IEEE 1394, 3 another one; absent when not known), "vendor" and "model" (texts) and
-    /// "removable" (bool). Empty when the partition is on no drive.
+    /// "removable" (bool). Empty when the partition is on no drive, as on a loop device.
     QVariantMap drive() const;
 
     StorageType storageType() const;

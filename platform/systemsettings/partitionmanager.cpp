@@ -27,5 +27,5 @@ QVector<Partition> PartitionManager::partitions(Partition::StorageTypes types) c
 void PartitionManager::unmount(const Partition &partition, const QVariantMap &options)
 {
     if (!partition.objectPath().isEmpty())
-        d->client.unmount(partition.objectPath(), options);
+        d->client.unmount(partition, options);
 }

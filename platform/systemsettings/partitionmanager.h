@@ -30,18 +30,24 @@ public:
     /// Returns the partitions whose storage type is among @p types, without those that carry a
     /// partition table when @p types holds Partition::ExcludeParents. Empty, and silent, while
     /// the storage service is absent and before there is an application object. The first call
-    /// waits for the service's answer, later ones do not.
+    /// waits for the service's answer, later ones only while none of its answers has been good.
     QVector<Partition> partitions(Partition::StorageTypes types) const;
 
     /// Asks the storage service to unmount @p partition with the @p options of its Unmount
     /// method, and does not wait for the answer. Nothing happens for a partition of no device.
-    /// A failure is told only in the logging category "systemsettings", at debug level, which is
-    /// off by default.
+    /// The service unmounts from one place, and there can be several. A failure is logged in the
+    /// category "systemsettings": the first one since the partition was unmounted as a warning,
+    /// others at debug level, which is off by default.
     void unmount(const Partition &partition, const QVariantMap &options);
 
 Q_SIGNALS:
     /// A partition has appeared, or one that was there has been mounted. The partitions that are
     /// there already when the manager first looks, or when the service comes back, have appeared.
+    ///
+    /// Announced again, by every manager of the process whichever was asked to unmount it: one that
+    /// is mounted after it was unmounted from one place, at once; and one that could not be
+    /// unmounted, while it stays mounted, after two seconds and then after twice as long each time,
+    /// to a minute.
     void partitionAdded(const Partition &partition);
 
 private:

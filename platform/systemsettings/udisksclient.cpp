@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "udisksclient.h"
 
+#include "udiskscall.h"
 #include "udisksnames.h"
+#include "udisksreminders.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -13,21 +15,9 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QEvent>
-#include <QLoggingCategory>
-
-Q_LOGGING_CATEGORY(lcSystemSettings, "systemsettings", QtInfoMsg)
 
 namespace UDisks {
 namespace {
-
-QDBusMessage methodCall(const QString &path, const QString &interface, const QString &method,
-                        const QVariantList &arguments = {})
-{
-    QDBusMessage call = QDBusMessage::createMethodCall(Service, path, interface, method);
-    call.setAutoStartService(false);
-    call.setArguments(arguments);
-    return call;
-}
 
 struct Subscription
 {
@@ -61,6 +51,7 @@ Client::Client(QObject *parent)
     // An event waits in the thread's queue even when there is no application object yet. It is of a
     // kind of its own, because an application may deliver queued calls before its event loop runs.
     QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    connect(&Reminders::instance(), &Reminders::due, this, &Client::remind);
 }
 
 void Client::customEvent(QEvent *)
@@ -73,28 +64,11 @@ QVector<Partition> Client::partitions(Partition::StorageTypes types)
     if (!QCoreApplication::instance())
         return {};
     connectToBus();
-    if (m_listing && !m_isListingTaken) {
-        // Waiting through the watcher itself would take its turn in the queue away.
-        QDBusPendingCall listing = *m_listing;
-        listing.waitForFinished();
-        takeListing(listing.reply());
+    if (m_last != Good) {
+        list();
+        waitForListing();
     }
     return m_objects.partitions(types);
-}
-
-void Client::unmount(const QString &path, const QVariantMap &options)
-{
-    if (!QCoreApplication::instance())
-        return;
-    const QDBusMessage call =
-        methodCall(path, Filesystem, QStringLiteral("Unmount"), {QVariant(options)});
-    auto *watcher = new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, path] {
-        if (watcher->isError())
-            qCDebug(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(path),
-                    qUtf8Printable(watcher->error().name()));
-        watcher->deleteLater();
-    });
 }
 
 void Client::connectToBus()
@@ -122,14 +96,16 @@ void Client::follow(const QString &owner)
 {
     if (owner == m_owner)
         return;
+    if (!m_owner.isEmpty())
+        Reminders::instance().endAll();
     delete m_listing;
     m_listing = nullptr;
+    m_last = Unknown;
     m_objects.clear();
     subscribe(false);
     m_owner = owner;
     subscribe(true);
-    if (!m_owner.isEmpty())
-        list();
+    list();
 }
 
 void Client::subscribe(bool isOn)
@@ -147,49 +123,97 @@ void Client::subscribe(bool isOn)
 
 void Client::list()
 {
-    m_isListingTaken = false;
+    if (m_listing || m_owner.isEmpty())
+        return;
+    m_isSomethingMissing = false;
     m_listing = ask(methodCall(RootPath, ObjectManager, QStringLiteral("GetManagedObjects")),
                     [this](const QDBusMessage &reply) {
+                        const bool isTaken = isAhead();
                         m_listing = nullptr;
-                        if (!m_isListingTaken)
+                        if (!isTaken)
                             takeListing(reply);
                     });
 }
 
-void Client::takeListing(const QDBusMessage &reply)
+void Client::waitForListing()
 {
-    m_isListingTaken = true;
-    if (reply.signature() != QLatin1String("a{oa{sa{sv}}}")) {
-        qCDebug(lcSystemSettings, "Cannot list storage: answer of type \"%s\", error \"%s\"",
-                qUtf8Printable(reply.signature()), qUtf8Printable(reply.errorName()));
+    if (!m_listing)
+        return;
+    // Waiting through the watcher itself would take its turn in the queue away.
+    QDBusPendingCallWatcher *watcher = std::exchange(m_listing, nullptr);
+    QDBusPendingCall listing = *watcher;
+    listing.waitForFinished();
+    takeListing(listing.reply());
+    if (m_last == Good) {
+        m_listing = watcher;
         return;
     }
+    delete watcher;
+    QMetaObject::invokeMethod(this, &Client::announceNews, Qt::QueuedConnection);
+}
+
+void Client::takeListing(const QDBusMessage &reply)
+{
+    if (reply.signature() != QLatin1String("a{oa{sa{sv}}}")) {
+        m_last = Bad;
+        qCDebug(lcSystemSettings, "Cannot list storage: answer of type \"%s\", error \"%s\"",
+                qUtf8Printable(reply.signature()), qUtf8Printable(reply.errorName()));
+        if (m_isSomethingMissing)
+            list();
+        return;
+    }
+    m_last = Good;
     const auto objects = argument<QMap<QDBusObjectPath, Interfaces>>(reply, 0);
     for (auto it = objects.begin(); it != objects.end(); ++it)
         m_objects.add(it.key().path(), it.value());
 }
 
+/// Without a good listing, there may be more of what has just been heard of for the first time.
+void Client::listAgain()
+{
+    m_isSomethingMissing = true;
+    if (m_last == Bad)
+        list();
+}
+
+/// Whether the listing has been read ahead of its turn, so that signals are older.
+bool Client::isAhead() const
+{
+    return m_listing && m_last == Good;
+}
+
 void Client::onInterfacesAdded(const QDBusMessage &message)
 {
-    if (m_listing || message.signature() != QLatin1String("oa{sa{sv}}"))
+    if (isAhead() || message.signature() != QLatin1String("oa{sa{sv}}"))
         return;
-    m_objects.add(pathArgument(message), argument<Interfaces>(message, 1));
+    const QString path = pathArgument(message);
+    const bool wasKnown = m_objects.knows(path);
+    m_objects.add(path, argument<Interfaces>(message, 1));
+    if (!wasKnown && m_objects.knows(path))
+        listAgain();
+    noteMounts(path);
     announceNews();
 }
 
 void Client::onInterfacesRemoved(const QDBusMessage &message)
 {
-    if (m_listing || message.signature() != QLatin1String("oas"))
+    if (isAhead() || message.signature() != QLatin1String("oas"))
         return;
-    m_objects.remove(pathArgument(message), argument<QStringList>(message, 1));
+    const QStringList interfaces = argument<QStringList>(message, 1);
+    m_objects.remove(pathArgument(message), interfaces);
+    if (interfaces.contains(Filesystem))
+        Reminders::instance().end(pathArgument(message));
 }
 
 void Client::onPropertiesChanged(const QDBusMessage &message)
 {
-    if (m_listing || message.signature() != QLatin1String("sa{sv}as"))
+    if (isAhead() || message.signature() != QLatin1String("sa{sv}as"))
         return;
     const QString interface = argument<QString>(message, 0);
+    if (isWanted(interface) && !m_objects.has(message.path(), interface))
+        listAgain();
     m_objects.change(message.path(), interface, argument<QVariantMap>(message, 1));
+    noteMounts(message.path());
     announceNews();
     for (const QString &property : argument<QStringList>(message, 2)) {
         if (m_objects.has(message.path(), interface) && isWanted(interface, property))
@@ -201,15 +225,19 @@ void Client::fetch(const QString &path, const QString &interface, const QString 
 {
     ask(methodCall(path, Properties, QStringLiteral("Get"), {interface, property}),
         [=](const QDBusMessage &reply) {
-            if (m_listing || reply.signature() != QLatin1String("v"))
+            if (isAhead() || reply.signature() != QLatin1String("v"))
                 return;
             const QVariant value = argument<QDBusVariant>(reply, 0).variant();
             m_objects.change(path, interface, {{property, value}});
+            noteMounts(path);
         });
 }
 
+/// What comes and goes before the first listing is no news: the listing tells what is left.
 void Client::announceNews()
 {
+    if (m_last == Unknown)
+        return;
     for (const Partition &partition : m_objects.takeNews())
         Q_EMIT partitionAdded(partition);
 }

@@ -5,6 +5,7 @@
 
 #include "udisksobjects.h"
 
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QObject>
 
@@ -19,9 +20,12 @@ namespace UDisks {
 /// One listing of all objects, then signals. Order: the reply of an asynchronous call and the
 /// signals of one connection reach this object through the event queue of its thread in the
 /// order in which they came from the bus. So a signal that is delivered before the listing's
-/// reply is older than the listing and is ignored; each later one is newer and is applied. Who
-/// asks before the reply has come through the queue reads it ahead of its turn, which changes
-/// nothing of that order.
+/// reply is older than the listing, and each later one is newer; taken in this order, all come to
+/// the same end. Who asks before the reply has come through the queue reads it ahead of its turn,
+/// and the signals that are left until then are ignored.
+///
+/// A listing can fail. What signals tell counts all the same, and there is another one as soon as
+/// there is reason to believe that something has been missed.
 ///
 /// Signals are taken from the unique name of the service only, so nobody else can make them up.
 /// The well-known name would do, but for QtDBus: it follows the owner of such a name by itself
@@ -35,16 +39,16 @@ public:
     /// client may be built before the application object.
     explicit Client(QObject *parent = nullptr);
 
-    /// Returns the partitions whose storage type is among @p types. Waits for the listing, if one
-    /// is under way. Empty while the service is absent or there is no application object.
+    /// Returns the partitions whose storage type is among @p types. Waits for one listing while
+    /// there is no good one. Empty while the service is absent or there is no application object.
     QVector<Partition> partitions(Partition::StorageTypes types);
 
-    /// Asks the service to unmount the file system of the object at @p path. Only a debug line
-    /// tells of a failure.
-    void unmount(const QString &path, const QVariantMap &options);
+    /// Asks the service to unmount the file system of @p partition. A failure is logged, the first
+    /// one since it was unmounted as a warning.
+    void unmount(const Partition &partition, const QVariantMap &options);
 
 Q_SIGNALS:
-    /// A partition is new, or newly mounted.
+    /// A partition is new, newly mounted, or still mounted after it was to be unmounted.
     void partitionAdded(const Partition &partition);
 
 protected:
@@ -63,7 +67,13 @@ private:
     void follow(const QString &owner);
     void subscribe(bool isOn);
     void list();
+    void waitForListing();
     void takeListing(const QDBusMessage &reply);
+    void listAgain();
+    bool isAhead() const;
+    void noteMounts(const QString &path);
+    void takeUnmount(const Partition &partition, const QDBusError &error);
+    void remind(const QString &path, bool &isMounted);
     void fetch(const QString &path, const QString &interface, const QString &property);
     void announceNews();
 
@@ -74,7 +84,8 @@ private:
     QString m_owner; ///< unique bus name of the service; empty while it is absent
     Objects m_objects;
     QDBusPendingCallWatcher *m_listing = nullptr; ///< until its turn in the event queue
-    bool m_isListingTaken = false;
+    enum { Unknown, Bad, Good } m_last = Unknown; ///< how the last listing ended
+    bool m_isSomethingMissing = false; ///< since the last listing was asked for
     bool m_isConnected = false;
 };
 

@@ -30,8 +30,8 @@ constexpr QLatin1String BusPath = latin1("/org/freedesktop/DBus");
 constexpr QLatin1String ObjectManager = latin1("org.freedesktop.DBus.ObjectManager");
 constexpr QLatin1String Properties = latin1("org.freedesktop.DBus.Properties");
 
-/// What a block device names as its drive when it has none.
-constexpr QLatin1String NoDrive = latin1("/");
+/// What a block device names as its drive, or as the device that it decrypts, when it has none.
+constexpr QLatin1String NoObject = latin1("/");
 
 } // namespace UDisks
 

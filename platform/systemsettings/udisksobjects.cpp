@@ -4,9 +4,14 @@
 
 #include "partitionprivate.h"
 #include "udisksnames.h"
+#include "udisksstack.h"
+
+#include <algorithm>
 
 namespace UDisks {
 namespace {
+
+constexpr QLatin1String ConnectionBus = latin1("connectionBus");
 
 /// Returns the number of a drive's connection, by which users of partitions know it.
 int connectionBus(const QString &name)
@@ -18,6 +23,17 @@ int connectionBus(const QString &name)
     };
     constexpr int otherBus = 3;
     return numbers.value(name, otherBus);
+}
+
+/// Whether what was mounted at @p before and is mounted at @p now has been mounted or unmounted
+/// meanwhile, and is mounted. One place more is not worth telling.
+bool isMountedAnew(QStringList before, const QStringList &now)
+{
+    if (before.isEmpty() || now.isEmpty())
+        return !now.isEmpty();
+    for (const QString &place : now)
+        before.removeOne(place);
+    return !before.isEmpty();
 }
 
 } // namespace
@@ -69,6 +85,11 @@ bool Objects::has(const QString &path, const QString &name) const
     return object != m_objects.constEnd() && object->contains(name);
 }
 
+QStringList Objects::mountPoints(const QString &path) const
+{
+    return properties(path, Filesystem).value(QStringLiteral("MountPoints")).toStringList();
+}
+
 QVector<Partition> Objects::partitions(Partition::StorageTypes types) const
 {
     QVector<Partition> found;
@@ -77,10 +98,31 @@ QVector<Partition> Objects::partitions(Partition::StorageTypes types) const
             continue;
         if (types.testFlag(Partition::ExcludeParents) && it->contains(PartitionTable))
             continue;
-        const Partition candidate = partition(it.key());
-        if (types & candidate.storageType())
-            found.append(candidate);
+        for (const Partition &candidate : partitionsOf(it.key())) {
+            if (types & candidate.storageType())
+                found.append(candidate);
+        }
     }
+    return found;
+}
+
+QVector<Partition> Objects::partitionsOf(const QString &path) const
+{
+    QStringList known = blocksAtBottom(path);
+    known.erase(std::remove_if(known.begin(), known.end(),
+                               [this](const QString &each) { return !has(each, Block); }),
+                known.end());
+    QVector<Partition> found;
+    QVariantList buses;
+    for (const QString &bottom : qAsConst(known)) {
+        const QVariant bus = drive(bottom).value(ConnectionBus);
+        if (isSystem(bottom) || buses.contains(bus))
+            continue;
+        buses.append(bus);
+        found.append(partition(path, bottom));
+    }
+    if (found.isEmpty())
+        found.append(partition(path, known.value(0, path)));
     return found;
 }
 
@@ -94,17 +136,16 @@ QVector<Partition> Objects::takeNews()
     for (const QString &path : qAsConst(changed)) {
         if (!isPartition(path))
             continue;
-        const Partition candidate = partition(path);
-        const bool isMounted = candidate.status() == Partition::Mounted;
+        const QStringList places = mountPoints(path);
         const auto known = m_mounted.constFind(path);
-        const bool isNews = known == m_mounted.constEnd() || (isMounted && !*known);
-        if (isNews && !isDriveKnown(path)) {
+        const bool isNews = known == m_mounted.constEnd() || isMountedAnew(*known, places);
+        if (isNews && !isPlaceKnown(path)) {
             m_changed.insert(path);
             continue;
         }
-        m_mounted.insert(path, isMounted);
+        m_mounted.insert(path, places);
         if (isNews)
-            news.append(candidate);
+            news += partitionsOf(path);
     }
     return news;
 }
@@ -119,42 +160,88 @@ bool Objects::isPartition(const QString &path) const
     return has(path, Block) && has(path, Filesystem);
 }
 
-bool Objects::isDriveKnown(const QString &path) const
+/// The drive that the block device at @p path names; empty when it names none.
+QString Objects::drivePath(const QString &path) const
 {
-    const QString drivePath = properties(path, Block).value(QStringLiteral("Drive")).toString();
-    return drivePath.isEmpty() || drivePath == NoDrive || has(drivePath, Drive);
+    const QString drive = properties(path, Block).value(QStringLiteral("Drive")).toString();
+    return drive == NoObject ? QString() : drive;
 }
 
 QVariantMap Objects::drive(const QString &path) const
 {
-    if (!has(path, Drive))
+    const QString drive = drivePath(path);
+    if (!has(drive, Drive))
         return {};
-    const QVariantMap known = properties(path, Drive);
-    QVariantMap drive{
+    const QVariantMap known = properties(drive, Drive);
+    QVariantMap described{
         {QStringLiteral("vendor"), known.value(QStringLiteral("Vendor")).toString()},
         {QStringLiteral("model"), known.value(QStringLiteral("Model")).toString()},
         {QStringLiteral("removable"), known.value(QStringLiteral("Removable")).toBool()},
     };
     const QString bus = known.value(QStringLiteral("ConnectionBus")).toString();
     if (!bus.isEmpty())
-        drive.insert(QStringLiteral("connectionBus"), connectionBus(bus));
-    return drive;
+        described.insert(ConnectionBus, connectionBus(bus));
+    return described;
 }
 
-Partition Objects::partition(const QString &path) const
+bool Objects::isSystem(const QString &path) const
 {
-    const QVariantMap block = properties(path, Block);
-    const QStringList mountPoints =
-        properties(path, Filesystem).value(QStringLiteral("MountPoints")).toStringList();
-    const bool isSystem = block.value(QStringLiteral("HintSystem")).toBool();
+    return properties(path, Block).value(QStringLiteral("HintSystem")).toBool();
+}
 
+/// The path of the block device with the device file @p device; when there is none, the name of
+/// the file, at which there is no object.
+QString Objects::blockOf(const QString &device) const
+{
+    for (auto it = m_objects.begin(); it != m_objects.end(); ++it) {
+        if (it->value(Block).value(QStringLiteral("Device")) == device)
+            return it.key();
+    }
+    return device;
+}
+
+/// The block devices on which the one at @p path is built directly. None for one with a drive.
+QStringList Objects::blocksBelow(const QString &path) const
+{
+    if (!drivePath(path).isEmpty())
+        return {};
+    const QVariantMap block = properties(path, Block);
+    const QString encrypted = block.value(QStringLiteral("CryptoBackingDevice")).toString();
+    if (!encrypted.isEmpty() && encrypted != NoObject)
+        return {encrypted};
+    QStringList below = devicesBelow(block.value(QStringLiteral("Device")).toString());
+    std::transform(below.begin(), below.end(), below.begin(),
+                   [this](const QString &device) { return blockOf(device); });
+    return below;
+}
+
+/// The block devices on which the one at @p path is built in the end.
+QStringList Objects::blocksAtBottom(const QString &path) const
+{
+    return foundations(path, [this](const QString &each) { return blocksBelow(each); });
+}
+
+/// Whether everything is known that tells where the block device at @p path is.
+bool Objects::isPlaceKnown(const QString &path) const
+{
+    const QStringList all = blocksAtBottom(path);
+    return std::all_of(all.begin(), all.end(), [this](const QString &each) {
+        const QString drive = drivePath(each);
+        return has(each, Block) && (drive.isEmpty() || has(drive, Drive));
+    });
+}
+
+/// The partition that the block device at @p path is, on the drive of @p bottom.
+Partition Objects::partition(const QString &path, const QString &bottom) const
+{
+    const QStringList places = mountPoints(path);
     auto *data = new PartitionPrivate;
     data->objectPath = path;
-    data->devicePath = block.value(QStringLiteral("Device")).toString();
-    data->mountPath = mountPoints.value(0);
-    data->drive = drive(block.value(QStringLiteral("Drive")).toString());
-    data->storageType = isSystem ? Partition::System : Partition::External;
-    data->status = mountPoints.isEmpty() ? Partition::Unmounted : Partition::Mounted;
+    data->devicePath = properties(path, Block).value(QStringLiteral("Device")).toString();
+    data->mountPath = places.value(0);
+    data->drive = drive(bottom);
+    data->storageType = isSystem(bottom) ? Partition::System : Partition::External;
+    data->status = places.isEmpty() ? Partition::Unmounted : Partition::Mounted;
     return Partition(data);
 }
 

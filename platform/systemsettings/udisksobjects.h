@@ -14,6 +14,12 @@ namespace UDisks {
 
 /// Knows the storage service's objects as far as they have been told, and makes partitions of
 /// them. It does not know the bus: it is fed with what came from there.
+///
+/// A block device that names no drive can be built on others: it decrypts one, or the kernel has
+/// made it of several. The devices at the end of that chain say what kind of storage it is. One
+/// removable device among them makes it removable, whatever the others are, because part of what
+/// is written to it goes there; and when several are, on different buses, it is a partition of
+/// each of them, so that whoever forbids one bus finds it.
 class Objects
 {
 public:
@@ -30,28 +36,43 @@ public:
     /// not have it.
     void change(const QString &path, const QString &interface, const QVariantMap &properties);
 
+    /// Whether there is an object at @p path.
+    bool knows(const QString &path) const { return m_objects.contains(path); }
+
     /// Whether there is an object at @p path with the interface @p name.
     bool has(const QString &path, const QString &name) const;
+
+    /// Returns the places where the file system of the object at @p path is mounted.
+    QStringList mountPoints(const QString &path) const;
 
     /// Returns the partitions whose storage type is among @p types, ordered by object path.
     QVector<Partition> partitions(Partition::StorageTypes types) const;
 
-    /// Returns the partitions that are new, or newly mounted, since the last call,
-    /// ordered by object path.
+    /// Returns the partitions that the block device at @p path is: one, but for a device that is
+    /// built on removable ones of several buses.
+    QVector<Partition> partitionsOf(const QString &path) const;
+
+    /// Returns the partitions that since the last call are new, newly mounted, or still mounted
+    /// after an unmount, ordered by object path.
     ///
-    /// A partition that names a drive which is not known yet waits for it: without its drive
-    /// nobody can tell what kind of storage it is.
+    /// A partition waits for the drives and devices that it names and that are not known yet:
+    /// without them nobody can tell what kind of storage it is.
     QVector<Partition> takeNews();
 
 private:
     QVariantMap properties(const QString &path, const QString &interface) const;
     bool isPartition(const QString &path) const;
-    bool isDriveKnown(const QString &path) const;
+    QString drivePath(const QString &path) const;
     QVariantMap drive(const QString &path) const;
-    Partition partition(const QString &path) const;
+    bool isSystem(const QString &path) const;
+    QString blockOf(const QString &device) const;
+    QStringList blocksBelow(const QString &path) const;
+    QStringList blocksAtBottom(const QString &path) const;
+    bool isPlaceKnown(const QString &path) const;
+    Partition partition(const QString &path, const QString &bottom) const;
 
     QMap<QString, Interfaces> m_objects;
-    QHash<QString, bool> m_mounted; ///< the partitions that have been news, and their last state
+    QHash<QString, QStringList> m_mounted; ///< where the partitions that were news were mounted
     QSet<QString> m_changed; ///< the objects that may be news
 };
 

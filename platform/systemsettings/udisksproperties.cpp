@@ -60,6 +60,7 @@ constexpr Property wantedProperties[] = {
     {Block, latin1("Device"), readFileName},
     {Block, latin1("Drive"), readObjectPath},
     {Block, latin1("HintSystem"), readPlain<QMetaType::Bool>},
+    {Block, latin1("CryptoBackingDevice"), readObjectPath},
     {Filesystem, latin1("MountPoints"), readFileNames},
     {Drive, latin1("ConnectionBus"), readPlain<QMetaType::QString>},
     {Drive, latin1("Vendor"), readPlain<QMetaType::QString>},

@@ -11,22 +11,16 @@ using namespace StorageNames;
 
 namespace {
 
-QMutex complaintsMutex;
-QStringList complaints; ///< since the last look, of whatever thread
+QMutex logMutex;
+QStringList logged; ///< since the last look, by whatever thread
 
-void collectComplaints(QtMsgType type, const QMessageLogContext &context, const QString &text)
+void collectLog(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     const bool isOurs = qstrcmp(context.category, "systemsettings") == 0;
     if (!isOurs && (type == QtDebugMsg || type == QtInfoMsg))
         return;
-    const QMutexLocker locker(&complaintsMutex);
-    complaints.append(text);
-}
-
-QStringList takeComplaints()
-{
-    const QMutexLocker locker(&complaintsMutex);
-    return std::exchange(complaints, {});
+    const QMutexLocker locker(&logMutex);
+    logged.append(text);
 }
 
 } // namespace
@@ -66,6 +60,12 @@ int StorageTest::calls(const char *member) const
     return there([&] { return m_storage->calls(QLatin1String(member)).size(); });
 }
 
+QStringList StorageTest::takeLog()
+{
+    const QMutexLocker locker(&logMutex);
+    return std::exchange(logged, {});
+}
+
 bool StorageTest::passSentinel(Observed &observed) const
 {
     static int count = 0;
@@ -96,7 +96,7 @@ void StorageTest::initTestCase()
 {
     QVERIFY(m_bus.start(ServiceName));
     QVERIFY(QDBusConnection::systemBus().isConnected());
-    qInstallMessageHandler(collectComplaints);
+    qInstallMessageHandler(collectLog);
 }
 
 void StorageTest::init()
@@ -110,5 +110,5 @@ void StorageTest::cleanup()
     m_thread.reset();
     const auto *bus = QDBusConnection::systemBus().interface();
     QTRY_VERIFY(!bus->isServiceRegistered(ServiceName));
-    QCOMPARE(takeComplaints().join(QLatin1Char('\n')), QString());
+    QCOMPARE(takeLog().join(QLatin1Char('\n')), QString());
 }

@@ -67,6 +67,9 @@ protected:
     /// How often the service has been asked for @p member.
     int calls(const char *member) const;
 
+    /// What has been logged since the last look: by the library anything, by others warnings.
+    static QStringList takeLog();
+
     /// Makes the service announce another partition for a while and waits until @p observed has
     /// seen it come and go: all that was told before has then arrived, too.
     bool passSentinel(Observed &observed) const;
@@ -75,9 +78,11 @@ protected:
     std::unique_ptr<Simulator::ServiceThread> m_thread;
     Simulator::Storage *m_storage = nullptr;
 
+protected Q_SLOTS:
+    void init();
+
 private Q_SLOTS:
     void initTestCase();
-    void init();
     void cleanup();
 };
 

@@ -48,7 +48,9 @@ void tst_PartitionChanges::announces_data()
     row("mounted", {}, mountAt(MountPoint), 1, Partition::Mounted);
     row("mounted in two places", {}, mountAt(two), 1, Partition::Mounted);
     row("mounted in a second place", MountPoint, mountAt(two), 0, Partition::Mounted);
-    row("unmounted from one of two", two, mountAt(MountPoint), 0, Partition::Mounted);
+    row("unmounted from one of two", two, mountAt(MountPoint), 1, Partition::Mounted);
+    row("mounted elsewhere instead", MountPoint, mountAt({QStringLiteral("/mnt")}), 1,
+        Partition::Mounted);
     row("unmounted", MountPoint, mountAt({}), 0, Partition::Unmounted);
     row("told that it is not mounted", {}, mountAt({}), 0, Partition::Unmounted);
     row(

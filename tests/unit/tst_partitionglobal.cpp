@@ -33,6 +33,14 @@ void pause()
     std::getline(std::cin, line);
 }
 
+/// Ends the program as soon as the library tells that it could not unmount something, so that a
+/// reminder of that is still to come.
+void quitOnComplaint(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    std::cout << qPrintable(text) << std::endl;
+    QCoreApplication::quit();
+}
+
 int runScenario(const QByteArray &name, int argc, char **argv)
 {
     if (!global.manager->partitions(Any).isEmpty())
@@ -47,6 +55,13 @@ int runScenario(const QByteArray &name, int argc, char **argv)
     if (name == "no bus") {
         QTimer::singleShot(0, &application, &QCoreApplication::quit);
         return application.exec() + global.manager->partitions(Any).size();
+    }
+    if (name == "busy") {
+        qInstallMessageHandler(quitOnComplaint);
+        QObject::connect(
+            global.manager.get(), &PartitionManager::partitionAdded, &application,
+            [](const Partition &partition) { global.manager->unmount(partition, {}); });
+        return application.exec();
     }
     QObject::connect(global.manager.get(), &PartitionManager::partitionAdded, &application,
                      [](const Partition &partition) {
@@ -97,6 +112,7 @@ private Q_SLOTS:
     void endsWithoutApplication();
     void endsWithoutLoop();
     void staysQuietWithoutBus();
+    void endsBeforeAReminder();
 };
 
 void tst_PartitionGlobal::worksAsGlobalObject()
@@ -133,6 +149,18 @@ void tst_PartitionGlobal::staysQuietWithoutBus()
     QVERIFY(scenario.isPaused());
     scenario.resume();
     QCOMPARE(scenario.output(), QByteArray());
+}
+
+void tst_PartitionGlobal::endsBeforeAReminder()
+{
+    appear();
+    plug(blockDevice(MountPoint, {}));
+    there([this] { m_storage->setFault(QStringLiteral("Unmount"), Simulator::Fault::error()); });
+    Scenario scenario("busy");
+    QVERIFY(scenario.isPaused());
+    scenario.resume();
+    QCOMPARE(scenario.output(),
+             QByteArray("Cannot unmount \"/dev/sda1\": org.freedesktop.DBus.Error.Failed\n"));
 }
 
 int main(int argc, char **argv)
