@@ -43,7 +43,11 @@ private Q_SLOTS:
     void deviceThatAppearsWhileForbiddenStaysUsable();
     void policyOfAnotherBusLeavesItMounted();
     void policyTurnedOnMountsNothing();
-    void fileSystemInUseStaysMountedSilently();
+    void fileSystemInUseIsUnmountedWhenItIsFree();
+    void everyMountIsUnmounted_data();
+    void everyMountIsUnmounted();
+    void serviceThatWasKilledIsFollowed();
+    void serviceThatStartsLateIsFollowed();
 
 private:
     std::unique_ptr<StorageStack> m_stack;
@@ -189,8 +193,11 @@ void TestRealUdisks::policyTurnedOnMountsNothing()
     QVERIFY(!m_loop->isMounted());
 }
 
-void TestRealUdisks::fileSystemInUseStaysMountedSilently()
+void TestRealUdisks::fileSystemInUseIsUnmountedWhenItIsFree()
 {
+    const QString complaint =
+        QStringLiteral("warning|systemsettings|Cannot unmount \"%1\": %2")
+            .arg(m_loop->node(), QStringLiteral("org.freedesktop.UDisks2.Error.DeviceBusy"));
     WatchedDaemon daemon;
     QVERIFY(daemon.start());
     QVERIFY(m_loop->mount());
@@ -200,12 +207,69 @@ void TestRealUdisks::fileSystemInUseStaysMountedSilently()
     daemon.forget();
 
     QVERIFY(daemon.change(MemoryCard, false));
-
-    QVERIFY(daemon.monitor().waitFor([](const BusMessage &message) {
-        return message.errorName == QStringLiteral("org.freedesktop.UDisks2.Error.DeviceBusy");
-    }));
-    QCOMPARE(daemon.logged(), QStringList());
+    QTRY_VERIFY_WITH_TIMEOUT(daemon.monitor().calls(QStringLiteral("Unmount")).size() > 1,
+                             Patience);
+    QCOMPARE(daemon.logged(), QStringList(complaint));
     QVERIFY(m_loop->isMounted());
+
+    file.close();
+    QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
+    QCOMPARE(daemon.logged(), QStringList(complaint));
+}
+
+void TestRealUdisks::everyMountIsUnmounted_data()
+{
+    QTest::addColumn<QString>("place");
+    QTest::newRow("two places") << LoopDevice::mountPoint() + QStringLiteral("-too");
+    QTest::newRow("twice in one place") << LoopDevice::mountPoint();
+}
+
+void TestRealUdisks::everyMountIsUnmounted()
+{
+    QFETCH(QString, place);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(m_loop->mount());
+    QVERIFY(m_loop->mountAgain(place));
+    QCOMPARE(m_loop->mountPoints(), QStringList({LoopDevice::mountPoint(), place}));
+    QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), true));
+    daemon.forget();
+
+    QVERIFY(daemon.change(MemoryCard, false));
+
+    QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
+    QCOMPARE(daemon.calls().size(), 2);
+    QCOMPARE(daemon.logged(), QStringList());
+}
+
+void TestRealUdisks::serviceThatWasKilledIsFollowed()
+{
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(MemoryCard, false));
+    QVERIFY(m_stack->killStorageService());
+    QVERIFY(m_loop->mount());
+    QVERIFY(m_loop->isMounted());
+
+    QVERIFY(m_stack->startStorageService());
+    QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
+
+    QVERIFY(m_stack->waitForMounted(m_loop->objectPath(), false));
+    QVERIFY(m_loop->mount());
+    QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
+}
+
+void TestRealUdisks::serviceThatStartsLateIsFollowed()
+{
+    QVERIFY(m_stack->killStorageService());
+    QVERIFY(m_loop->mount());
+    Files::write(PolicyFile, "[policy]\nMemoryCardEnabled=false\n");
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(m_loop->isMounted());
+
+    QVERIFY(m_stack->startStorageService());
+    QTRY_VERIFY_WITH_TIMEOUT(!m_loop->isMounted(), Patience);
 }
 
 QTEST_GUILESS_MAIN(TestRealUdisks)

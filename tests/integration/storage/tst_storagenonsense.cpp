@@ -139,6 +139,7 @@ void TestStorageNonsense::oddPropertiesAreTakenAsMissing()
     daemon.forget();
     Stick odd;
     odd.id = QStringLiteral("odd");
+    storage.fail(QStringLiteral("Unmount"), Fault::wrongAnswer({})); // as if there were one
 
     storage.ask([&](Storage &service) {
         service.sendSignal(RootPath, ObjectManager, QStringLiteral("InterfacesAdded"),

@@ -4,7 +4,6 @@
 #include "support/facts.h"
 #include "support/files.h"
 #include "support/stick.h"
-#include "support/trouble.h"
 #include "support/watcheddaemon.h"
 
 #include <QTest>
@@ -17,6 +16,22 @@ namespace {
 
 const QString ObjectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const QString StorageName = QStringLiteral("org.freedesktop.UDisks2");
+
+const QString Busy = QStringLiteral("org.freedesktop.UDisks2.Error.DeviceBusy");
+
+/// What is logged when the stick could not be unmounted.
+QString complaint(const Stick &stick)
+{
+    return QStringLiteral("warning|systemsettings|Cannot unmount \"/dev/%1\": ").arg(stick.id)
+        + Busy;
+}
+
+/// Waits until the storage service has refused to unmount something.
+bool waitForRefusal(WatchedDaemon &daemon)
+{
+    return daemon.monitor().waitFor(
+        [](const BusMessage &message) { return message.errorName == Busy; });
+}
 
 /// How many answers have come to the first call of @p method.
 int answers(WatchedDaemon &daemon, const QString &method)
@@ -42,8 +57,13 @@ private Q_SLOTS:
     void serviceThatAppearsIsSearched();
     void serviceThatComesBackIsSearchedAgain();
     void storageOfAServiceThatLeftIsNotUnmounted();
-    void failureToUnmountIsSilent_data();
-    void failureToUnmountIsSilent();
+    void failureToUnmountIsLoggedOnce();
+    void deathInsteadOfUnmountingIsSilent();
+    void storageInUseIsUnmountedWhenItIsFree();
+    void storageInUseIsLeftAloneOnceItIsAllowed();
+    void eachPlaceIsUnmounted();
+    void storageThatWasNotListedIsUnmountedAtTheNextOccasion_data();
+    void storageThatWasNotListedIsUnmountedAtTheNextOccasion();
     void nobodyWaitsForTheUnmount();
     void manyDevicesNeedNoQuestionEach();
 };
@@ -114,21 +134,30 @@ void TestStorageService::storageOfAServiceThatLeftIsNotUnmounted()
     QCOMPARE(daemon.logged(), QStringList());
 }
 
-void TestStorageService::failureToUnmountIsSilent_data()
+/// What could not be unmounted is tried again, but the log is not told again.
+void TestStorageService::failureToUnmountIsLoggedOnce()
 {
-    QTest::addColumn<Trouble>("trouble");
-    for (const Trouble &trouble : Trouble::of(StorageName)) {
-        if (!trouble.isAbsence())
-            QTest::newRow(trouble.name.constData()) << trouble;
-    }
-}
-
-void TestStorageService::failureToUnmountIsSilent()
-{
-    QFETCH(Trouble, trouble);
     const Stick stick;
     Neighbour<Storage> storage;
-    storage.fail(QStringLiteral("Unmount"), trouble.fault);
+    storage.fail(QStringLiteral("Unmount"), Fault::error(Busy));
+    storage.appear();
+    stick.plug(storage);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+
+    QVERIFY(daemon.change(UsbStorage, false));
+
+    QTRY_COMPARE(daemon.monitor().calls(QStringLiteral("Unmount")).size(), 2);
+    QCOMPARE(daemon.calls(), QStringList({stick.unmountOrder(), stick.unmountOrder()}));
+    QCOMPARE(daemon.logged(), QStringList(complaint(stick)));
+    QCOMPARE(Caller().policy(UsbStorage).value(), QVariant(false));
+}
+
+void TestStorageService::deathInsteadOfUnmountingIsSilent()
+{
+    const Stick stick;
+    Neighbour<Storage> storage;
+    storage.fail(QStringLiteral("Unmount"), Fault::death());
     storage.appear();
     stick.plug(storage);
     WatchedDaemon daemon;
@@ -139,7 +168,98 @@ void TestStorageService::failureToUnmountIsSilent()
     QTRY_COMPARE(answers(daemon, QStringLiteral("Unmount")), 1);
     QCOMPARE(daemon.calls(), QStringList(stick.unmountOrder()));
     QCOMPARE(daemon.logged(), QStringList());
-    QCOMPARE(Caller().policy(UsbStorage).value(), QVariant(false));
+}
+
+void TestStorageService::storageInUseIsUnmountedWhenItIsFree()
+{
+    const Stick stick;
+    Neighbour<Storage> storage;
+    storage.fail(QStringLiteral("Unmount"), Fault::error(Busy));
+    storage.appear();
+    stick.plug(storage);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
+    QVERIFY(waitForRefusal(daemon));
+    storage.mend();
+
+    QTRY_VERIFY(!stick.isMountedIn(storage));
+    QCOMPARE(daemon.logged(), QStringList(complaint(stick)));
+}
+
+/// A memory card, which stays forbidden, tells when the stick would have been tried again.
+void TestStorageService::storageInUseIsLeftAloneOnceItIsAllowed()
+{
+    const Stick stick;
+    const Stick card{QStringLiteral("card"), QStringLiteral("sdio"), false, true, false};
+    Neighbour<Storage> storage;
+    storage.fail(QStringLiteral("Unmount"), Fault::error(Busy));
+    storage.appear();
+    stick.plug(storage);
+    card.plug(storage);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+    QVERIFY(daemon.change(UsbStorage, false));
+    QVERIFY(waitForRefusal(daemon));
+    QVERIFY(daemon.change(MemoryCard, false));
+    QVERIFY(daemon.change(UsbStorage, true));
+    storage.mend();
+
+    QTRY_VERIFY(!card.isMountedIn(storage));
+    QCOMPARE(daemon.calls().count(stick.unmountOrder()), 1);
+    QVERIFY(stick.isMountedIn(storage));
+}
+
+void TestStorageService::eachPlaceIsUnmounted()
+{
+    const Stick stick;
+    Neighbour<Storage> storage;
+    storage.appear();
+    stick.plug(storage);
+    storage.ask([&](Storage &service) {
+        service.setMountPoints(stick.path(), {QStringLiteral("/a"), QStringLiteral("/b")});
+    });
+    WatchedDaemon daemon;
+    QVERIFY(daemon.start());
+
+    QVERIFY(daemon.change(UsbStorage, false));
+
+    QTRY_VERIFY(!stick.isMountedIn(storage));
+    QCOMPARE(daemon.calls(), QStringList({stick.unmountOrder(), stick.unmountOrder()}));
+    QCOMPARE(daemon.logged(), QStringList());
+}
+
+void TestStorageService::storageThatWasNotListedIsUnmountedAtTheNextOccasion_data()
+{
+    QTest::addColumn<bool>("isMountedLater");
+    QTest::newRow("forbidden again") << false;
+    QTest::newRow("mounted later") << true;
+}
+
+void TestStorageService::storageThatWasNotListedIsUnmountedAtTheNextOccasion()
+{
+    QFETCH(bool, isMountedLater);
+    Stick stick;
+    stick.isMounted = !isMountedLater;
+    Neighbour<Storage> storage;
+    storage.fail(QStringLiteral("GetManagedObjects"), Fault::error());
+    storage.appear();
+    stick.plug(storage);
+    WatchedDaemon daemon;
+    QVERIFY(daemon.startObserved());
+    QVERIFY(daemon.change(UsbStorage, false));
+    QCOMPARE(daemon.calls(StorageName), QStringList());
+    storage.mend();
+
+    if (isMountedLater) {
+        stick.mount(storage);
+    } else {
+        QVERIFY(daemon.change(UsbStorage, true));
+        QVERIFY(daemon.change(UsbStorage, false));
+    }
+
+    QTRY_VERIFY(!stick.isMountedIn(storage));
+    QCOMPARE(daemon.calls(StorageName), QStringList(stick.unmountOrder()));
 }
 
 void TestStorageService::nobodyWaitsForTheUnmount()

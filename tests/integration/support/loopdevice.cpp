@@ -2,9 +2,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "support/loopdevice.h"
 
-#include "support/files.h"
-
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 
@@ -12,9 +9,9 @@
 #include <cstring>
 
 #include <fcntl.h>
+#include <linux/blkpg.h>
 #include <linux/loop.h>
 #include <sys/ioctl.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -24,10 +21,16 @@ namespace Support {
 namespace {
 
 constexpr int LoopMajor = 7;
-constexpr qint64 Size = 8 * 1024 * 1024;
 const char Control[] = "/dev/loop-control";
 const unsigned ControlMajor = 10;
 const unsigned ControlMinor = 237;
+
+constexpr int Mebibyte = 1024 * 1024;
+constexpr int Size = 8 * Mebibyte;
+
+/// Where the two partitions begin, and how long they are.
+constexpr int PartitionStarts[] = {1 * Mebibyte, 4 * Mebibyte};
+constexpr int PartitionSize = 3 * Mebibyte;
 
 /// Number of a loop device that nobody uses at this moment; -1 without loop devices.
 int freeNumber()
@@ -43,29 +46,57 @@ int freeNumber()
     return number;
 }
 
+/// Makes a partition of a disk. The kernel is told, and need not understand a partition table.
+bool addPartition(int disk, int number, int start)
+{
+    blkpg_partition partition = {};
+    partition.pno = number;
+    partition.start = start;
+    partition.length = PartitionSize;
+    blkpg_ioctl_arg order = {};
+    order.op = BLKPG_ADD_PARTITION;
+    order.datalen = sizeof partition;
+    order.data = &partition;
+    return ioctl(disk, BLKPG, &order) == 0;
+}
+
+/// What mkfs.ext4 has to say against making a file system in the disk image; empty when all is
+/// well.
+QString makeFileSystem(int offset, int size)
+{
+    QProcess program;
+    program.start(QStringLiteral("mkfs.ext4"),
+                  {QStringLiteral("-q"), QStringLiteral("-F"), QStringLiteral("-E"),
+                   QStringLiteral("offset=%1").arg(offset), LoopDevice::backingFile(),
+                   QStringLiteral("%1k").arg(size / 1024)});
+    if (program.waitForFinished() && program.exitCode() == 0)
+        return QString();
+    return QStringLiteral("mkfs.ext4 (package e2fsprogs) fails: ")
+        + QString::fromLocal8Bit(program.readAllStandardError());
+}
+
 } // namespace
 
-LoopDevice::LoopDevice()
+LoopDevice::LoopDevice(Content content)
 {
-    if (!makeFileSystem())
+    if (!makeFile(content))
         return;
-    // Somebody else may take the free device first.
-    constexpr int Attempts = 20;
-    bool isTaken = true;
-    for (int i = 0; i < Attempts && isTaken; ++i)
-        isTaken = !attach() && errno == EBUSY;
-    if (m_descriptor < 0)
-        fail(QStringLiteral("no loop device can be had (%1); a container needs more rights")
-                 .arg(QString::fromLocal8Bit(std::strerror(errno))));
+    attach(backingFile());
+    if (content == TwoPartitions
+        && (!addPartition(m_descriptor, 1, PartitionStarts[0])
+            || !addPartition(m_descriptor, 2, PartitionStarts[1])))
+        fail(QStringLiteral("the kernel makes no partitions"));
+}
+
+LoopDevice::LoopDevice(const QString &path)
+{
+    attach(path);
 }
 
 LoopDevice::~LoopDevice()
 {
-    for (const QString &path : mountPoints())
-        umount2(qPrintable(path), MNT_DETACH);
     if (m_descriptor >= 0)
         close(m_descriptor);
-    QFile::remove(backingFile());
 }
 
 QString LoopDevice::backingFile()
@@ -73,69 +104,50 @@ QString LoopDevice::backingFile()
     return QStringLiteral("/run/govd-test-disk");
 }
 
-QString LoopDevice::node() const
+QString LoopDevice::partitionName(int number) const
 {
-    return QStringLiteral("/dev/loop%1").arg(m_number);
+    return QStringLiteral("%1p%2").arg(name()).arg(number);
 }
 
-QString LoopDevice::objectPath() const
+bool LoopDevice::makeFile(Content content)
 {
-    return QStringLiteral("/org/freedesktop/UDisks2/block_devices/loop%1").arg(m_number);
-}
-
-QString LoopDevice::mountPoint()
-{
-    return QStringLiteral("/run/govd-test-mount");
-}
-
-bool LoopDevice::mount() const
-{
-    return QDir().mkpath(mountPoint())
-        && ::mount(qPrintable(node()), qPrintable(mountPoint()), "ext4", 0, nullptr) == 0;
-}
-
-/// Every place where the device is mounted, as the kernel's table has it.
-QStringList LoopDevice::mountPoints() const
-{
-    enum Field { Device = 2, MountPoint = 4 };
-    const QString device = QStringLiteral("%1:%2").arg(LoopMajor).arg(m_number);
-    const QStringList lines =
-        QString::fromLocal8Bit(Files::read(QStringLiteral("/proc/self/mountinfo")))
-            .split(QLatin1Char('\n'));
-    QStringList found;
-    for (const QString &line : lines) {
-        const QStringList fields = line.split(QLatin1Char(' '));
-        if (fields.value(Device) == device)
-            found.append(fields.value(MountPoint));
-    }
-    return found;
-}
-
-bool LoopDevice::makeFileSystem()
-{
+    // The device before may not have let go of its file yet.
+    QFile::remove(backingFile());
     QFile file(backingFile());
     if (!file.open(QIODevice::WriteOnly) || !file.resize(Size))
         return fail(QStringLiteral("there is no room for a disk image"));
-    QProcess program;
-    program.start(QStringLiteral("mkfs.ext4"),
-                  {QStringLiteral("-q"), QStringLiteral("-F"), backingFile()});
-    if (!program.waitForFinished() || program.exitCode() != 0)
-        return fail(QStringLiteral("mkfs.ext4 (package e2fsprogs) fails: ")
-                    + QString::fromLocal8Bit(program.readAllStandardError()));
-    return true;
+    file.close();
+    if (content == FileSystem)
+        return fail(makeFileSystem(0, Size));
+    return fail(makeFileSystem(PartitionStarts[0], PartitionSize))
+        && fail(makeFileSystem(PartitionStarts[1], PartitionSize));
 }
 
-/// Makes a loop device of the file. Sets errno when that fails.
-bool LoopDevice::attach()
+void LoopDevice::attach(const QString &path)
 {
-    m_number = freeNumber();
-    if (m_number < 0 || !makeNode())
+    // Somebody else may take the free device first.
+    constexpr int Attempts = 20;
+    bool isTaken = true;
+    for (int i = 0; i < Attempts && isTaken; ++i)
+        isTaken = !attachFree(path) && errno == EBUSY;
+    if (m_descriptor < 0)
+        fail(QStringLiteral("no loop device can be had (%1); a container needs more rights")
+                 .arg(QString::fromLocal8Bit(std::strerror(errno))));
+}
+
+/// Makes a free loop device of the file. Sets errno when that fails.
+bool LoopDevice::attachFree(const QString &path)
+{
+    const int number = freeNumber();
+    if (number < 0
+        || !become(QStringLiteral("loop%1").arg(number),
+                   makedev(LoopMajor, static_cast<unsigned>(number))))
         return false;
     const int device = open(qPrintable(node()), O_RDWR | O_CLOEXEC);
-    const int file = open(qPrintable(backingFile()), O_RDWR | O_CLOEXEC);
+    const int file = open(qPrintable(path), O_RDWR | O_CLOEXEC);
     loop_config configuration = {};
     configuration.fd = static_cast<__u32>(file);
-    configuration.info.lo_flags = LO_FLAGS_AUTOCLEAR;
+    configuration.info.lo_flags = LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN;
     const bool isAttached = ioctl(device, LOOP_CONFIGURE, &configuration) == 0;
     const int error = errno;
     close(file);
@@ -147,21 +159,11 @@ bool LoopDevice::attach()
     return isAttached;
 }
 
-/// A device file of the sandbox's own: one that is mounted from elsewhere would be what UDisks2
-/// unmounts.
-bool LoopDevice::makeNode() const
-{
-    umount2(qPrintable(node()), MNT_DETACH);
-    unlink(qPrintable(node()));
-    return mknod(qPrintable(node()), S_IFBLK | 0600,
-                 makedev(LoopMajor, static_cast<unsigned>(m_number)))
-        == 0;
-}
-
+/// Keeps @p what has failed. True when that is nothing.
 bool LoopDevice::fail(const QString &what)
 {
     m_failure = what;
-    return false;
+    return what.isEmpty();
 }
 
 } // namespace Support

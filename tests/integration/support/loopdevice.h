@@ -3,19 +3,23 @@
 #ifndef GOVD_TESTS_SUPPORT_LOOPDEVICE_H
 #define GOVD_TESTS_SUPPORT_LOOPDEVICE_H
 
-#include <QStringList>
+#include "support/blockdevice.h"
 
 namespace Support {
 
-/// A loop device of the kernel with a small ext4 file system on it.
+/// A loop device of the kernel, made of a file.
 ///
-/// Unmounted and taken away with this object; the kernel does so itself should the test be killed.
-class LoopDevice
+/// Taken away with this object; the kernel does so itself should the test be killed.
+class LoopDevice : public BlockDevice
 {
-    Q_DISABLE_COPY(LoopDevice)
-
 public:
-    LoopDevice();
+    enum Content {
+        FileSystem,
+        TwoPartitions, ///< BlockDevice(partitionName(1)) and the same with 2
+    };
+
+    /// A device with this content. There is one at a time.
+    explicit LoopDevice(Content content = FileSystem);
     ~LoopDevice();
 
     /// Why there is no device: what the machine does not give. Empty when all is well.
@@ -24,29 +28,18 @@ public:
     /// The file that the device is made of, for whoever has to recognise it.
     static QString backingFile();
 
-    /// Name of the device file.
-    QString node() const;
+    QString partitionName(int number) const;
 
-    /// Object path by which UDisks2 knows it.
-    QString objectPath() const;
-
-    /// Where mount() mounts it.
-    static QString mountPoint();
-
-    /// Mounts it, as root with mount(2). False when the kernel does not.
-    [[nodiscard]] bool mount() const;
-
-    /// Whether it is in the table of mounts, wherever.
-    bool isMounted() const { return !mountPoints().isEmpty(); }
+protected:
+    /// A device that is made of the file at @p path.
+    explicit LoopDevice(const QString &path);
 
 private:
-    QStringList mountPoints() const;
-    bool makeFileSystem();
-    bool attach();
-    bool makeNode() const;
+    bool makeFile(Content content);
+    void attach(const QString &path);
+    bool attachFree(const QString &path);
     bool fail(const QString &what);
 
-    int m_number = -1;
     int m_descriptor = -1; ///< keeps the device alive while it is not mounted
     QString m_failure;
 };

@@ -33,10 +33,11 @@ void writeRules()
     for (const char *directory : {"/usr/lib/udev/rules.d", "/usr/local/lib/udev/rules.d",
                                   "/etc/udev/rules.d", "/run/udev/rules.d"})
         QDir(QString::fromLatin1(directory)).removeRecursively();
-    const QString rule = QStringLiteral("SUBSYSTEM==\"block\", ATTR{loop/backing_file}==\"%1\","
-                                        " IMPORT{builtin}=\"blkid\", ENV{UDISKS_SYSTEM}=\"0\"\n");
-    Files::write(QStringLiteral("/run/udev/rules.d/50-govd-test.rules"),
-                 rule.arg(LoopDevice::backingFile()).toUtf8());
+    const QString rule = QStringLiteral("SUBSYSTEM==\"block\", ATTRS{loop/backing_file}==\"%1\","
+                                        " IMPORT{builtin}=\"blkid\", ENV{UDISKS_SYSTEM}=\"%2\"\n");
+    const QString lower = rule.arg(LoopDevice::backingFile(), QStringLiteral("0"));
+    const QString upper = rule.arg(QStringLiteral("/dev/loop*"), QStringLiteral("1"));
+    Files::write(QStringLiteral("/run/udev/rules.d/50-govd-test.rules"), (lower + upper).toUtf8());
 }
 
 void end(QProcess &process)
@@ -51,6 +52,11 @@ void end(QProcess &process)
 
 StorageStack::StorageStack()
 {
+    for (QProcess *process : {&m_deviceManager, &m_storageService}) {
+        process->setProcessChannelMode(QProcess::MergedChannels);
+        QObject::connect(process, &QProcess::readyRead,
+                         [this, process] { m_log += process->readAll(); });
+    }
     if (startDeviceManager())
         startStorageService();
 }
@@ -78,20 +84,18 @@ bool StorageStack::waitForMounted(const QString &path, bool isMounted)
     });
 }
 
+bool StorageStack::killStorageService()
+{
+    m_storageService.kill();
+    return m_storageService.waitForFinished() && m_bus.waitForNoOwner(Service);
+}
+
 bool StorageStack::mount(const QString &path)
 {
     QDBusMessage call =
         QDBusMessage::createMethodCall(Service, path, Filesystem, QStringLiteral("Mount"));
     call.setArguments({QVariantMap()});
     return m_bus.call(call).type() == QDBusMessage::ReplyMessage;
-}
-
-void StorageStack::run(QProcess &process, const QString &program)
-{
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    QObject::connect(&process, &QProcess::readyRead,
-                     [this, &process] { m_log += process.readAll(); });
-    process.start(program, QStringList());
 }
 
 bool StorageStack::startDeviceManager()
@@ -102,7 +106,7 @@ bool StorageStack::startDeviceManager()
     if (program.isEmpty())
         return fail(QStringLiteral("the device manager (package udev) is not installed"));
     writeRules();
-    run(m_deviceManager, program);
+    m_deviceManager.start(program, QStringList());
     const bool answers = waitFor([] {
         return QFileInfo::exists(QStringLiteral("/run/udev/control"))
             && QProcess::execute(QStringLiteral("udevadm"),
@@ -118,7 +122,7 @@ bool StorageStack::startStorageService()
                                            QStringLiteral("/usr/lib/udisks2/udisksd")});
     if (program.isEmpty())
         return fail(QStringLiteral("UDisks2 (package udisks2) is not installed"));
-    run(m_storageService, program);
+    m_storageService.start(program, QStringList());
     return m_bus.waitForOwner(Service) || fail(QStringLiteral("%1 does not start").arg(program));
 }
 

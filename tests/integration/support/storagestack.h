@@ -11,10 +11,10 @@ namespace Support {
 
 /// The real UDisks2 of the machine, with the device manager (udev) that it depends on.
 ///
-/// The device manager gets one rule only, which is about LoopDevice: what it is made of, and that
-/// it is no part of the device. It takes no notice of other devices of the machine. Both programs
-/// hear and tell of devices in the sandbox's network namespace, so that the machine's own device
-/// manager is not disturbed.
+/// The device manager gets rules about LoopDevice and UpperDevice only: what is on them, and that
+/// the former is no part of the device, while the latter looks like one. It takes no notice of
+/// other devices of the machine. Both programs hear and tell of devices in the sandbox's network
+/// namespace, so that the machine's own device manager is not disturbed.
 class StorageStack
 {
     Q_DISABLE_COPY(StorageStack)
@@ -36,13 +36,17 @@ public:
     /// Waits until UDisks2 knows that it is mounted, or that it is not.
     [[nodiscard]] bool waitForMounted(const QString &path, bool isMounted);
 
+    /// Starts UDisks2, and waits until it serves.
+    bool startStorageService();
+
+    /// Kills it, and waits until it is gone from the bus.
+    [[nodiscard]] bool killStorageService();
+
     /// Has UDisks2 mount it, as a file manager does. False when it does not.
     [[nodiscard]] bool mount(const QString &path);
 
 private:
-    void run(QProcess &process, const QString &program);
     bool startDeviceManager();
-    bool startStorageService();
     bool fail(const QString &what);
     QDBusMessage mountPoints(const QString &path);
 
