@@ -3,8 +3,12 @@
 #include "common/log.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QString>
+#include <QThread>
 #include <QTimer>
+
+#include <atomic>
 
 #include <cstdio>
 
@@ -131,34 +135,38 @@ void write(QtMsgType type, const QMessageLogContext &context, const QString &mes
     fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
 }
 
-/// Counts the lines of the present period. Main thread only, as is whatever answers callers.
-class Limit
+std::atomic<int> limitedLines = 0; ///< of the present period
+
+void beginPeriod()
 {
-public:
-    bool takesAnother()
-    {
-        if (m_lines == 0)
-            QTimer::singleShot(Period, [this] { beginAgain(); });
-        return ++m_lines <= Burst;
-    }
+    const int leftOut = limitedLines.exchange(0) - Burst;
+    if (leftOut > 0)
+        qWarning("Left out %d log lines that callers caused", leftOut);
+}
 
-private:
-    void beginAgain()
-    {
-        const int leftOut = m_lines - Burst;
-        m_lines = 0;
-        if (leftOut > 0)
-            qWarning("Left out %d log lines that callers caused", leftOut);
-    }
+bool takesAnotherLimitedLine()
+{
+    const int before = limitedLines++;
+    if (before == 0) // from the main thread, because another one may have no timers
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [] { QTimer::singleShot(Period, QCoreApplication::instance(), beginPeriod); },
+            Qt::QueuedConnection);
+    return before < Burst;
+}
 
-    int m_lines = 0;
-};
+/// The bus library, in its own thread, writes a line for each odd value in a message, whoever sent
+/// it.
+bool isCausedByAnybody()
+{
+    const QCoreApplication *application = QCoreApplication::instance();
+    return isLimited || (application && QThread::currentThread() != application->thread());
+}
 
 void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    static Limit limit;
     const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
-    if (!isLimited || isSevere || limit.takesAnother())
+    if (isSevere || !isCausedByAnybody() || takesAnotherLimitedLine())
         write(type, context, message);
 }
 

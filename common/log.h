@@ -16,8 +16,8 @@ namespace Log {
 void install();
 
 /// As long as an object lives, what this thread logs is caused by a caller that needs no right: of
-/// such lines a burst is written, and then one line that says how many were left out. Critical and
-/// fatal messages are always written.
+/// such lines a burst is written, and then one line that says how many were left out. The same
+/// holds for all threads but the main one. Critical and fatal messages are always written.
 class Limited
 {
     Q_DISABLE_COPY(Limited)

@@ -8,9 +8,10 @@ import re
 import shutil
 
 import pytest
+from jeepney import DBusAddress, HeaderFields, new_method_call, new_signal
 
 from testbed import service
-from testbed.bus import SWITCH, Client, flood, read_of, silent, write_of
+from testbed.bus import POLICY, SERVICE, SWITCH, Client, flood, read_of, silent, write_of
 from testbed.waiting import wait_until
 
 AUDIT = "Policy CameraEnabled changed. Old value true. New value false."
@@ -84,3 +85,15 @@ def test_warnings_are_warnings(with_switches, guest, journal):
     guest.ask(read_of("unknown", SWITCH))
     assert [(line.text, line.priority) for line in journal.lines()[-2:]] == [
         (text, 4) for text in FAILED_READ]
+
+
+def test_signatures_that_say_nothing(daemon, guest, journal):
+    """The bus library writes a line for each empty signature that it reads, in its own thread."""
+    odd = new_signal(DBusAddress("/a", SERVICE, "a.b"), "X", "g" * 255, ("",) * 255)
+    odd.header.fields[HeaderFields.destination] = SERVICE
+    guest.flood(odd, 40)
+    guest.flood(silent(new_method_call(POLICY, "KeyValue", "g" * 255, ("",) * 255)), 40)
+    guest.settle()
+    assert service.answers()
+    lines = [line for line in journal.lines() if line.pid == daemon]
+    assert lines and len(lines) < 100
