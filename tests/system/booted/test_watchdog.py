@@ -2,9 +2,11 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """A daemon that hears nothing any more is started again; one that waits for services is not."""
 
+import contextlib
 import os
 import pathlib
 import signal
+import socket
 import time
 
 import pytest
@@ -16,6 +18,8 @@ from testbed.processes import Frozen, held, processes_of, thread_of
 from testbed.waiting import holds_for, wait_until
 
 TIME_ALLOWED = 3  # seconds without a sign of life
+SYSTEM_LOG = pathlib.Path("/run/systemd/journal/dev-log")
+LOG_QUEUE = 100  # more messages than the kernel keeps for a log that does not read
 CAMERA_MARKER = pathlib.Path("/var/lib/govd/camera_enabled")
 
 
@@ -26,6 +30,16 @@ def impatient(daemon):
     service.reset()
     with service.drop_in(f"[Service]\nWatchdogSec={TIME_ALLOWED}\n"):
         yield
+
+
+@pytest.fixture
+def hanging_log():
+    """A system log that takes nothing out of its queue."""
+    aside = SYSTEM_LOG.rename(SYSTEM_LOG.with_suffix(".aside"))
+    with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
+        log.bind(str(SYSTEM_LOG))
+        yield
+    aside.rename(SYSTEM_LOG)
 
 
 @pytest.fixture
@@ -56,6 +70,15 @@ def test_deaf_daemon(watched):
 def test_silent_bus(watched):
     with held(processes_of("dbus.service")):
         wait_until(lambda: service.main_pid() != watched)
+    service.comes_back(watched)
+    assert not CAMERA_MARKER.exists()
+
+
+def test_log_that_hangs(hanging_log, watched, root):
+    with contextlib.suppress(TimeoutError):
+        for _ in range(LOG_QUEUE):
+            root.ask(write_of("CameraEnabled", False), 1)
+    assert not service.answers(1)
     service.comes_back(watched)
     assert not CAMERA_MARKER.exists()
 
