@@ -10,10 +10,10 @@ import socket
 import time
 
 import pytest
-from jeepney import new_method_return
+from jeepney import DBusAddress, new_method_call, new_method_return
 
 from testbed import service
-from testbed.bus import Client, write_of
+from testbed.bus import POLICY, SERVICE, Client, write_of
 from testbed.processes import Frozen, held, processes_of, thread_of
 from testbed.waiting import holds_for, wait_until
 
@@ -91,6 +91,19 @@ def test_slow_service(watched):
             time.sleep(TIME_ALLOWED * 2 / 3)
             sandbox.send(new_method_return(call))
     assert service.answers()
+    assert (service.main_pid(), service.restarts()) == (watched, 0)
+
+
+def test_never_idle(watched):
+    introspection = DBusAddress(POLICY.object_path, SERVICE, "org.freedesktop.DBus.Introspectable")
+    call = new_method_call(introspection, "Introspect")
+    end = time.monotonic() + 3 * TIME_ALLOWED
+    with Client("guest") as stranger:
+        stranger.flood(call, 60)
+        while time.monotonic() < end:
+            stranger.flood(call, 60)
+            for _ in range(60):
+                stranger.receive(timeout=TIME_ALLOWED)
     assert (service.main_pid(), service.restarts()) == (watched, 0)
 
 
