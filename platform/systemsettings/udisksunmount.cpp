@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
+#include <QDebug>
 
 namespace UDisks {
 
@@ -36,8 +37,10 @@ void Client::takeUnmount(const Partition &partition, const QDBusError &error)
         if (isMounted)
             Reminders::instance().noteSuccess(path);
     } else if (isMounted && Reminders::instance().noteFailure(path)) {
-        qCWarning(lcSystemSettings).nospace()
-            << "Cannot unmount " << partition.devicePath() << ": " << qUtf8Printable(error.name());
+        QString device;
+        QDebug(&device).nospace() << partition.devicePath(); // in quotes, on one line
+        qCWarning(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(device),
+                  qUtf8Printable(error.name()));
     } else {
         qCDebug(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(path),
                 qUtf8Printable(error.name()));
