@@ -215,7 +215,8 @@ void tst_PartitionReminders::remindsOfNothingThatIsUnmounted()
     QFETCH(bool, isPulledOut);
     appear();
     plug(mounted());
-    const QString clock = plug(Block{QStringLiteral("clock") + m_name, {}, false, true, false, MountPoint});
+    const QString clock =
+        plug(Block{QStringLiteral("clock") + m_name, {}, false, true, false, MountPoint});
     refuseToUnmount();
     Observed observed;
     QTRY_COMPARE(observed.announced.size(), 2);
