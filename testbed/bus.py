@@ -67,6 +67,35 @@ class Client(DBusConnection):
             if message.header.message_type == MessageType.method_call:
                 return message
 
+    def call(self, message):
+        """Sends a call and waits for nothing; the number by which answer() knows it."""
+        serial = next(self.outgoing_serial)
+        self.send(message, serial=serial)
+        return serial
+
+    def answer(self, serial, deadline=ANSWER):
+        """The reply or the error to what call() has sent; others that come first are dropped.
+        Raises TimeoutError after `deadline` seconds."""
+        end = time.monotonic() + deadline
+        while True:
+            message = self.receive(timeout=max(0, end - time.monotonic()))
+            if message.header.fields.get(HeaderFields.reply_serial) == serial:
+                return message
+
+    def owner(self, name):
+        """The unique name of the owner of a name; empty when there is none."""
+        return self._ask_bus("GetNameOwner", name, "")
+
+    def process_of(self, name):
+        """The number of the process that has a name; 0 when there is none."""
+        return self._ask_bus("GetConnectionUnixProcessID", name, 0)
+
+    def _ask_bus(self, question, name, otherwise):
+        try:
+            return self.ask(new_method_call(BUS, question, "s", (name,)))[0]
+        except DBusErrorResponse:
+            return otherwise
+
     def settle(self):
         """Returns when the bus has dealt with all that this client has sent."""
         self.ask(new_method_call(BUS, "GetId"))
@@ -136,9 +165,9 @@ def read_of(key, address=POLICY):
     return new_method_call(address, "KeyValue", "s", (key,))
 
 
-def write_of(key, value, signature="b"):
-    """A call that sets a policy to a value of this type."""
-    return new_method_call(POLICY, "SetKeyValue", "sv", (key, (signature, value)))
+def write_of(key, value, signature="b", address=POLICY):
+    """A call that sets a policy or, with SWITCH, a switch to a value of this type."""
+    return new_method_call(address, "SetKeyValue", "sv", (key, (signature, value)))
 
 
 def flood(name, message, count):

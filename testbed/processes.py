@@ -8,7 +8,7 @@ import os
 import pathlib
 import signal
 
-from testbed.service import shown
+from testbed.unit import shown
 
 PTRACE_ATTACH = 16
 ANY_THREAD = 0x40000000  # __WALL

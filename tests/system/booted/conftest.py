@@ -6,7 +6,7 @@ import pathlib
 
 import pytest
 
-from testbed import service
+from testbed import unit
 from testbed.bus import SERVICE, Client, bus_policy, service_rules, write_of
 
 
@@ -37,22 +37,22 @@ def known_services():
 @pytest.fixture
 def journal():
     """The daemon's lines since the test began."""
-    return service.Journal()
+    return unit.Journal()
 
 
 @pytest.fixture
 def stopped(journal):
     """A daemon that has never run."""
-    service.reset()
+    unit.reset()
     yield
-    service.reset()
+    unit.reset()
 
 
 @pytest.fixture
 def daemon(stopped):
     """A daemon that runs for the first time; its process number."""
-    service.start()
-    return service.main_pid()
+    unit.start()
+    return unit.main_pid()
 
 
 @pytest.fixture

@@ -4,7 +4,7 @@
 
 import pytest
 
-from testbed import service
+from testbed import unit
 from testbed.bus import Client, flood, read_of, silent, write_of
 from testbed.processes import held, open_descriptors, processes_of, resident
 from testbed.waiting import wait_until
@@ -17,13 +17,13 @@ LIBRARY_DESCRIPTORS = 4096
 @pytest.fixture
 def more_descriptors(stopped, open_bus):
     """A system that lets more descriptors pass to the daemon than the bus library takes by itself."""
-    with service.drop_in("[Service]\nLimitNOFILE=65536\n"):
+    with unit.drop_in("[Service]\nLimitNOFILE=65536\n"):
         yield
 
 
 def listens_again():
     """Whether reads are answered, and a service that comes is told what waits for it."""
-    wait_until(service.answers, 20)
+    wait_until(unit.answers, 20)
     with Client("root") as connman:
         connman.own("net.connman")
         return connman.next_call()
@@ -53,5 +53,5 @@ def test_slow_log(daemon, root, guest):
         flood("guest", read_of("unknown"), 12_000)
         guest.flood(read_of("x" * MIB), 90)
         guest.settle()
-        assert service.answers(20)
+        assert unit.answers(20)
     assert listens_again()

@@ -8,7 +8,7 @@ import pathlib
 import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_return, new_signal
 
-from testbed import service
+from testbed import unit
 from testbed.bus import SERVICE, Client, read_of, silent, write_of
 from testbed.processes import open_descriptors
 from testbed.waiting import wait_until
@@ -60,8 +60,8 @@ def test_four_hundred_calls(waiting, runtime_manager, descriptors):
             stranger.send_with(silent(read_of("CameraEnabled")), descriptors)
         stranger.settle()
     runtime_manager.close()
-    assert service.answers(20)
-    assert (service.main_pid(), service.restarts()) == (waiting, 0)
+    assert unit.answers(20)
+    assert (unit.main_pid(), unit.restarts()) == (waiting, 0)
 
 
 @pytest.mark.parametrize("count", [1, MOST])
@@ -82,7 +82,7 @@ def test_replies_leave_nothing(daemon, root, runtime_manager, descriptors):
     runtime_manager.send_with(new_method_return(runtime_manager.next_call()), descriptors)
     runtime_manager.settle()
     runtime_manager.close()
-    assert service.answers()
+    assert unit.answers()
     assert open_descriptors(daemon) <= open_before
 
 

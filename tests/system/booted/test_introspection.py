@@ -10,7 +10,7 @@ import threading
 import pytest
 from jeepney import HeaderFields, new_method_return
 
-from testbed import service
+from testbed import unit
 from testbed.bus import SERVICES, Client, write_of
 
 
@@ -52,7 +52,7 @@ def services(stopped):
 
 
 def test_nobody_is_asked(services, root):
-    service.start()
+    unit.start()
     policies = configparser.ConfigParser()
     policies.optionxform = str
     policies.read("/etc/policy/policy.conf")

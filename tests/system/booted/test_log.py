@@ -10,12 +10,13 @@ import shutil
 import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_call, new_signal
 
-from testbed import service
+from testbed import unit
 from testbed.bus import POLICY, SERVICE, SWITCH, Client, flood, read_of, silent, write_of
 from testbed.waiting import wait_until
 
 AUDIT = "Policy CameraEnabled changed. Old value true. New value false."
 FAILED_READ = ('AccessSwitch plugin failed to retrieve value for key: "unknown"', "Return code: 2")
+FILESWITCH = pathlib.Path(os.environ["GOVD_BUILD"], "plugins/libpelloraswitchplugin.so")
 SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
 JOURNAL_SETTINGS = pathlib.Path("/run/systemd/journald.conf.d/test.conf")
 KIB = 1 << 10
@@ -30,15 +31,15 @@ def fresh_journal():
     """A journal that has not begun to leave out lines."""
     JOURNAL_SETTINGS.parent.mkdir(exist_ok=True)
     JOURNAL_SETTINGS.write_text(f"[Journal]\nRateLimitBurst={BURST}\n")
-    service.run("systemctl", "restart", "systemd-journald")
+    unit.run("systemctl", "restart", "systemd-journald")
 
 
 @pytest.fixture
 def with_switches(stopped):
     """A daemon with an access-switch plugin that has no switch: whoever reads one makes it fail."""
     SWITCH_PLUGIN.parent.mkdir(parents=True, exist_ok=True)
-    shutil.copy(os.environ["GOVD_FILESWITCH"], SWITCH_PLUGIN)
-    service.start()
+    shutil.copy(FILESWITCH, SWITCH_PLUGIN)
+    unit.start()
     yield
     SWITCH_PLUGIN.unlink()
 
@@ -94,6 +95,6 @@ def test_signatures_that_say_nothing(daemon, guest, journal):
     guest.flood(odd, 40)
     guest.flood(silent(new_method_call(POLICY, "KeyValue", "g" * 255, ("",) * 255)), 40)
     guest.settle()
-    assert service.answers()
+    assert unit.answers()
     lines = [line for line in journal.lines() if line.pid == daemon]
     assert lines and len(lines) < 100

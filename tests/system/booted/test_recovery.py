@@ -9,7 +9,7 @@ import time
 
 import pytest
 
-from testbed import service
+from testbed import unit
 from testbed.bus import Client, read_of, with_field
 from testbed.processes import processes_of
 from testbed.waiting import wait_until
@@ -21,7 +21,7 @@ MALFORMED = with_field(read_of("CameraEnabled").serialise(serial=7), CONTAINER, 
 def test_loss_of_the_bus(daemon, journal):
     for process in processes_of("dbus.service"):
         os.kill(process, signal.SIGKILL)
-    service.comes_back(daemon)
+    unit.comes_back(daemon)
     warnings = [line for line in journal.lines() if line.pid == daemon and line.priority <= 4]
     assert [line.text for line in warnings[-1:]] == ["Lost the connection to the system bus"]
 
@@ -35,12 +35,12 @@ def fire():
 
 def test_malformed_message(daemon):
     fire()
-    wait_until(service.answers, 10)
+    wait_until(unit.answers, 10)
 
 
 def test_malformed_messages_without_end(stopped):
-    service.run("systemctl", "start", "--no-block", service.UNIT)
+    unit.run("systemctl", "start", "--no-block", unit.UNIT)
     end = time.monotonic() + 5
     while time.monotonic() < end:
         fire()
-    wait_until(service.answers, 10)
+    wait_until(unit.answers, 10)

@@ -7,7 +7,7 @@ import pathlib
 import pytest
 from jeepney import new_method_return
 
-from testbed import service
+from testbed import unit
 from testbed.bus import Client, read_of, write_of
 from testbed.waiting import wait_until
 
@@ -17,7 +17,7 @@ POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
 
 def reload():
     """Asks for it as a person does."""
-    service.run("systemctl", "reload", service.UNIT)
+    unit.run("systemctl", "reload", unit.UNIT)
 
 
 @pytest.fixture
@@ -37,7 +37,7 @@ def told(manager):
 def test_marker_comes_back(without_marker):
     reload()
     wait_until(CAMERA_MARKER.exists, 5)
-    assert service.main_pid() == without_marker
+    assert unit.main_pid() == without_marker
     CAMERA_MARKER.unlink()
     reload()
     wait_until(CAMERA_MARKER.exists, 5)
@@ -69,4 +69,4 @@ def test_during_a_silent_service(daemon, root):
         CAMERA_MARKER.unlink()
         reload()
     wait_until(CAMERA_MARKER.exists, 10)
-    assert service.main_pid() == daemon
+    assert unit.main_pid() == daemon

@@ -8,7 +8,7 @@ import signal
 
 import pytest
 
-from testbed import service
+from testbed import unit
 from testbed.bus import Client, write_of
 from testbed.waiting import wait_until
 
@@ -29,17 +29,17 @@ def blocked_signals(pid):
 
 
 def test_start_that_waits_can_be_ended(silent_device_information):
-    service.run("systemctl", "start", "--no-block", service.UNIT)
+    unit.run("systemctl", "start", "--no-block", unit.UNIT)
     silent_device_information.next_call()
-    pid = service.main_pid()
+    pid = unit.main_pid()
     os.kill(pid, signal.SIGTERM)
     wait_until(lambda: not pathlib.Path(f"/proc/{pid}").exists(), 5)
 
 
 def test_daemon_that_serves_ends_in_good_order(daemon):
-    service.run("systemctl", "stop", service.UNIT)
-    assert service.shown("Result") == "success"
-    assert service.shown("ExecMainStatus") == "0"
+    unit.run("systemctl", "stop", unit.UNIT)
+    assert unit.shown("Result") == "success"
+    assert unit.shown("ExecMainStatus") == "0"
 
 
 def test_no_signal_is_blocked(daemon):
@@ -52,5 +52,5 @@ def test_termination_during_a_call_ends_it_afterwards(daemon, root):
         root.send(write_of("MessagesEnabled", False))
         manager.next_call()
         os.kill(daemon, signal.SIGTERM)
-    service.comes_back(daemon)
+    unit.comes_back(daemon)
     assert "MessagesEnabled=false" in pathlib.Path("/etc/policy/policy.conf").read_text()

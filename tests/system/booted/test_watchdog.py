@@ -12,7 +12,7 @@ import time
 import pytest
 from jeepney import DBusAddress, new_method_call, new_method_return
 
-from testbed import service
+from testbed import unit
 from testbed.bus import POLICY, SERVICE, Client, write_of
 from testbed.processes import Frozen, held, processes_of, thread_of
 from testbed.waiting import holds_for, wait_until
@@ -26,9 +26,9 @@ CAMERA_MARKER = pathlib.Path("/var/lib/govd/camera_enabled")
 @pytest.fixture
 def impatient(daemon):
     """A service manager that gives a daemon, not yet started, less time than the shipped unit."""
-    assert service.shown("WatchdogUSec") == "1min"
-    service.reset()
-    with service.drop_in(f"[Service]\nWatchdogSec={TIME_ALLOWED}\n"):
+    assert unit.shown("WatchdogUSec") == "1min"
+    unit.reset()
+    with unit.drop_in(f"[Service]\nWatchdogSec={TIME_ALLOWED}\n"):
         yield
 
 
@@ -45,32 +45,32 @@ def hanging_log():
 @pytest.fixture
 def watched(impatient, root):
     """The process number of a daemon that has locked the camera, but whose marker says otherwise."""
-    service.start()
+    unit.start()
     root.ask(write_of("CameraEnabled", False))
     CAMERA_MARKER.touch()
-    return service.main_pid()
+    return unit.main_pid()
 
 
 def test_sound_daemon(watched):
-    assert holds_for(2 * TIME_ALLOWED, lambda: service.main_pid() == watched)
+    assert holds_for(2 * TIME_ALLOWED, lambda: unit.main_pid() == watched)
 
 
 def test_stuck_daemon(watched):
     os.kill(watched, signal.SIGSTOP)
-    service.comes_back(watched)
+    unit.comes_back(watched)
     assert not CAMERA_MARKER.exists()
 
 
 def test_deaf_daemon(watched):
     with Frozen(thread_of(watched, "QDBusConnection")):
-        service.comes_back(watched)
+        unit.comes_back(watched)
     assert not CAMERA_MARKER.exists()
 
 
 def test_silent_bus(watched):
     with held(processes_of("dbus.service")):
-        wait_until(lambda: service.main_pid() != watched)
-    service.comes_back(watched)
+        wait_until(lambda: unit.main_pid() != watched)
+    unit.comes_back(watched)
     assert not CAMERA_MARKER.exists()
 
 
@@ -78,8 +78,8 @@ def test_log_that_hangs(hanging_log, watched, root):
     with contextlib.suppress(TimeoutError):
         for _ in range(LOG_QUEUE):
             root.ask(write_of("CameraEnabled", False), 1)
-    assert not service.answers(1)
-    service.comes_back(watched)
+    assert not unit.answers(1)
+    unit.comes_back(watched)
     assert not CAMERA_MARKER.exists()
 
 
@@ -90,8 +90,8 @@ def test_slow_service(watched):
             call = sandbox.next_call()
             time.sleep(TIME_ALLOWED * 2 / 3)
             sandbox.send(new_method_return(call))
-    assert service.answers()
-    assert (service.main_pid(), service.restarts()) == (watched, 0)
+    assert unit.answers()
+    assert (unit.main_pid(), unit.restarts()) == (watched, 0)
 
 
 def test_never_idle(watched):
@@ -104,14 +104,14 @@ def test_never_idle(watched):
             stranger.flood(call, 60)
             for _ in range(60):
                 stranger.receive(timeout=TIME_ALLOWED)
-    assert (service.main_pid(), service.restarts()) == (watched, 0)
+    assert (unit.main_pid(), unit.restarts()) == (watched, 0)
 
 
 def test_long_start(impatient):
     with Client("root") as information:
         information.own("org.kvt.deviceinfo")
-        service.run("systemctl", "start", "--no-block", service.UNIT)
+        unit.run("systemctl", "start", "--no-block", unit.UNIT)
         information.next_call()
         time.sleep(TIME_ALLOWED * 4 / 3)
-    wait_until(service.answers)
-    assert service.restarts() == 0
+    wait_until(unit.answers)
+    assert unit.restarts() == 0

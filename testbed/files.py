@@ -1,0 +1,71 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The files that the daemon reads and writes."""
+
+import os
+import pathlib
+import shutil
+
+POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
+SWITCH_FILE = pathlib.Path("/etc/policy/switch.conf")
+MARKERS = pathlib.Path("/var/lib/govd")
+CAMERA_MARKER = MARKERS / "camera_enabled"
+DEVELOPER_SHELL_MARKER = pathlib.Path("/var/lib/devel-su/.disable")
+
+
+def reset():
+    """Makes the files those of a fresh installation whose daemon has never run."""
+    for path in (POLICY_FILE.parent, MARKERS, DEVELOPER_SHELL_MARKER.parent,
+                 pathlib.Path("/run/govd")):
+        if path.is_symlink() or path.is_file():
+            path.unlink()
+        shutil.rmtree(path, ignore_errors=True)
+    POLICY_FILE.parent.mkdir(parents=True)
+
+
+def write(path, content):
+    """Gives a file this content, text or bytes; makes the folders that it needs."""
+    path = pathlib.Path(path)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(content.encode() if isinstance(content, str) else content)
+
+
+def replace(path, content):
+    """The same, as editors do it: the new file takes the place of the old one."""
+    draft = f"{path}.draft"
+    write(draft, content)
+    os.rename(draft, path)
+
+
+def store(values, path=POLICY_FILE):
+    """Writes a key file of policies or switches; a value is True, False, or text as it stands."""
+    lines = [f"{key}={text_of(value)}\n" for key, value in values.items()]
+    write(path, "[policy]\n" + "".join(lines))
+
+
+def stored(path=POLICY_FILE):
+    """The texts of a key file of policies or switches, by key; empty when there is no file."""
+    found, in_group = {}, False
+    lines = path.read_text(errors="surrogateescape").split("\n") if path.exists() else []
+    for line in lines:
+        key, separator, value = line.partition("=")
+        if line.startswith("["):
+            in_group = line == "[policy]"
+        elif in_group and key and separator:
+            found[key] = value
+    return found
+
+
+def snapshot(path):
+    """What changes when somebody writes a file: its content, its inode and its time; None when
+    there is no file."""
+    try:
+        status = os.stat(path)
+    except FileNotFoundError:
+        return None
+    return pathlib.Path(path).read_bytes(), status.st_ino, status.st_mtime_ns
+
+
+def text_of(value):
+    """A value as files, events and log lines have it."""
+    return str(value).lower() if isinstance(value, bool) else value

@@ -1,0 +1,134 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Every message that passes the bus, in the order of the bus."""
+
+import itertools
+import threading
+from dataclasses import dataclass, field
+
+from jeepney import HeaderFields, MessageType, new_method_call, new_signal
+from jeepney import DBusAddress
+from jeepney.low_level import Variant, parse_signature
+
+from testbed.bus import BUS, SERVICE, Client
+from testbed.waiting import PATIENCE
+
+MONITORING = DBusAddress("/org/freedesktop/DBus", "org.freedesktop.DBus",
+                         "org.freedesktop.DBus.Monitoring")
+MARKER = DBusAddress("/", interface="org.govd.test.Marker")
+KINDS = {MessageType.method_call: "call", MessageType.method_return: "reply",
+         MessageType.error: "error", MessageType.signal: "signal"}
+
+
+@dataclass(frozen=True)
+class Message:
+    """A message of the bus. Of its arguments, a variant stands there as its content."""
+    kind: str  # "call", "reply", "error" or "signal"
+    serial: int
+    sender: str
+    destination: str
+    path: str
+    interface: str
+    member: str
+    error: str  # the name of an error
+    answers: int  # the serial of the call that a reply or an error is for
+    signature: str
+    arguments: tuple = field(default=())
+
+    def is_reply_to(self, call):
+        """Whether this is the reply, or the error, that answers a call."""
+        return (self.kind in ("reply", "error") and self.answers == call.serial
+                and self.destination == call.sender)
+
+
+class Transcript:
+    """Sees all messages from its making on. Reads in a thread of its own."""
+
+    def __init__(self):
+        self._messages = []
+        self._start = 0
+        self._arrived = threading.Condition()
+        self._numbers = itertools.count()
+        self._client = Client()
+        self._monitor = Client()
+        self._monitor.ask(new_method_call(MONITORING, "BecomeMonitor", "asu", ([], 0)))
+        threading.Thread(target=self._read, daemon=True).start()
+
+    def messages(self, condition=lambda message: True):
+        """The messages since the start or the last clear() that meet a condition."""
+        with self._arrived:
+            return [message for message in self._messages[self._start:] if condition(message)]
+
+    def calls(self, member, sender=None):
+        """The calls of a method, of all senders or of the one with this unique name."""
+        return self.messages(lambda message: message.kind == "call" and message.member == member
+                             and sender in (None, message.sender))
+
+    def signals(self, member):
+        """The signals of this name, of whatever sender."""
+        return self.messages(lambda message: message.kind == "signal" and message.member == member)
+
+    def wait_for(self, condition, deadline=PATIENCE):
+        """Waits for a message that meets a condition, one that is here already included, and
+        returns the first. Raises TimeoutError after `deadline` seconds."""
+        found = []
+
+        def arrived():
+            found.extend(filter(condition, self._messages[self._start:]))
+            return found
+        with self._arrived:
+            if not self._arrived.wait_for(arrived, deadline):
+                raise TimeoutError(f"no such message has passed within {deadline} s")
+        return found[0]
+
+    def settle(self):
+        """Waits until everything is here that the daemon owes: what it does in answer to messages
+        that have reached it by now. What has not been seen after this has not happened."""
+        if self._client.owner(SERVICE):
+            # The daemon's main thread answers, after all that came before, without its own code.
+            introspection = DBusAddress("/org/kvt/PolicyManager", SERVICE,
+                                        "org.freedesktop.DBus.Introspectable")
+            self._client.ask(new_method_call(introspection, "Introspect"))
+        self.settle_bus()
+
+    def settle_bus(self):
+        """Waits until everything is here that the bus has taken by now."""
+        number = f"{next(self._numbers)}"
+        self._client.send(new_signal(MARKER, "Settled", "s", (number,)))
+        self.wait_for(lambda message: message.interface == MARKER.interface
+                      and message.arguments == (number,))
+
+    def clear(self):
+        """Forgets all messages that the bus has taken by now."""
+        self.settle_bus()
+        with self._arrived:
+            self._start = len(self._messages)
+
+    def owner(self, name):
+        """The unique name that a name has or had last, as far as was seen since the start."""
+        changes = [message for message in self._messages if message.kind == "signal"
+                   and message.member == "NameOwnerChanged" and message.arguments[0] == name]
+        owners = [change.arguments[2] for change in changes if change.arguments[2]]
+        return owners[-1] if owners else ""
+
+    def _read(self):
+        while True:
+            message = message_of(self._monitor.receive())
+            with self._arrived:
+                self._messages.append(message)
+                self._arrived.notify_all()
+
+
+def message_of(message):
+    """A message as the bus library has it, in our form."""
+    header, fields = message.header, message.header.fields
+    signature = fields.get(HeaderFields.signature, "")
+    types = parse_signature(list(f"({signature})")).fields if signature else ()
+    arguments = tuple(value[1] if isinstance(type_, Variant) else value
+                      for type_, value in zip(types, message.body))
+    return Message(
+        KINDS[header.message_type], header.serial, fields.get(HeaderFields.sender, ""),
+        fields.get(HeaderFields.destination, ""), fields.get(HeaderFields.path, ""),
+        fields.get(HeaderFields.interface, ""), fields.get(HeaderFields.member, ""),
+        fields.get(HeaderFields.error_name, ""), fields.get(HeaderFields.reply_serial, 0),
+        signature, arguments)

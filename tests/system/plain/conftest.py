@@ -1,0 +1,113 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Tests of the installed daemon as a process of theirs, on an open bus, among services of theirs."""
+
+import pathlib
+
+import pytest
+
+from testbed import files
+from testbed.bus import Client
+from testbed.daemon import Daemon
+from testbed.plugins import SwitchPlugin
+from testbed.services import small
+from testbed.services.service import LOOP
+from testbed.services.storage import Storage
+from testbed.systemlog import SystemLog
+from testbed.transcript import Transcript
+
+
+def pytest_sessionstart():
+    """Nothing here may run on a machine that is not thrown away afterwards."""
+    if not pathlib.Path("/run/govd-sandbox").exists():
+        pytest.exit("These tests run in the sandbox only: scripts/sandbox -- ...", 1)
+    LOOP.start()
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_makereport(item, call):
+    """Shows what the daemon has written when a test fails."""
+    report = (yield).get_result()
+    if report.failed and "daemon" in item.funcargs:
+        report.sections.append(("the daemon's log", "\n".join(item.funcargs["daemon"].log())))
+
+
+@pytest.fixture(scope="session")
+def transcript():
+    """What has passed the bus."""
+    return Transcript()
+
+
+@pytest.fixture(scope="session")
+def system_log():
+    """What has been written to the system log."""
+    return SystemLog()
+
+
+@pytest.fixture(autouse=True)
+def fresh_files():
+    """The files of a daemon that has never run."""
+    files.reset()
+
+
+@pytest.fixture
+def daemon(transcript, system_log):
+    """The daemon, not yet started."""
+    transcript.clear()
+    with Daemon(transcript, system_log) as watched:
+        yield watched
+
+
+@pytest.fixture
+def client():
+    """Opens clients of the bus, in the name of any user, that are closed after the test."""
+    opened = []
+
+    def connect(name="root", **keywords):
+        opened.append(Client(name, **keywords))
+        return opened[-1]
+    yield connect
+    for one in opened:
+        one.close()
+
+
+@pytest.fixture
+def root(client):
+    """A client of root."""
+    return client("root")
+
+
+@pytest.fixture
+def guest(client):
+    """A client of somebody without rights."""
+    return client("guest")
+
+
+@pytest.fixture
+def switches():
+    """The access-switch plugin, without a switch yet."""
+    with SwitchPlugin() as plugin:
+        yield plugin
+
+
+def service_fixture(kind):
+    """A fixture that gives a service of the device, not yet on the bus."""
+    @pytest.fixture
+    def service():
+        one = kind()
+        yield one
+        one.leave()
+    service.__doc__ = kind.__doc__
+    return service
+
+
+audio_policy = service_fixture(small.AudioPolicy)
+application_sandbox = service_fixture(small.ApplicationSandbox)
+usb_modes = service_fixture(small.UsbModes)
+network = service_fixture(small.NetworkTechnology)
+runtime_manager = service_fixture(small.RuntimeManager)
+system_logs = service_fixture(small.SystemLogs)
+device_information = service_fixture(small.DeviceInformation)
+device_sentry = service_fixture(small.DeviceSentry)
+developer_mode = service_fixture(small.DeveloperMode)
+storage = service_fixture(Storage)
