@@ -8,7 +8,9 @@ import signal
 import subprocess
 import tempfile
 
-from testbed.bus import SERVICE, Client, read_of, write_of
+from jeepney import new_method_call
+
+from testbed.bus import SERVICE, SWITCH, Client, read_of, write_of
 from testbed.files import text_of
 from testbed.waiting import PATIENCE, wait_until
 
@@ -117,7 +119,7 @@ class Daemon(Process):
         super().__init__()
         self.transcript = transcript
         self.system_log = system_log
-        self._records_start = 0
+        self._records_start = len(system_log.records())
         self._log_start = 0
 
     def start(self):
@@ -149,6 +151,22 @@ class Daemon(Process):
     def policy(self, key):
         """Root's read of a policy. Raises DBusErrorResponse."""
         return self._client.ask(read_of(key))[0][1]
+
+    def switch(self, key):
+        """Root's read of an access switch. Raises DBusErrorResponse."""
+        return self._client.ask(read_of(key, SWITCH))[0][1]
+
+    def set_switch(self, key, value, signature="b"):
+        """Root's write of an access switch; what the daemon answers. Raises DBusErrorResponse."""
+        return self._client.ask(write_of(key, value, signature, SWITCH))[0]
+
+    def switch_keys(self):
+        """The access switches, in the daemon's order."""
+        return self._client.ask(new_method_call(SWITCH, "Keys"))[0]
+
+    def switch_types(self, key):
+        """The numbers of the policies that an access switch governs."""
+        return self._client.ask(new_method_call(SWITCH, "KeyPolicyTypes", "s", (key,)))[0]
 
     def said(self):
         """What the daemon has sent to others than the bus itself: ("call", member, argument, ...),

@@ -2,9 +2,11 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """The files that the daemon reads and writes."""
 
+import contextlib
 import os
 import pathlib
 import shutil
+import subprocess
 
 POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
 SWITCH_FILE = pathlib.Path("/etc/policy/switch.conf")
@@ -64,6 +66,17 @@ def snapshot(path):
     except FileNotFoundError:
         return None
     return pathlib.Path(path).read_bytes(), status.st_ino, status.st_mtime_ns
+
+
+@contextlib.contextmanager
+def read_only(folder):
+    """Lets nobody write below a folder as long as the context lasts."""
+    subprocess.run(["mount", "--bind", folder, folder], check=True)
+    subprocess.run(["mount", "-o", "remount,bind,ro", folder], check=True)
+    try:
+        yield
+    finally:
+        subprocess.run(["umount", folder], check=True)
 
 
 def text_of(value):

@@ -1,0 +1,116 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The access-switch plugin: found, loaded once, or done without."""
+
+import ctypes
+import os
+import pathlib
+
+import pytest
+
+from testbed.plugins import SWITCH_PLUGIN, SwitchPlugin, TestPlugin
+
+LOAD_WARNING = f'warning|default|Failed to load plugin "{SWITCH_PLUGIN}" "'
+IN_OPEN, EVENT = 0x20, 16  # of inotify: opened; the size of an event about a file
+
+
+def test_dangling_link_is_no_plugin(daemon):
+    SWITCH_PLUGIN.parent.mkdir(parents=True, exist_ok=True)
+    SWITCH_PLUGIN.symlink_to("/nonexistent.so")
+    try:
+        daemon.start_observed()
+        assert daemon.switch_keys() == []
+        assert daemon.complaints() == []
+    finally:
+        SWITCH_PLUGIN.unlink()
+
+
+@pytest.mark.parametrize("library, warned", [
+    ("notalibrary.txt", True), ("noroot.so", True), ("unresolved.so", True),
+    ("noobject.so", False), ("otherinterface.so", False), ("impostor.so", False)])
+def test_file_that_is_of_no_use(daemon, library, warned):
+    with TestPlugin(library, SWITCH_PLUGIN):
+        daemon.start_observed()
+        lines = daemon.complaints()
+        assert len(lines) == warned and all(line.startswith(LOAD_WARNING) for line in lines)
+        daemon.forget()
+        assert daemon.switch_keys() == []
+        assert daemon.switch("cellular") is False
+        assert daemon.set_switch("cellular", True) is False
+        daemon.change("CameraEnabled", False)
+        assert daemon.complaints() == []
+
+
+def test_useless_plugin_is_unloaded(daemon):
+    """Qt keeps the code of a plugin in memory even so, but the object goes."""
+    with TestPlugin("impostor.so", SWITCH_PLUGIN) as plugin:
+        daemon.start()
+        assert plugin.calls() == ["made", "deleted"]
+
+
+def test_directory_is_no_plugin(daemon):
+    SWITCH_PLUGIN.mkdir(parents=True)
+    try:
+        daemon.start_observed()
+        warning, = daemon.complaints()
+        assert warning.startswith(LOAD_WARNING)
+        assert daemon.switch_keys() == []
+    finally:
+        SWITCH_PLUGIN.rmdir()
+
+
+@pytest.mark.parametrize("is_link", [False, True])
+def test_root_object_decides_what_a_plugin_is(daemon, is_link):
+    with TestPlugin("mislabelled.so", SWITCH_PLUGIN) as plugin:
+        if is_link:
+            target = plugin.path.rename(f"{plugin.path}.real")
+            plugin.path.symlink_to(target)
+        daemon.start_observed()
+        assert daemon.switch_keys() == ["mislabelled"]
+        assert daemon.complaints() == []
+        if is_link:
+            target.unlink()
+
+
+def test_plugin_is_loaded_once(daemon, switches):
+    switches.set_switch("cellular", [1], True)
+    libc = ctypes.CDLL(None)
+    watch = libc.inotify_init1(os.O_NONBLOCK)
+    libc.inotify_add_watch(watch, os.fsencode(switches.path), IN_OPEN)
+    daemon.start_observed()
+    assert daemon.complaints() == []
+    assert len(os.read(watch, 4096)) >= EVENT
+    assert daemon.switch_keys() == ["cellular"]
+    assert daemon.switch("cellular") is True
+    assert daemon.set_switch("cellular", False) is True
+    assert daemon.switch("cellular") is False
+    assert daemon.policy("CameraEnabled") is False
+    with pytest.raises(BlockingIOError):
+        os.read(watch, 4096)
+    os.close(watch)
+    # Each object of the plugin holds its pipe open.
+    descriptors = pathlib.Path(f"/proc/{daemon.pid}/fd").iterdir()
+    assert sum(os.readlink(path).endswith(".so.orders") for path in descriptors) == 1
+
+
+def test_plugin_installed_later_is_seen_at_the_next_start(daemon):
+    daemon.start()
+    assert daemon.switch_keys() == []
+    with SwitchPlugin() as plugin:
+        plugin.set_switch("cellular", [], True)
+        assert daemon.switch_keys() == []
+        assert daemon.switch("cellular") is False
+        assert daemon.set_switch("cellular", True) is False
+        assert plugin.calls() == []
+        assert daemon.stop() == 0
+        daemon.start()
+        assert daemon.switch_keys() == ["cellular"]
+
+
+def test_plugin_removed_later_goes_on_working(daemon, switches):
+    switches.set_switch("cellular", [], True)
+    daemon.start()
+    switches.path.unlink()
+    assert daemon.switch_keys() == ["cellular"]
+    assert daemon.set_switch("cellular", False) is True
+    assert daemon.switch("cellular") is False
