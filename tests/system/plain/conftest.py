@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Tests of the installed daemon as a process of theirs, on an open bus, among services of theirs."""
 
+import contextlib
 import pathlib
 
 import pytest
@@ -9,7 +10,7 @@ import pytest
 from testbed import files
 from testbed.bus import Client
 from testbed.daemon import Daemon
-from testbed.plugins import SwitchPlugin
+from testbed.plugins import LockPlugin, SwitchPlugin
 from testbed.services import small
 from testbed.services.service import LOOP
 from testbed.services.storage import Storage
@@ -88,6 +89,14 @@ def switches():
     """The access-switch plugin, without a switch yet."""
     with SwitchPlugin() as plugin:
         yield plugin
+
+
+@pytest.fixture
+def lock_plugin():
+    """Makes lock plugins for policies, by default one in "lock.so" with the name "lock"."""
+    with contextlib.ExitStack() as plugins:
+        yield lambda *keys, file="lock.so", name="lock": plugins.enter_context(
+            LockPlugin(file, name, keys))
 
 
 def service_fixture(kind):

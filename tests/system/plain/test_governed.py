@@ -7,7 +7,6 @@ import pytest
 from testbed import files
 from testbed.daemon import announcement, event, event_text
 from testbed.files import CAMERA_MARKER
-from testbed.plugins import LockPlugin
 
 OTHER = "Other"  # the name of no policy: of type 0
 
@@ -76,19 +75,19 @@ def test_reading_takes_a_failing_switch_for_off(daemon, switches):
     assert daemon.logged() == ['warning|default|Unknown value type "a"']
 
 
-def test_reading_asks_switches_before_locks(daemon, switches):
+def test_reading_asks_switches_before_locks(daemon, switches, lock_plugin):
     switches.set_switch("a", [1], False)
-    with LockPlugin("lock.so", "lock", ["CameraEnabled"]) as locks:
-        daemon.start()
-        locks.set_locked("CameraEnabled")
-        before = len(locks.calls())
-        assert daemon.policy("CameraEnabled") is False
-        assert locks.calls(before) == []
-        switches.set_entries("a", value=True)
-        assert daemon.policy("CameraEnabled") is False
-        assert len(locks.calls()) > before
-        locks.set_locked()
-        assert daemon.policy("CameraEnabled") is True
+    locks = lock_plugin("CameraEnabled")
+    daemon.start()
+    locks.set_locked("CameraEnabled")
+    before = len(locks.calls())
+    assert daemon.policy("CameraEnabled") is False
+    assert locks.calls(before) == []
+    switches.set_entries("a", value=True)
+    assert daemon.policy("CameraEnabled") is False
+    assert len(locks.calls()) > before
+    locks.set_locked()
+    assert daemon.policy("CameraEnabled") is True
 
 
 def test_reading_no_policy_type_asks_switches_of_type_0(daemon, switches):

@@ -7,7 +7,6 @@ import pytest
 from testbed import files
 from testbed.daemon import announcement
 from testbed.files import CAMERA_MARKER
-from testbed.plugins import LockPlugin
 
 BOTH = pytest.mark.parametrize("value", [True, False])
 
@@ -76,29 +75,29 @@ def test_other_switches_do_not_count(daemon, switches):
         assert daemon.policy("CameraEnabled") is False
 
 
-def test_locks_do_not_count(daemon, switches):
+def test_locks_do_not_count(daemon, switches, lock_plugin):
     switches.set_switch("cellular", [1], False)
-    with LockPlugin("lock.so", "lock", ["CameraEnabled"]) as locks:
-        daemon.start()
-        locks.set_locked("CameraEnabled")
-        daemon.forget()
-        before = len(locks.calls())
-        switches.announce("cellular", True)
-        assert daemon.said() == [announcement("CameraEnabled", True), switched(True)]
-        assert CAMERA_MARKER.exists()
-        assert locks.calls(before) == []
+    locks = lock_plugin("CameraEnabled")
+    daemon.start()
+    locks.set_locked("CameraEnabled")
+    daemon.forget()
+    before = len(locks.calls())
+    switches.announce("cellular", True)
+    assert daemon.said() == [announcement("CameraEnabled", True), switched(True)]
+    assert CAMERA_MARKER.exists()
+    assert locks.calls(before) == []
 
 
-def test_policy_without_a_value_is_off(daemon, switches):
-    with LockPlugin("lock.so", "lock", ["CameraEnabled"]) as locks:
-        locks.set_locked("CameraEnabled")  # so it is never stored
-        switches.set_switch("cellular", [1], True)
-        daemon.start()
-        locks.set_locked()
-        daemon.forget()
-        switches.announce("cellular", True)
-        assert daemon.said() == [announcement("CameraEnabled", False), switched(True)]
-        assert not CAMERA_MARKER.exists()
+def test_policy_without_a_value_is_off(daemon, switches, lock_plugin):
+    locks = lock_plugin("CameraEnabled")
+    locks.set_locked("CameraEnabled")  # so it is never stored
+    switches.set_switch("cellular", [1], True)
+    daemon.start()
+    locks.set_locked()
+    daemon.forget()
+    switches.announce("cellular", True)
+    assert daemon.said() == [announcement("CameraEnabled", False), switched(True)]
+    assert not CAMERA_MARKER.exists()
 
 
 def test_numbers_that_are_no_policies(daemon, switches):

@@ -9,7 +9,6 @@ import pytest
 from testbed import files
 from testbed.bus import SWITCH, write_of
 from testbed.daemon import announcement, event, event_text
-from testbed.plugins import LockPlugin
 
 SWITCHED_OFF = ("signal", "SwitchChanged", "cellular", False)
 CAMERA_OFF = announcement("CameraEnabled", False)
@@ -136,15 +135,15 @@ def test_without_announcement_nothing_is_enforced(daemon, switches):
     assert files.stored(files.SWITCH_FILE)["cellular"] == "false"
 
 
-def test_locks_of_policies_do_not_count(daemon, switches):
+def test_locks_of_policies_do_not_count(daemon, switches, lock_plugin):
     switches.set_switch("cellular", [], True)
-    with LockPlugin("lock.so", "lock", ["cellular"]) as locks:
-        locks.set_locked("cellular")
-        daemon.start()
-        before = len(locks.calls())
-        assert daemon.set_switch("cellular", False) is True
-        assert daemon.switch("cellular") is False
-        assert locks.calls(before) == []
+    locks = lock_plugin("cellular")
+    locks.set_locked("cellular")
+    daemon.start()
+    before = len(locks.calls())
+    assert daemon.set_switch("cellular", False) is True
+    assert daemon.switch("cellular") is False
+    assert locks.calls(before) == []
 
 
 @pytest.mark.parametrize("signature, value, text, saved", [

@@ -1,0 +1,18 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Of the daemon's own, others see what lock plugins resolve against it and nothing else."""
+
+import subprocess
+
+EXPORTED = {f"SourceRestriction::{member}" for member in (
+    "SourceRestriction()", "metaObject() const", "name()", "policyIsLocked(QString const&)",
+    "policyIsLockedChanged(QString const&, bool)", "qt_metacall(QMetaObject::Call, int, void**)",
+    "qt_metacast(char const*)", "staticMetaObject", "supportedPolicies()", "~SourceRestriction()",
+)} | {f"{what} for SourceRestriction" for what in ("typeinfo", "typeinfo name", "vtable")}
+
+
+def test_exported_symbols():
+    names = subprocess.run(["nm", "--dynamic", "--defined-only", "--demangle",
+                            "--format=just-symbols", "/usr/sbin/govd"],
+                           check=True, text=True, stdout=subprocess.PIPE).stdout
+    assert set(names.splitlines()) == EXPORTED
