@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Plugins of the tests' own, in the places where the daemon looks for plugins."""
+"""Plugins in the places where the daemon looks for plugins, the tests' own and those of the product."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -11,10 +12,25 @@ import sysconfig
 from testbed.files import replace
 from testbed.waiting import wait_until
 
-BUILT = pathlib.Path(os.environ["GOVD_BUILD"], "tests/integration/plugins/build")
+BUILD = pathlib.Path(os.environ["GOVD_BUILD"])
+BUILT = BUILD / "tests/integration/plugins/build"
+FILE_LOCK = BUILD / "plugins/libfilelock.so"
+FILE_SWITCH = BUILD / "plugins/libpelloraswitchplugin.so"
+KIOSK = BUILD / "tests/integration/plugins/example/kiosk.so"
 SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
 LOCK_PLUGINS = pathlib.Path("/usr/lib", sysconfig.get_config_var("MULTIARCH"), "govd")
 CONTROL = pathlib.Path("/run/govd-test")
+
+
+@contextlib.contextmanager
+def installed(library, path):
+    """Has a library among the plugins as long as the context lasts."""
+    path.parent.mkdir(parents=True, exist_ok=True)
+    shutil.copy(library, path)
+    try:
+        yield
+    finally:
+        path.unlink()
 
 
 class TestPlugin:

@@ -5,19 +5,17 @@
 import os
 import pathlib
 import re
-import shutil
 
 import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_call, new_signal
 
 from testbed import unit
 from testbed.bus import POLICY, SERVICE, SWITCH, Client, flood, read_of, silent, write_of
+from testbed.plugins import FILE_SWITCH, SWITCH_PLUGIN, installed
 from testbed.waiting import wait_until
 
 AUDIT = "Policy CameraEnabled changed. Old value true. New value false."
 FAILED_READ = ('AccessSwitch plugin failed to retrieve value for key: "unknown"', "Return code: 2")
-FILESWITCH = pathlib.Path(os.environ["GOVD_BUILD"], "plugins/libpelloraswitchplugin.so")
-SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
 JOURNAL_SETTINGS = pathlib.Path("/run/systemd/journald.conf.d/test.conf")
 KIB = 1 << 10
 
@@ -37,11 +35,9 @@ def fresh_journal():
 @pytest.fixture
 def with_switches(stopped):
     """A daemon with an access-switch plugin that has no switch: whoever reads one makes it fail."""
-    SWITCH_PLUGIN.parent.mkdir(parents=True, exist_ok=True)
-    shutil.copy(FILESWITCH, SWITCH_PLUGIN)
-    unit.start()
-    yield
-    SWITCH_PLUGIN.unlink()
+    with installed(FILE_SWITCH, SWITCH_PLUGIN):
+        unit.start()
+        yield
 
 
 def records_of_a_change(root, journal):

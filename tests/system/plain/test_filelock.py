@@ -1,0 +1,287 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Locks that follow a file, the example for authors of lock plugins, and what counts when the file
+is damaged."""
+
+import os
+import pathlib
+import shutil
+import signal
+import stat
+
+import pytest
+
+from testbed import files
+from testbed.daemon import announcement
+from testbed.plugins import FILE_LOCK, KIOSK, LOCK_PLUGINS, installed
+from testbed.waiting import wait_until
+
+CAMERA, BROWSER, VPN = "CameraEnabled", "BrowserEnabled", "VpnEnabled"
+FILE = pathlib.Path("/etc/govd/filelock.conf")
+KEPT = pathlib.Path("/var/lib/govd/plugins/filelock.conf")
+CAMERA_LOCKED = f"[lock]\npolicies={CAMERA}\n"
+IN_FORCE_AGAIN = f"info|default|filelock: {FILE} is good: it is in force"
+KIOSK_FOLDER = pathlib.Path("/run/kiosk")
+MARKER = KIOSK_FOLDER / "active"
+
+DAMAGES = {  # kind of damage, and what the log says of it
+    "malformed": "is malformed",
+    "empty": "is empty",
+    "of another owner": "cannot be read (Permission denied)",
+    "pipe": "is no regular file",
+    "endless device": "is no regular file",
+    "link to nothing": "is a link to what the daemon does not see",
+    "link to itself": "cannot be read (Too many levels of symbolic links)",
+    "endless": "is larger than a mebibyte",
+}
+
+
+@pytest.fixture
+def file_lock():
+    """The plugin that locks what a file lists, without a file."""
+    FILE.parent.mkdir(exist_ok=True)
+    with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
+        yield
+    shutil.rmtree(FILE.parent)
+
+
+@pytest.fixture
+def kiosk():
+    """The example, which locks the browser while a marker is there."""
+    KIOSK_FOLDER.mkdir()
+    with installed(KIOSK, LOCK_PLUGINS / "kiosk.so"):
+        yield
+    shutil.rmtree(KIOSK_FOLDER, ignore_errors=True)
+
+
+def damage(kind):
+    """Puts an object of another kind into the place of the file in one step."""
+    draft = FILE.with_suffix(".draft")
+    if kind == "malformed":
+        draft.write_text("[lock]\npolicies=NoSuchPolicy\n")
+    elif kind == "empty":
+        draft.touch()
+    elif kind == "of another owner":
+        draft.write_text("[lock]\npolicies=\n")
+        draft.chmod(0o600)
+        os.chown(draft, 7006, 7006)
+    elif kind == "pipe":
+        os.mkfifo(draft)
+    elif kind == "endless device":
+        os.mknod(draft, stat.S_IFCHR | 0o666, os.makedev(1, 5))
+    elif kind == "link to nothing":
+        draft.symlink_to("/srv/not/there")
+    elif kind == "link to itself":
+        draft.symlink_to(FILE)
+    else:
+        draft.write_text(CAMERA_LOCKED)
+        os.truncate(draft, 1 << 40)
+    draft.rename(FILE)
+
+
+def kept(fault):
+    """The line of the log when the last good content goes on to count."""
+    return f"warning|default|filelock: {FILE} {fault}: its last good content is in force"
+
+
+def never_good(fault):
+    """The line of the log when there has been no good content."""
+    return (f"warning|default|filelock: {FILE} {fault}, and no good content is known: "
+            "nothing is in force")
+
+
+def lines(daemon):
+    """The lines of the log about the plugin."""
+    return [line for line in daemon.logged() if "filelock" in line]
+
+
+def wait_for_announcement(transcript, key, value):
+    """Waits until a policy has been announced with this value."""
+    transcript.wait_for(lambda message: message.member == "PolicyChanged"
+                        and message.arguments == (key, value))
+
+
+def test_without_a_file_nothing_is_locked(daemon, file_lock):
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is True
+    assert lines(daemon) == []
+
+
+def test_locks_what_the_file_lists(daemon, file_lock):
+    FILE.write_text(f"[lock]\npolicies={CAMERA};{BROWSER}\n")
+    daemon.start()
+    assert [daemon.policy(key) for key in (CAMERA, BROWSER, VPN)] == [False, False, True]
+    assert daemon.set(CAMERA, True) is False
+
+
+@pytest.mark.parametrize("edit", [files.write, files.replace])
+def test_follows_an_edit(daemon, file_lock, transcript, edit):
+    daemon.start()
+    edit(FILE, CAMERA_LOCKED)
+    wait_for_announcement(transcript, CAMERA, False)
+    assert daemon.policy(CAMERA) is False
+    edit(FILE, f"[lock]\npolicies={BROWSER}\n")
+    wait_for_announcement(transcript, CAMERA, True)
+    wait_for_announcement(transcript, BROWSER, False)
+    assert daemon.policy(CAMERA) is True
+
+
+def test_malformed_file_is_told_once(daemon, file_lock, transcript):
+    daemon.start()
+    files.replace(FILE, CAMERA_LOCKED)
+    wait_for_announcement(transcript, CAMERA, False)
+    files.replace(FILE, "policies=\n")
+    daemon.wait_for_log(kept("is malformed"))
+    files.replace(FILE, "still no key file\n")
+    files.replace(FILE, "[lock]\npolicies=NfcEnabled;NfcEnabledd\n")
+    assert daemon.policy(CAMERA) is False
+    files.replace(FILE, "[lock]\npolicies=\n")
+    wait_for_announcement(transcript, CAMERA, True)
+    assert lines(daemon).count(kept("is malformed")) == 1
+
+
+def test_unknown_policy_is_no_lock(daemon, file_lock):
+    daemon.start()
+    files.replace(FILE, f"[lock]\npolicies={CAMERA};BrowserEnabledd\n")
+    daemon.wait_for_log(never_good("is malformed"))
+    assert daemon.policy(CAMERA) is True
+
+
+@pytest.mark.parametrize("kind, fault", DAMAGES.items())
+def test_damaged_file_keeps_what_it_held(daemon, file_lock, kind, fault):
+    FILE.write_text(CAMERA_LOCKED)
+    daemon.wrapper = ["setpriv", "--bounding-set=-all"]
+    daemon.start_observed()
+    assert lines(daemon) == []
+    damage(kind)
+    daemon.wait_for_log(kept(fault))
+    assert daemon.policy(CAMERA) is False
+    assert daemon.stop() == 0
+    daemon.forget()
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is False
+    assert daemon.set(CAMERA, True) is False
+    assert daemon.policy(VPN) is True
+    assert lines(daemon) == [kept(fault)]
+
+
+@pytest.mark.parametrize("kind, fault", DAMAGES.items())
+def test_file_damaged_from_the_first_counts_for_nothing(daemon, file_lock, kind, fault):
+    damage(kind)
+    daemon.wrapper = ["setpriv", "--bounding-set=-all"]
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is True
+    assert lines(daemon) == [never_good(fault)]
+    assert not KEPT.exists()
+
+
+def test_mended_file_is_in_force(daemon, file_lock):
+    FILE.write_text(CAMERA_LOCKED)
+    daemon.start()
+    damage("pipe")
+    daemon.wait_for_log(kept("is no regular file"))
+    files.replace(FILE, f"[lock]\npolicies={VPN}\n")
+    daemon.wait_for_log(IN_FORCE_AGAIN)
+    assert daemon.set(CAMERA, True) is True
+    assert daemon.set(VPN, True) is False
+    assert lines(daemon) == [kept("is no regular file"), IN_FORCE_AGAIN]
+
+
+def test_removed_file_is_forgotten(daemon, file_lock):
+    """Without the file nothing is locked, and what it once held does not come back."""
+    FILE.write_text(CAMERA_LOCKED)
+    daemon.start()
+    FILE.unlink()
+    daemon.wait_for_log(f"info|default|filelock: {FILE} is not there: nothing is in force")
+    assert not KEPT.exists()
+    assert daemon.stop() == 0
+    damage("malformed")
+    daemon.forget()
+    daemon.start_observed()
+    assert lines(daemon) == [never_good("is malformed")]
+    assert daemon.set(CAMERA, True) is True
+
+
+def test_kill_loses_nothing(daemon, file_lock):
+    daemon.start()
+    files.replace(FILE, CAMERA_LOCKED)
+    daemon.wait_for_log(IN_FORCE_AGAIN)
+    daemon.kill()
+    damage("empty")
+    daemon.start()
+    assert daemon.set(CAMERA, True) is False
+
+
+def test_kept_for_root_alone_and_written_when_it_changes(daemon, file_lock):
+    FILE.write_text(CAMERA_LOCKED)
+    daemon.start()
+    before = files.snapshot(KEPT)
+    assert KEPT.read_text() == CAMERA_LOCKED
+    assert KEPT.stat().st_mode == stat.S_IFREG | 0o600
+    assert KEPT.parent.stat().st_mode == stat.S_IFDIR | 0o700
+    assert KEPT.parent.parent.stat().st_mode == stat.S_IFDIR | 0o755
+    assert daemon.stop() == 0
+    daemon.start()
+    assert files.snapshot(KEPT) == before
+    files.replace(FILE, f"{CAMERA_LOCKED}# more\n")
+    wait_until(lambda: KEPT.read_text() == f"{CAMERA_LOCKED}# more\n")
+
+
+def test_state_that_cannot_be_kept_is_told(daemon, file_lock):
+    KEPT.parent.mkdir(parents=True)
+    FILE.write_text(CAMERA_LOCKED)
+    with files.read_only("/var/lib/govd"):
+        daemon.start_observed()
+        assert daemon.set(CAMERA, True) is False
+        line, = lines(daemon)
+        assert line.startswith("warning|default|filelock: ") and str(KEPT) in line
+        daemon.stop()
+
+
+def test_damaged_kept_state_counts_for_nothing(daemon, file_lock):
+    files.write(KEPT, "[lock]\npolicies=NoSuchPolicy\n")
+    damage("empty")
+    daemon.start_observed()
+    assert lines(daemon) == [never_good("is empty")]
+    assert daemon.set(CAMERA, True) is True
+
+
+def test_link_is_followed(daemon, file_lock):
+    profile = FILE.parent / "profile"
+    profile.write_text(CAMERA_LOCKED)
+    FILE.symlink_to("profile")
+    daemon.start()
+    assert daemon.set(CAMERA, True) is False
+    profile.write_text("[lock]\npolicies=\n")
+    wait_until(lambda: daemon.set(CAMERA, True))
+
+
+def test_example_locks_while_its_marker_is_there(daemon, kiosk):
+    daemon.start_observed()
+    assert daemon.policy(BROWSER) is True
+    MARKER.touch()
+    wait_until(lambda: daemon.policy(BROWSER) is False)
+    assert daemon.set(BROWSER, True) is False
+    MARKER.unlink()
+    wait_until(lambda: daemon.policy(BROWSER) is True)
+    assert not [line for line in daemon.logged() if "kiosk" in line]
+
+
+def test_marker_of_the_example_that_comes_during_the_start(daemon, kiosk, tmp_path):
+    """Stops the daemon when the plugin has looked for the marker, makes it, and lets it go on."""
+    calls = tmp_path / "calls"
+    daemon.wrapper = ["strace", "-o", calls, "-P", MARKER, "-e",
+                      "inject=%file:signal=SIGSTOP:when=1"]
+    daemon.launch()
+    wait_until(lambda: calls.exists() and "stopped by SIGSTOP" in calls.read_text())
+    MARKER.touch()
+    daemon.signal(signal.SIGCONT)
+    daemon.wait_until_ready()
+    wait_until(lambda: daemon.policy(BROWSER) is False)
+
+
+def test_missing_folder_of_the_example_is_told(daemon, kiosk):
+    KIOSK_FOLDER.rmdir()
+    daemon.start_observed()
+    assert [line for line in daemon.logged() if "kiosk" in line] == [
+        'warning|default|kiosk: cannot watch "/run/kiosk" so nothing will be locked']
