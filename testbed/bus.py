@@ -170,6 +170,13 @@ def write_of(key, value, signature="b", address=POLICY):
     return new_method_call(address, "SetKeyValue", "sv", (key, (signature, value)))
 
 
+def introspection():
+    """A call that the daemon's main thread answers after all that came before, without code of its
+    own."""
+    address = DBusAddress(POLICY.object_path, SERVICE, "org.freedesktop.DBus.Introspectable")
+    return new_method_call(address, "Introspect")
+
+
 def flood(name, message, count):
     """Sends a call of this user so many times, through ever new connections."""
     for _ in range(0, count, PENDING):

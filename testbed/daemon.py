@@ -8,14 +8,17 @@ import signal
 import subprocess
 import tempfile
 
-from jeepney import new_method_call
+from jeepney import HeaderFields, new_method_call
 
-from testbed.bus import SERVICE, SWITCH, Client, read_of, write_of
+from testbed.bus import SERVICE, SWITCH, Client, introspection, read_of, write_of
 from testbed.files import text_of
 from testbed.waiting import PATIENCE, wait_until
 
 PROGRAM = "/usr/sbin/govd"
 BUS_ITSELF = "org.freedesktop.DBus"
+# The second line of the log when a value cannot be saved; it names this file for policies, too.
+SAVE_FAILURE = ('warning|default|Failed to save configuration to file'
+                ' "/etc/policy/switch.conf"')
 # Not enforcement: questions to the bus and about objects, the audit event, and the storage service,
 # of which only the order to unmount counts.
 NOT_ENFORCING = (BUS_ITSELF, "org.kvtlabs.SystemLogs", "org.kvt.deviceinfo")
@@ -168,6 +171,15 @@ class Daemon(Process):
         """The numbers of the policies that an access switch governs."""
         return self._client.ask(new_method_call(SWITCH, "KeyPolicyTypes", "s", (key,)))[0]
 
+    def has_no_value(self, *keys):
+        """Whether these policies have no value: whoever reads one gets no answer."""
+        with Client() as reader:
+            reads = [reader.call(read_of(key)) for key in keys]
+            end = reader.call(introspection())  # the daemon answers one client in order
+            answered = iter(lambda: reader.receive(timeout=PATIENCE).header.fields.get(
+                HeaderFields.reply_serial), end)
+            return not set(reads) & set(answered)
+
     def said(self):
         """What the daemon has sent to others than the bus itself: ("call", member, argument, ...),
         ("signal", member, argument, ...), ("reply", argument, ...) or ("error", name)."""
@@ -256,3 +268,10 @@ def event(key, old, new):
 def announcement(key, value):
     """What said() has for the announcement of a policy."""
     return ("signal", "PolicyChanged", key, value)
+
+
+def changed(key, old, new, value=None):
+    """What said() has for a write of a policy that is a change; `value` is the one that holds from
+    then on if that is not the new one."""
+    return [event(key, old, new), announcement(key, new if value is None else value),
+            ("reply", True)]

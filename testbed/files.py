@@ -6,6 +6,7 @@ import contextlib
 import os
 import pathlib
 import shutil
+import stat
 import subprocess
 
 POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
@@ -59,26 +60,36 @@ def stored(path=POLICY_FILE):
 
 
 def snapshot(path):
-    """What changes when somebody writes a file: its content, its inode and its time; None when
-    there is no file."""
+    """What changes when somebody writes a file: its content if it has one, its inode and its time;
+    None when there is no file."""
     try:
         status = os.stat(path)
     except FileNotFoundError:
         return None
-    return pathlib.Path(path).read_bytes(), status.st_ino, status.st_mtime_ns
-
-
-@contextlib.contextmanager
-def read_only(folder):
-    """Lets nobody write below a folder as long as the context lasts."""
-    subprocess.run(["mount", "--bind", folder, folder], check=True)
-    subprocess.run(["mount", "-o", "remount,bind,ro", folder], check=True)
-    try:
-        yield
-    finally:
-        subprocess.run(["umount", folder], check=True)
+    content = pathlib.Path(path).read_bytes() if stat.S_ISREG(status.st_mode) else None
+    return content, status.st_ino, status.st_mtime_ns
 
 
 def text_of(value):
     """A value as files, events and log lines have it."""
     return str(value).lower() if isinstance(value, bool) else value
+
+
+@contextlib.contextmanager
+def mounted(folder, *arguments):
+    """Mounts something over a folder, with these arguments, as long as the context lasts."""
+    subprocess.run(["mount", *arguments, folder], check=True)
+    try:
+        yield
+    finally:
+        subprocess.run(["umount", "--lazy", folder], check=True)
+
+
+def read_only(folder):
+    """Lets nobody write below a folder as long as the context lasts."""
+    return mounted(folder, "-o", "bind,ro", folder)
+
+
+def small_disk(folder, size):
+    """Lets a folder be an empty disk of `size` bytes as long as the context lasts."""
+    return mounted(folder, "-t", "tmpfs", "-o", f"mode=755,size={size}", "small")

@@ -10,7 +10,7 @@ from jeepney import HeaderFields, MessageType, new_method_call, new_signal
 from jeepney import DBusAddress
 from jeepney.low_level import Variant, parse_signature
 
-from testbed.bus import BUS, SERVICE, Client
+from testbed.bus import SERVICE, Client, introspection
 from testbed.waiting import PATIENCE
 
 MONITORING = DBusAddress("/org/freedesktop/DBus", "org.freedesktop.DBus",
@@ -85,10 +85,7 @@ class Transcript:
         """Waits until everything is here that the daemon owes: what it does in answer to messages
         that have reached it by now. What has not been seen after this has not happened."""
         if self._client.owner(SERVICE):
-            # The daemon's main thread answers, after all that came before, without its own code.
-            introspection = DBusAddress("/org/kvt/PolicyManager", SERVICE,
-                                        "org.freedesktop.DBus.Introspectable")
-            self._client.ask(new_method_call(introspection, "Introspect"))
+            self._client.ask(introspection())
         self.settle_bus()
 
     def settle_bus(self):
