@@ -15,6 +15,7 @@ from jeepney.io.blocking import DBusConnection
 from jeepney.low_level import Endianness, Struct, parse_signature
 
 from testbed import users
+from testbed.waiting import wait_until
 
 SOCKET = "/run/dbus/system_bus_socket"
 SERVICE = "org.kvt.PolicyManager"
@@ -81,6 +82,13 @@ class Client(DBusConnection):
             message = self.receive(timeout=max(0, end - time.monotonic()))
             if message.header.fields.get(HeaderFields.reply_serial) == serial:
                 return message
+
+    def vanish(self):
+        """Leaves, with what it has sent, and returns when the bus has noticed."""
+        self.settle()
+        self.close()
+        with Client() as other:
+            wait_until(lambda: not other.owner(self.unique_name))
 
     def owner(self, name):
         """The unique name of the owner of a name; empty when there is none."""

@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """The system log of the tests."""
 
+import contextlib
 import os
+import pathlib
 import re
 import socket
 import threading
@@ -11,6 +13,8 @@ from dataclasses import dataclass
 from testbed.waiting import wait_until
 
 PATH = "/dev/log"
+ASIDE = PATH + ".aside"
+FILLER = b"full"
 MARKER = b"settled"
 FORMAT = re.compile(rb"<(\d+)>\w{3} [ \d]\d [\d:]{8} ([^:\[]*)(?:\[\d+\])?: (.*)", re.DOTALL)
 
@@ -52,6 +56,42 @@ class SystemLog:
                 self._settled += 1
             else:
                 self._records.append(record_of(datagram))
+
+
+class FullSystemLog:
+    """A system log that takes no more lines: who writes one waits for take(). A context in which it
+    is in the place of the other one."""
+
+    def __enter__(self):
+        os.rename(PATH, ASIDE)
+        self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self._socket.bind(PATH)
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as sender:
+            sender.setblocking(False)
+            with contextlib.suppress(BlockingIOError):
+                while True:
+                    sender.sendto(FILLER, PATH)
+        return self
+
+    def __exit__(self, *_):
+        self._socket.close()
+        os.rename(ASIDE, PATH)
+
+    @staticmethod
+    def wait_for_writer(pid):
+        """Waits until the main thread of a process waits for the log to take a line."""
+        def writes():
+            # The call in which the thread waits, if it does, and its first argument.
+            call = pathlib.Path(f"/proc/{pid}/syscall").read_text().split()
+            descriptor = f"/proc/{pid}/fd/{int(call[1], 16)}" if len(call) > 1 else ""
+            return os.path.exists(descriptor) and os.readlink(descriptor).startswith("socket:")
+        wait_until(writes)
+
+    def take(self):
+        """Makes room, and returns the first line that has waited for it."""
+        while (line := self._socket.recv(1 << 16)) == FILLER:
+            pass
+        return record_of(line)
 
 
 def record_of(datagram):

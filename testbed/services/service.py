@@ -3,6 +3,7 @@
 """What all services of the device have in common: a life on the bus, and faults at will."""
 
 import concurrent.futures
+import contextlib
 import functools
 import threading
 from dataclasses import dataclass
@@ -123,6 +124,23 @@ def on_loop(method):
         GLib.idle_add(run)
         return result.result(60)
     return wrapper
+
+
+@contextlib.contextmanager
+def standstill():
+    """Lets no service of this process do anything as long as the context lasts."""
+    begun, end = threading.Event(), threading.Event()
+
+    def hold():
+        begun.set()
+        end.wait()
+        return GLib.SOURCE_REMOVE
+    GLib.idle_add(hold)
+    begun.wait()
+    try:
+        yield
+    finally:
+        end.set()
 
 
 class Service:

@@ -1,0 +1,114 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""What access switches do to the write of a policy."""
+
+import pytest
+
+from testbed import files
+from testbed.daemon import announcement, changed, event, event_text
+
+KEY = "UsbDevicesEnabled"
+TYPE = 45
+
+
+@pytest.fixture(autouse=True)
+def forbidden_and_enforced(device_sentry):
+    """USB devices are forbidden from the start, and somebody carries that out."""
+    files.store({KEY: False})
+    device_sentry.appear()
+
+
+def written(new, effective=None):
+    """What said() has for a write that is a change; `effective` is the value that is enforced."""
+    effective = new if effective is None else effective
+    enforcement = ("call", "Set", "org.brinos.DeviceSentry1.UsbManager", "Enabled", effective)
+    return [event(KEY, not new, new), enforcement,
+            announcement(KEY, effective), ("reply", True)]
+
+
+def test_switch_that_is_off_forces_the_new_value_to_false(daemon, switches):
+    switches.set_switch("first", [1, TYPE], False)
+    daemon.start()
+    daemon.change(KEY, True)
+    assert daemon.said() == written(True, effective=False)
+    assert daemon.logged() == []
+    assert daemon.policy(KEY) is False
+    assert files.stored()[KEY] == "true"
+    switches.set_entries("first", value=True)
+    assert daemon.policy(KEY) is True  # what was stored
+
+
+@pytest.mark.parametrize("types", [[TYPE], [TYPE, TYPE]])
+def test_switch_that_is_on_leaves_the_new_value_alone(daemon, switches, types):
+    switches.set_switch("first", types, True)
+    daemon.start()
+    for value in (True, False):
+        daemon.change(KEY, value)
+    assert daemon.said() == written(True) + written(False)
+
+
+def test_switch_that_governs_others_does_not_count(daemon, switches):
+    switches.set_switch("first", [1, 44, 4], False)
+    switches.set_switch("second", [], False)
+    daemon.start()
+    before = len(switches.calls())
+    daemon.change(KEY, True)
+    assert daemon.said() == written(True)
+    assert set(switches.calls(before)) == {"keyPolicyTypes"}
+
+
+def test_failing_switch_counts_as_off(daemon, switches):
+    switches.set_switch("first", [TYPE], 7)
+    daemon.start()
+    daemon.change(KEY, True)
+    assert daemon.said() == written(True, effective=False)
+    # Once for the event's old value, once for the new one.
+    assert daemon.logged() == 2 * [
+        'warning|default|AccessSwitch plugin failed to retrieve value for key: "first"',
+        "warning|default|Return code: 7"]
+
+
+def test_switch_is_not_asked_about_a_value_that_is_false(daemon, switches):
+    switches.set_switch("first", [TYPE], True)
+    daemon.start()
+    daemon.change(KEY, True)
+    before = len(switches.calls())
+    daemon.change(KEY, False)
+    # The event's old value, then the look for a switch that governs the policy.
+    assert switches.calls(before) == ["keyPolicyTypes", "keyValue first", "keyPolicyTypes"]
+
+
+@pytest.mark.parametrize("second", [True, False])
+@pytest.mark.parametrize("first", [True, False])
+def test_only_the_first_governing_switch_counts(daemon, switches, first, second):
+    for key in ("a", "b"):
+        switches.set_switch(key, [TYPE], True)
+    daemon.start()
+    # Which one is the first differs from start to start.
+    earlier, later = daemon.switch_keys()
+    switches.set_entries(earlier, value=first)
+    switches.set_entries(later, value=second)
+    daemon.forget()
+    daemon.change(KEY, True)
+    assert daemon.said() == written(True, effective=first)
+    assert daemon.policy(KEY) is (first and second)  # a reader sees both
+
+
+def test_switches_of_no_policy_govern_unknown_keys(daemon, switches):
+    key = "com.example.Wish"
+    switches.set_switch("first", [0], False)
+    daemon.start()
+    daemon.change(key, True)
+    assert daemon.said() == changed(key, False, True, False)
+    assert files.stored()[key] == "true"
+
+
+def test_event_tells_the_old_value_as_a_reader_sees_it(daemon, switches):
+    switches.set_switch("first", [TYPE], True)
+    daemon.start()
+    daemon.change(KEY, True)
+    switches.set_entries("first", value=False)
+    daemon.forget()
+    daemon.change(KEY, True)  # the value that it has
+    assert daemon.said() == [event(KEY, False, True), ("reply", True)]
+    assert daemon.records() == [event_text(KEY, False, True)]
