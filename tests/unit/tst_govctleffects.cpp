@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "enforcer/tables.h"
 #include "govctl/effects.h"
+#include "tables.h"
 
 #include <QtTest>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "daemon/policytypes.h"
-#include "enforcer/tables.h"
+#include "policytypes.h"
+#include "tables.h"
 
 #include <QtTest>
 

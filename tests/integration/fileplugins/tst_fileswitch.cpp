@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/names.h"
+#include "names.h"
 #include "support/busmonitor.h"
 #include "support/caller.h"
 #include "support/client.h"
