@@ -4,8 +4,8 @@
 #include "busthread.h"
 #include "log.h"
 #include "names.h"
+#include "partitions.h"
 #include "policymanager.h"
-#include "removablestorage.h"
 #include "unixsignal.h"
 #include "watchdog.h"
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "policyenforcer.h"
 
+#include "enforcermanager.h"
 #include "names.h"
-#include "policymanager.h"
 #include "tables.h"
 
 #include <QDBusConnection>
@@ -12,9 +12,9 @@
 #include <QDebug>
 #include <QMutexLocker>
 
-PolicyManager *enforcerManager = nullptr;
+EnforcerManager *enforcerManager = nullptr;
 
-PolicyEnforcer::PolicyEnforcer(PolicyManager *manager)
+PolicyEnforcer::PolicyEnforcer(EnforcerManager *manager)
     : QObject(manager)
 {
     enforcerManager = manager;

@@ -12,11 +12,7 @@
 #include <QStringList>
 #include <QVector>
 
-class PolicyManager;
-
-/// The manager whose enforcer this is: handlers read the values of other policies through it.
-/// Null until an enforcer has been built.
-extern PolicyManager *enforcerManager;
+class EnforcerManager;
 
 /// Carries out policies on the running system, by the handlers in tables.cpp.
 ///
@@ -29,7 +25,7 @@ class PolicyEnforcer : public QObject
 
 public:
     /// Starts to watch the bus, and looks who is there already.
-    explicit PolicyEnforcer(PolicyManager *manager);
+    explicit PolicyEnforcer(EnforcerManager *manager);
     ~PolicyEnforcer() override;
 
     void enforcePolicy(PolicyEnforcementTask task);

@@ -3,19 +3,10 @@
 #include "removablestorage.h"
 
 #include "handlers.h"
-#include "policymanager.h"
-#include "policytypes.h"
 #include "watchdog.h"
 
-#include <optional>
+#include <systemsettings/partitionmanager.h>
 
-PartitionManager partitionManager;
-
-namespace {
-
-/// The policy that governs storage on the drive's bus; none for a bus that no policy governs.
-///
-/// A drive that does not tell its bus counts as being on the memory-card bus, the number 0.
 std::optional<PolicyType> governingPolicy(const Partition &partition)
 {
     switch (partition.drive().value(QStringLiteral("connectionBus")).toInt()) {
@@ -32,17 +23,6 @@ bool isMountedExternally(const Partition &partition)
 {
     return partition.storageType() == Partition::External
         && partition.status() == Partition::Mounted;
-}
-
-} // namespace
-
-void PolicyManager::processPartition(const Partition &partition)
-{
-    const std::optional<PolicyType> type = governingPolicy(partition);
-    if (!type || policyValue(typeToKey(*type)).toBool())
-        return;
-    if (isMountedExternally(partition))
-        partitionManager.unmount(partition, QVariantMap());
 }
 
 void unmountRemovableStorage(PolicyEnforcementTask task)

@@ -3,10 +3,17 @@
 #ifndef GOVD_ENFORCER_REMOVABLESTORAGE_H
 #define GOVD_ENFORCER_REMOVABLESTORAGE_H
 
-#include <systemsettings/partitionmanager.h>
+#include "policytypes.h"
 
-/// Announces the partitions that appear while the daemon runs; processPartition() unmounts through
-/// it. It begins with the event loop, so it can be there before the application object.
-extern PartitionManager partitionManager;
+#include <systemsettings/partition.h>
+
+#include <optional>
+
+/// The policy that governs storage on the drive's bus; none for a bus that no policy governs.
+///
+/// A drive that does not tell its bus counts as being on the memory-card bus, the number 0.
+std::optional<PolicyType> governingPolicy(const Partition &partition);
+
+bool isMountedExternally(const Partition &partition);
 
 #endif

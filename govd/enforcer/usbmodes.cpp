@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "call.h"
+#include "enforcermanager.h"
 #include "handlers.h"
-#include "policymanager.h"
 #include "serviceproxy.h"
 #include "tables.h"
 

@@ -31,7 +31,7 @@ bool userReportDefault()
 } // namespace
 
 PolicyManager::PolicyManager(QObject *parent)
-    : QObject(parent)
+    : EnforcerManager(parent)
     , systemLogs(Names::SystemLogs)
     , enforcer(this)
     , restriction(this)

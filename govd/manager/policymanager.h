@@ -3,13 +3,13 @@
 #ifndef GOVD_MANAGER_POLICYMANAGER_H
 #define GOVD_MANAGER_POLICYMANAGER_H
 
+#include "enforcermanager.h"
 #include "policyenforcer.h"
 #include "policyrestriction.h"
 #include "serviceproxy.h"
 
 #include <QDBusContext>
 #include <QHash>
-#include <QObject>
 #include <QVariant>
 
 #include <systemsettings/partition.h>
@@ -24,10 +24,10 @@ class AccessSwitchPlugin;
 /// Built once, before the daemon is on the bus; main thread only. Its definition is split by
 /// concern: construction (policymanager.cpp), configuration files (configuration.cpp), reading
 /// (reading.cpp), the write path (writing.cpp), the caller check (authorisation.cpp), audit events
-/// (audit.cpp) and removable storage (removablestorage.cpp).
+/// (audit.cpp) and removable storage (partitions.cpp).
 ///
 /// The order of members, signals and slots is part of the interface: queued calls go by index.
-class PolicyManager : public QObject, public QDBusContext
+class PolicyManager final : public EnforcerManager, public QDBusContext
 {
     Q_OBJECT
 
@@ -42,7 +42,7 @@ public:
 
     /// The effective value of a policy: false while a switch that governs it is off or a source
     /// locks it, otherwise the stored value; invalid when there is none.
-    QVariant policyValue(const QString &key);
+    QVariant policyValue(const QString &key) override;
 
     /// The value of an access switch as its plugin tells it; false, after a warning, when the
     /// plugin fails, and false without a plugin.

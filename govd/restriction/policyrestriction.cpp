@@ -3,7 +3,6 @@
 #include "policyrestriction.h"
 
 #include "names.h"
-#include "policymanager.h"
 #include "sourcerestriction.h"
 
 #include <QDir>
@@ -12,7 +11,7 @@
 
 #include <algorithm>
 
-PolicyRestriction::PolicyRestriction(PolicyManager *parent)
+PolicyRestriction::PolicyRestriction(QObject *parent)
     : QObject(parent)
     , sourceRestrictions(initSourceRestrictions())
     , policyToRestriction(initPolicyToRestriction())

@@ -8,7 +8,6 @@
 #include <QString>
 #include <QStringList>
 
-class PolicyManager;
 class SourceRestriction;
 
 /// Tells which policies are locked, by asking the lock plugins.
@@ -19,7 +18,7 @@ class PolicyRestriction : public QObject
     Q_OBJECT
 
 public:
-    explicit PolicyRestriction(PolicyManager *parent);
+    explicit PolicyRestriction(QObject *parent);
 
     /// True when @p policy is free, false when a plugin that covers it locks it now.
     bool checkPolicy(const QString &policy) const;

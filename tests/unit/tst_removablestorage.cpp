@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "handlers.h"
 #include "policymanager.h"
-#include "removablestorage.h"
+#include "partitions.h"
 #include "tests/unit/partitionstandin.h"
 
 #include <QtTest>
