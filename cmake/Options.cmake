@@ -20,7 +20,6 @@ target_compile_definitions(govd-options INTERFACE
   QT_NO_KEYWORDS # GLib uses "signals" and "slots" as names
   QT_NO_FOREACH
   QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
-target_include_directories(govd-options INTERFACE ${PROJECT_SOURCE_DIR})
 
 # Position-independent executables where the tool chain can.
 include(CheckPIESupported)

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/caller.h"
 
-#include "common/names.h"
+#include "names.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

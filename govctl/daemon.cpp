@@ -3,8 +3,8 @@
 #include "govctl/daemon.h"
 
 #include "commandline/systembus.h"
-#include "common/names.h"
 #include "govctl/daemonfailure.h"
+#include "names.h"
 
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>

@@ -3,7 +3,7 @@
 #include "govctl/daemonfailure.h"
 
 #include "commandline/text.h"
-#include "common/names.h"
+#include "names.h"
 
 #include <QDBusError>
 

@@ -3,7 +3,7 @@
 #include "govctl/effects.h"
 
 #include "commandline/text.h"
-#include "daemon/policytypes.h"
+#include "policytypes.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/plugincondition.h"
 
-#include "common/names.h"
+#include "names.h"
 
 #include <QDir>
 #include <QJsonDocument>

@@ -3,8 +3,8 @@
 #include "govctl/policystate.h"
 
 #include "commandline/text.h"
-#include "common/names.h"
 #include "govctl/knownpolicies.h"
+#include "names.h"
 
 #include <QJsonArray>
 

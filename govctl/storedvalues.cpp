@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/storedvalues.h"
 
-#include "common/names.h"
+#include "names.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/watcher.h"
 
-#include "common/names.h"
 #include "govctl/daemonfailure.h"
+#include "names.h"
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>

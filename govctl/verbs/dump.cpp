@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "common/names.h"
 #include "govctl/caller.h"
 #include "govctl/inspection.h"
 #include "govctl/switches.h"
 #include "govctl/verb.h"
+#include "names.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "commandline/text.h"
-#include "common/names.h"
 #include "govctl/inspection.h"
 #include "govctl/verb.h"
+#include "names.h"
 
 #include <QJsonArray>
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "commandline/text.h"
-#include "common/names.h"
 #include "govctl/commandqueue.h"
 #include "govctl/daemonfailure.h"
 #include "govctl/verb.h"
 #include "govctl/watcher.h"
+#include "names.h"
 
 #include <QEventLoop>
 

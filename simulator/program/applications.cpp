@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/applications.h"
 
-#include "common/names.h"
+#include "names.h"
 
 namespace Simulator {
 namespace {

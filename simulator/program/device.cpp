@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "simulator/program/device.h"
 
-#include "common/names.h"
+#include "names.h"
 
 #include <algorithm>
 

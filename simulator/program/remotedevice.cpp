@@ -3,7 +3,7 @@
 #include "simulator/program/remotedevice.h"
 
 #include "commandline/text.h"
-#include "common/names.h"
+#include "names.h"
 #include "simulator/program/bus.h"
 #include "simulator/program/controlnames.h"
 

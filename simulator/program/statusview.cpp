@@ -3,7 +3,7 @@
 #include "simulator/program/statusview.h"
 
 #include "commandline/text.h"
-#include "common/names.h"
+#include "names.h"
 #include "simulator/program/applications.h"
 #include "simulator/program/neighbours.h"
 

@@ -7,7 +7,7 @@
 //
 // An input is a series of calls: for each the member, 0 for arguments of the types that it takes or
 // 1 for others, these with their number and signatures, and the values; see Choices.
-#include "common/names.h"
+#include "names.h"
 #include "tests/fuzz/attempt.h"
 #include "tests/fuzz/check.h"
 #include "tests/fuzz/device.h"

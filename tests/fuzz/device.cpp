@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tests/fuzz/device.h"
 
-#include "common/names.h"
+#include "names.h"
 #include "tests/fuzz/check.h"
 #include "tests/fuzz/randomvalue.h"
 

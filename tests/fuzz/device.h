@@ -3,7 +3,7 @@
 #ifndef GOVD_TESTS_FUZZ_DEVICE_H
 #define GOVD_TESTS_FUZZ_DEVICE_H
 
-#include "daemon/policymanager.h"
+#include "policymanager.h"
 #include "tests/fuzz/peer.h"
 
 #include <vector>

@@ -4,8 +4,8 @@
 // Arbitrary files, and arbitrary keys written into them.
 //
 // An input is "+" or "-" for the value, the key, an empty line, and the content of the file.
-#include "daemon/keyfile.h"
-#include "common/names.h"
+#include "keyfile.h"
+#include "names.h"
 #include "tests/fuzz/check.h"
 
 #include <QFile>

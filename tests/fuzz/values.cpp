@@ -5,7 +5,7 @@
 // and the announcement, and back to a reader.
 //
 // An input is the policy, the signature of the value, and the value's bytes; see Choices.
-#include "common/names.h"
+#include "names.h"
 #include "tests/fuzz/check.h"
 #include "tests/fuzz/device.h"
 #include "tests/fuzz/randomvalue.h"

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "enforcer/policyenforcer.h"
+#include "policyenforcer.h"
 #include "simulator/audiopolicy.h"
 #include "tests/unit/simulatortest.h"
 

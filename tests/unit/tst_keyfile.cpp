@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "daemon/keyfile.h"
+#include "keyfile.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

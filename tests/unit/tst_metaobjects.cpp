@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "accessswitch/accessswitchpluginloader.h"
-#include "daemon/policymanager.h"
-#include "dbus/policyadaptor.h"
-#include "dbus/switchadaptor.h"
-#include "restriction/sourcerestriction.h"
+#include "accessswitchpluginloader.h"
+#include "policyadaptor.h"
+#include "policymanager.h"
+#include "sourcerestriction.h"
+#include "switchadaptor.h"
 
 #include <QDBusVariant>
 #include <QMetaMethod>

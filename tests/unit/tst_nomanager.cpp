@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "enforcer/handlers.h"
+#include "handlers.h"
 #include "simulator/networktechnology.h"
 #include "simulator/usbmodes.h"
 #include "tests/unit/simulatortest.h"

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "restriction/policyrestriction.h"
+#include "policyrestriction.h"
 #include "support/lockplugin.h"
 
 #include <QSignalSpy>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "daemon/policymanager.h"
-#include "daemon/removablestorage.h"
-#include "enforcer/handlers.h"
+#include "handlers.h"
+#include "policymanager.h"
+#include "partitions.h"
 #include "tests/unit/partitionstandin.h"
 
 #include <QtTest>

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "busloss.h"
 #include "commandline/text.h"
-#include "common/busloss.h"
-#include "common/unixsignal.h"
 #include "simulator/program/bus.h"
 #include "simulator/program/calllog.h"
 #include "simulator/program/control.h"
 #include "simulator/program/controlnames.h"
 #include "simulator/program/verb.h"
+#include "unixsignal.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -13,8 +13,8 @@
 //    that stand there twice the last one counts, and groups of one name count as one.
 //
 // The daemon itself replaces its files as a whole, so that such damage comes from elsewhere.
-#include "daemon/keyfile.h"
-#include "daemon/policymanager.h"
+#include "keyfile.h"
+#include "policymanager.h"
 #include "support/client.h"
 #include "support/daemon.h"
 #include "support/files.h"

@@ -3,7 +3,7 @@
 #include "benchmark/reference/qt/caller.h"
 
 #include "benchmark/reference/privilege.h"
-#include "common/names.h"
+#include "names.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "benchmark/reference/qt/policy.h"
-#include "common/names.h"
+#include "names.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -4,7 +4,7 @@
 
 #include "benchmark/reference/keyfile.h"
 #include "benchmark/reference/markers.h"
-#include "common/serviceproxy.h"
+#include "serviceproxy.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>

@@ -4,7 +4,7 @@
 #define GOVD_BENCHMARK_REFERENCE_QT_POLICY_H
 
 #include "benchmark/reference/qt/caller.h"
-#include "common/serviceproxy.h"
+#include "serviceproxy.h"
 
 #include <QDBusAbstractAdaptor>
 #include <QDBusVariant>

@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "log.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QString>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+
+#include <cstdio>
+
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+
+namespace {
+
+/// The longest text made at run time that a line holds whole, in bytes.
+constexpr int LongestText = 1024;
+
+/// Of the lines that callers without rights can cause, so many are written in so many milliseconds.
+constexpr int Burst = 20;
+constexpr int Period = 20'000;
+
+thread_local bool isLimited = false;
+
+int priority(QtMsgType type)
+{
+    switch (type) {
+    case QtDebugMsg:
+        return LOG_DEBUG;
+    case QtInfoMsg:
+        return LOG_INFO;
+    case QtWarningMsg:
+        return LOG_WARNING;
+    case QtCriticalMsg:
+        return LOG_CRIT;
+    case QtFatalMsg:
+        return LOG_ALERT;
+    }
+    return LOG_NOTICE;
+}
+
+/// Whether stderr is the journal's stream: the service manager leaves its device and inode number.
+bool isStderrJournal()
+{
+    struct stat status;
+    if (fstat(STDERR_FILENO, &status) != 0)
+        return false;
+    return qgetenv("JOURNAL_STREAM")
+        == QByteArray::number(quint64(status.st_dev)) + ':'
+        + QByteArray::number(quint64(status.st_ino));
+}
+
+/// Length of the character or escape at @p at, in UTF-16 units.
+int unitLength(const QString &text, int at)
+{
+    if (text.at(at).isHighSurrogate())
+        return 2;
+    if (text.at(at) != QLatin1Char('\\') || at + 1 == text.size())
+        return 1;
+    switch (text.at(at + 1).unicode()) {
+    case 'u':
+        return 6;
+    case 'U':
+        return 10;
+    default:
+        return 2;
+    }
+}
+
+/// Appends what of @p text may stand in a line. Returns a mark if that is not all.
+QString appendShortened(QString &line, const QString &text)
+{
+    const int size = text.toUtf8().size();
+    if (size <= LongestText) {
+        line += text;
+        return QString();
+    }
+    int end = 0;
+    int bytes = 0;
+    while (true) {
+        const QString unit = text.mid(end, unitLength(text, end));
+        const int sum = bytes + unit.toUtf8().size();
+        if (sum > LongestText)
+            break;
+        bytes = sum;
+        end += unit.size();
+    }
+    line += text.leftRef(end);
+    return QStringLiteral("[%1 more bytes]").arg(size - bytes);
+}
+
+/// Where the text in quotes, or between two of them, ends that begins at @p start.
+int endOfText(const QString &line, int start)
+{
+    int end = start;
+    while (end < line.size() && line.at(end) != QLatin1Char('"'))
+        end += unitLength(line, end);
+    return qMin(end, line.size());
+}
+
+QString shortened(const QString &line)
+{
+    if (line.size() <= LongestText / 3) // the most bytes of a UTF-16 unit
+        return line;
+    QString result;
+    bool isQuoted = false;
+    for (int start = 0; start < line.size();) {
+        const int end = endOfText(line, start);
+        const QString mark = appendShortened(result, line.mid(start, end - start));
+        const QString quote = line.mid(end, 1);
+        result += isQuoted ? quote + mark : mark + quote;
+        isQuoted = !isQuoted;
+        start = end + 1;
+    }
+    return result;
+}
+
+void write(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    static const bool isJournal = isStderrJournal();
+    const QString formatted = qFormatLogMessage(type, context, message);
+    if (formatted.isNull())
+        return; // by the pattern that the environment may set
+    QByteArray line = shortened(formatted).toLocal8Bit();
+    if (isJournal) {
+        const QByteArray prefix = '<' + QByteArray::number(priority(type)) + '>';
+        line = prefix + line.replace('\n', '\n' + prefix);
+    }
+    line += '\n';
+    fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
+}
+
+std::atomic<int> limitedLines = 0; ///< of the present period
+
+void beginPeriod()
+{
+    const int leftOut = limitedLines.exchange(0) - Burst;
+    if (leftOut > 0)
+        qWarning("Left out %d log lines that callers caused", leftOut);
+}
+
+bool takesAnotherLimitedLine()
+{
+    const int before = limitedLines++;
+    if (before == 0) // from the main thread, because another one may have no timers
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [] { QTimer::singleShot(Period, QCoreApplication::instance(), beginPeriod); },
+            Qt::QueuedConnection);
+    return before < Burst;
+}
+
+/// The bus library, in its own thread, writes a line for each odd value in a message, whoever sent
+/// it.
+bool isCausedByAnybody()
+{
+    const QCoreApplication *application = QCoreApplication::instance();
+    return isLimited || (application && QThread::currentThread() != application->thread());
+}
+
+void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
+    if (isSevere || !isCausedByAnybody() || takesAnotherLimitedLine())
+        write(type, context, message);
+}
+
+} // namespace
+
+void Log::install()
+{
+    qInstallMessageHandler(handle);
+}
+
+Log::Limited::Limited()
+{
+    isLimited = true;
+}
+
+Log::Limited::~Limited()
+{
+    isLimited = false;
+}

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "watchdog.h"
+
+#include "names.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdint>
+
+#if GOVD_SYSTEMD
+#include <systemd/sd-daemon.h>
+#endif
+
+namespace {
+
+using std::chrono::milliseconds;
+
+milliseconds readTimeAllowed()
+{
+    uint64_t microseconds = 0;
+#if GOVD_SYSTEMD
+    if (sd_watchdog_enabled(0, &microseconds) <= 0)
+        microseconds = 0;
+#endif
+    return milliseconds(microseconds / 1000);
+}
+
+/// How long the process may go without a report; zero when nobody watches it.
+milliseconds timeAllowed()
+{
+    static const milliseconds time = readTimeAllowed();
+    return time;
+}
+
+void report()
+{
+#if GOVD_SYSTEMD
+    sd_notify(0, "WATCHDOG=1");
+#endif
+}
+
+bool doesBusAnswer()
+{
+    const QDBusMessage question =
+        QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
+                                       Names::BusDaemon.interface, QStringLiteral("GetId"));
+    return QDBusConnection::systemBus().call(question).type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace
+
+Watchdog::Watchdog()
+{
+    if (timeAllowed() == milliseconds::zero())
+        return;
+    QCoreApplication::instance()->installEventFilter(this);
+    auto *timer = new QTimer(this);
+    timer->start(timeAllowed() / 4);
+}
+
+void Watchdog::checkBus()
+{
+    static QDeadlineTimer reportIsRecent;
+    if (timeAllowed() == milliseconds::zero() || !reportIsRecent.hasExpired() || !doesBusAnswer())
+        return;
+    report();
+    reportIsRecent.setRemainingTime(timeAllowed() / 8);
+}
+
+bool Watchdog::eventFilter(QObject *receiver, QEvent *event)
+{
+    checkBus();
+    return QObject::eventFilter(receiver, event);
+}

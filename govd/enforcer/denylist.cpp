@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "call.h"
+#include "handlers.h"
+#include "serviceproxy.h"
+#include "tables.h"
+
+#include <QDebug>
+
+/// A policy that stands for no application sends an empty list all the same: the sandbox has always
+/// been told of each change of these policies.
+void updateDenylist(PolicyEnforcementTask task)
+{
+    const QStringList applications = policyApplications.value(task.type);
+    const QString method = task.value ? QStringLiteral("RemoveFromGlobalDenylist")
+                                      : QStringLiteral("AddToGlobalDenylist");
+    ServiceProxy sandbox(Names::ApplicationSandbox);
+    callOrReport(sandbox, method, {applications}, [&](const QDBusError &) {
+        qWarning() << "Failed to" << (task.value ? "remove" : "add") << "packages"
+                   << (task.value ? "from" : "to") << "global denylist:" << applications;
+    });
+}

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tables.h"
+
+#include "handlers.h"
+#include "names.h"
+
+using namespace PolicyTypes;
+
+const QHash<PolicyType, PolicyHandler> policyHandlers{
+    {Camera, markCamera},
+    {Browser, terminateBrowsers},
+    {MemoryCard, unmountRemovableStorage},
+    {UsbStorage, unmountRemovableStorage},
+    {Messages, terminateMessages},
+    {DeveloperShell, markDeveloperShell},
+    {UserReport, markUserReport},
+    {DeveloperMode, disableRemoteAccess},
+    {UsbDevices, switchUsbDevices},
+};
+
+// Developer mode stands on both routes on purpose: remote access is cut at once, and again when
+// the service appears, which may have come up with the access enabled.
+const QHash<QString, QPair<QVector<PolicyType>, PolicyHandler>> serviceHandlers{
+    {Names::ApplicationSandbox.service,
+     {{Camera, Browser, Microphone, VoiceCalls, Messages, UserReport}, updateDenylist}},
+    {Names::UsbModes.service,
+     {{UsbDeveloperMode, UsbMediaTransfer, DeveloperMode}, updateUsbModes}},
+    {Names::AudioPolicy.service, {{Microphone}, switchMicrophone}},
+    {Names::WifiTechnology.service, {{InternetSharing}, disableTethering}},
+    {Names::DeveloperMode.service, {{DeveloperMode}, disableRemoteAccess}},
+};
+
+const QHash<PolicyType, QStringList> policyApplications{
+    {Camera, {Names::CameraLockScreenApplication, Names::CameraApplication}},
+    {Browser, {Names::BrowserApplication, Names::WebApplication}},
+    {Messages, {Names::MessagesApplication}},
+    {VoiceCalls, {Names::VoiceCallApplication}},
+};
+
+const QHash<PolicyType, const char *> usbModeNames{
+    {UsbDeveloperMode, "developer_mode"},
+    {UsbMediaTransfer, "mtp_mode"},
+    {DeveloperMode, "developer_mode"},
+};

@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "busloss.h"
+#include "busthread.h"
+#include "log.h"
+#include "names.h"
+#include "partitions.h"
+#include "policymanager.h"
+#include "unixsignal.h"
+#include "watchdog.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDebug>
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+/// Answers a command line, which the daemon has no use for. The exit code.
+int explain(const char *argument)
+{
+    if (std::strcmp(argument, "--version") == 0) {
+        std::puts("govd " GOVD_VERSION);
+        return 0;
+    }
+    const bool isAsked = std::strcmp(argument, "--help") == 0;
+    std::fputs(
+        "Usage: govd\n"
+        "\n"
+        "Keeps and enforces the device's policies, on the system bus as org.kvt.PolicyManager.\n"
+        "It takes no arguments and is started by the service manager; see govd(8).\n"
+        "\n"
+        "  --help      this text\n"
+        "  --version   the version\n",
+        isAsked ? stdout : stderr);
+    return isAsked ? 0 : 2;
+}
+
+/// Has signals take effect in the event loop, as long as @p manager lives.
+void handleSignals(PolicyManager *manager)
+{
+    for (const int number : {SIGINT, SIGTERM})
+        QObject::connect(new UnixSignal(number, manager), &UnixSignal::caught,
+                         &QCoreApplication::quit);
+    QObject::connect(new UnixSignal(SIGHUP, manager), &UnixSignal::caught, manager,
+                     &PolicyManager::setupPolicies);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc > 1)
+        return explain(argv[1]);
+    Log::install();
+    QCoreApplication application(argc, argv);
+    const BusLoss busLoss;
+    QObject::connect(&busLoss, &BusLoss::lost, [] {
+        qWarning() << "Lost the connection to the system bus";
+        QCoreApplication::quit();
+    });
+    // A new connection holds back what it receives, the loss of the bus included, until this event
+    // of it is delivered: a blocking call before that would never return.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    BusThread::liftLimits();
+    BusThread::catchUp();
+
+    PolicyManager manager(nullptr);
+    QObject::connect(&partitionManager, &PartitionManager::partitionAdded, &manager,
+                     &PolicyManager::processPartition);
+    manager.setupPolicies();
+
+    // Until here a signal ends the start at once, whatever service it waits for: the files are
+    // whole at any time. From here on nothing is waited for but the bus.
+    handleSignals(&manager);
+
+    // All values are loaded and enforced by now, and the object is there before the name: the
+    // first client that sees the name finds everything in place.
+    QDBusConnection bus = QDBusConnection::systemBus();
+    if (!bus.registerObject(Names::ObjectPath, &manager, QDBusConnection::ExportAdaptors)
+        || !bus.registerService(Names::Service)) {
+        qCritical() << bus.lastError().message();
+        return 1;
+    }
+    BusThread::catchUp();
+
+    const Watchdog watchdog;
+    application.exec();
+    return 0;
+}

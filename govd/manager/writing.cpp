@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "keyfile.h"
+#include "names.h"
+#include "policymanager.h"
+#include "policytypes.h"
+#include "replyvalue.h"
+
+#include <QDebug>
+
+#include <pellorapolicy/accessswitchplugin.h>
+
+bool PolicyManager::setPolicyValue(const QString &key, const QVariant &value, bool logEvent)
+{
+    if (!isCallAllowed())
+        return false;
+    if (!restriction.checkPolicy(key) || !canBeGivenBack(value))
+        return false;
+    if (!saveKeyValue(Names::PolicyFile, Names::ConfigurationGroup, key, value.toBool())) {
+        // Log watchers know this line with the switch file's path, whichever file it was.
+        qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
+        return false;
+    }
+    if (logEvent)
+        createLogEvent(key, value, QVariant());
+    updatePolicyValue(key, value);
+    return true;
+}
+
+bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
+{
+    if (!isCallAllowed())
+        return false;
+    auto *plugin = switchPlugin();
+    if (!plugin || !canBeGivenBack(value))
+        return false;
+
+    // The plugin would keep, and announce, what is refused after it has been asked.
+    if (!canSaveKey(Names::SwitchFile, Names::ConfigurationGroup, key)) {
+        qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
+        return false;
+    }
+
+    const QVariant oldValue = switchValue(key);
+    if (const int code = plugin->setKeyValue(key, value)) {
+        qWarning() << "AccessSwitch plugin failed to set value for key:" << key;
+        qWarning() << "Return code:" << code;
+        return false;
+    }
+    if (!saveKeyValue(Names::SwitchFile, Names::ConfigurationGroup, key, value.toBool())) {
+        qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
+        return false;
+    }
+    createLogEvent(key, value, oldValue);
+    return true;
+}
+
+void PolicyManager::updatePolicyValue(const QString &key, const QVariant &value)
+{
+    QVariant &stored = policies[key];
+    if (stored == value)
+        return;
+    stored = value;
+
+    const bool effective = combineWithSwitch(key, value.toBool());
+    if (!enforcePolicy(key, effective)) {
+        qWarning() << "Failed to enforce policy:" << key << "=" << (effective ? "true" : "false");
+    }
+    Q_EMIT policyChanged(key, effective);
+}
+
+/// Forces @p value to false when the first switch that governs the policy is off. Readers see all
+/// governing switches and the locks as well; what is enforced follows the first switch alone.
+bool PolicyManager::combineWithSwitch(const QString &key, bool value)
+{
+    auto *plugin = switchPlugin();
+    if (!plugin)
+        return value;
+
+    const PolicyType type = keyToType(key);
+    const QHash<QString, QList<int>> table = plugin->keyPolicyTypes();
+    for (auto row = table.begin(); row != table.end(); ++row) {
+        if (row->contains(type))
+            return value && switchValue(row.key()).toBool();
+    }
+    return value;
+}
+
+bool PolicyManager::enforcePolicy(const QString &key, bool value)
+{
+    if (!isCallAllowed())
+        return false;
+    const PolicyType type = keyToType(key);
+    if (type != PolicyTypes::None)
+        enforcer.enforcePolicy({type, value});
+    return true;
+}
+
+void PolicyManager::enforceSwitchPolicies(const QString &key, const QVariant &value)
+{
+    const QList<int> types = switchPolicyTypes(key);
+    for (const int type : types) {
+        const QString policyKey = typeToKey(static_cast<PolicyType>(type));
+        const bool effective = policies.value(policyKey).toBool() && value.toBool();
+        if (!enforcePolicy(policyKey, effective))
+            qWarning() << "Failed to enforce switch policy:" << key << "-" << policyKey;
+        Q_EMIT policyChanged(policyKey, effective);
+    }
+    Q_EMIT switchChanged(key, value);
+}

@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "common/statefile.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <glib.h>
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+const QString Directory = QStringLiteral("/etc/govd");
+const QString KeptDirectory = QStringLiteral("/var/lib/govd/plugins");
+const QString ShownDirectory = QStringLiteral("/run/govd");
+constexpr int MaximumSize = 1024 * 1024;
+
+QString keptPath(const QString &name)
+{
+    return QStringLiteral("%1/%2.conf").arg(KeptDirectory, name);
+}
+
+/// A file that is missing has neither content nor fault.
+struct Reading
+{
+    QByteArray content;
+    QString fault; ///< as the end of a sentence about the file
+};
+
+Reading faulty(const QString &fault)
+{
+    return {QByteArray(), fault};
+}
+
+Reading readRegularFile(const QByteArray &path)
+{
+    // A pipe can be in the place of the file by now: opening it must not wait for a writer.
+    const int descriptor = open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    QFile file;
+    if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
+        return faulty(QStringLiteral("cannot be read (%1)").arg(qt_error_string(errno)));
+    const QByteArray content = file.read(MaximumSize + 1);
+    if (file.error() != QFile::NoError)
+        return faulty(QStringLiteral("cannot be read (%1)").arg(file.errorString()));
+    if (content.size() > MaximumSize)
+        return faulty(QStringLiteral("is larger than a mebibyte"));
+    return content.isEmpty() ? faulty(QStringLiteral("is empty")) : Reading{content, QString()};
+}
+
+/// Opens regular files only. A link that leads nowhere is a fault: what it stands for may be there
+/// for others, who see more of the file system.
+Reading readFile(const QByteArray &path)
+{
+    struct stat status;
+    if (stat(path.constData(), &status) != 0) {
+        if (errno != ENOENT)
+            return faulty(QStringLiteral("cannot be read (%1)").arg(qt_error_string(errno)));
+        return lstat(path.constData(), &status) == 0
+            ? faulty(QStringLiteral("is a link to what the daemon does not see"))
+            : Reading();
+    }
+    if (!S_ISREG(status.st_mode))
+        return faulty(QStringLiteral("is no regular file"));
+    return readRegularFile(path);
+}
+
+/// What is in force, as one word for programs and as the end of a sentence about the file.
+struct Condition
+{
+    QString state;
+    QString text;
+};
+
+Condition conditionOf(const QString &fault, bool isAnythingInForce)
+{
+    if (fault.isEmpty() && isAnythingInForce)
+        return {QStringLiteral("good"), QStringLiteral("is good: it is in force")};
+    if (fault.isEmpty())
+        return {QStringLiteral("absent"), QStringLiteral("is not there: nothing is in force")};
+    if (isAnythingInForce)
+        return {QStringLiteral("kept"),
+                fault + QStringLiteral(": its last good content is in force")};
+    return {QStringLiteral("never-good"),
+            fault + QStringLiteral(", and no good content is known: nothing is in force")};
+}
+
+} // namespace
+
+StateFile::StateFile(const QString &name, Check isSound)
+    : m_name(name)
+    , m_isSound(isSound)
+{
+    QDir().mkpath(QFileInfo(KeptDirectory).path());
+    mkdir(qPrintable(KeptDirectory), 0700);
+    QDir().mkpath(ShownDirectory);
+    const QByteArray kept = readFile(keptPath(name).toLocal8Bit()).content;
+    if (!kept.isEmpty() && isSound(kept))
+        m_content = kept;
+    // The directory tells of a file that is replaced, the file of one that is written in place.
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &StateFile::update);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &StateFile::update);
+}
+
+QString StateFile::path() const
+{
+    return QStringLiteral("%1/%2.conf").arg(Directory, m_name);
+}
+
+void StateFile::follow()
+{
+    m_watcher.addPath(Directory);
+    const QFileInfo file(path());
+    if (file.isFile() && file.isReadable())
+        m_watcher.addPath(path());
+}
+
+void StateFile::update()
+{
+    follow(); // first, so that an edit made while reading is seen as the next one
+    Reading file = readFile(path().toLocal8Bit());
+    if (!file.content.isEmpty() && !m_isSound(file.content))
+        file.fault = QStringLiteral("is malformed");
+
+    const QByteArray before = m_content;
+    if (file.fault.isEmpty())
+        keep(file.content);
+    tell(file.fault);
+    if (m_content != before)
+        Q_EMIT changed();
+}
+
+void StateFile::keep(const QByteArray &content)
+{
+    if (content == m_content)
+        return;
+    m_content = content;
+    const QString path = keptPath(m_name);
+    if (!content.isEmpty())
+        store(path, content, 0600);
+    else if (unlink(qPrintable(path)) != 0 && errno != ENOENT)
+        qWarning().noquote() << m_name + QStringLiteral(": cannot forget") << path
+                             << qt_error_string(errno);
+}
+
+/// Tells what is in force, and why, if that is news. A good start is no news for the log.
+void StateFile::tell(const QString &fault)
+{
+    const Condition condition = conditionOf(fault, !m_content.isEmpty());
+    const QString message = path() + QLatin1Char(' ') + condition.text;
+    if (message == m_message)
+        return;
+    const bool isStart = m_message.isEmpty();
+    m_message = message;
+    m_isGood = condition.state == QLatin1String("good");
+
+    if (!fault.isEmpty())
+        qWarning().noquote() << m_name + QLatin1Char(':') << message;
+    else if (!isStart)
+        qInfo().noquote() << m_name + QLatin1Char(':') << message;
+    const QJsonObject shown{{QStringLiteral("name"), m_name},
+                            {QStringLiteral("state"), condition.state},
+                            {QStringLiteral("message"), message}};
+    store(QStringLiteral("%1/%2.json").arg(ShownDirectory, m_name), QJsonDocument(shown).toJson(),
+          0644);
+}
+
+/// Replaces the file at @p path as a whole.
+void StateFile::store(const QString &path, const QByteArray &content, int mode) const
+{
+    GError *error = nullptr;
+    if (!g_file_set_contents_full(qPrintable(path), content.constData(), content.size(),
+                                  G_FILE_SET_CONTENTS_CONSISTENT, mode, &error)) {
+        qWarning().noquote() << m_name + QLatin1Char(':') << error->message;
+        g_error_free(error);
+    }
+}
