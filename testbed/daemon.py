@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """The installed daemon as a process of the test, and what it does."""
 
+import contextlib
 import os
 import pathlib
 import signal
@@ -92,13 +93,17 @@ class Process:
         return self.wait()
 
     def kill(self):
-        """Ends it without a chance to do anything about it."""
-        self.signal(signal.SIGKILL)
+        """Ends it, if it still runs, without a chance to do anything about it."""
+        with contextlib.suppress(ProcessLookupError):
+            self.signal(signal.SIGKILL)
         self.wait()
 
     def signal(self, number):
-        """Sends it a signal."""
-        os.kill(self.pid, number)
+        """Sends it a signal. Raises ProcessLookupError when it does not run."""
+        pid = self.pid
+        if not pid:  # to the system call, 0 means the whole group of the test
+            raise ProcessLookupError("the daemon does not run")
+        os.kill(pid, number)
 
     def log(self, since=0):
         """What it has written to its standard error in all starts so far, but the first lines. A

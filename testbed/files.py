@@ -20,8 +20,8 @@ def reset():
     """Makes the files those of a fresh installation whose daemon has never run."""
     for path in (POLICY_FILE.parent, MARKERS, DEVELOPER_SHELL_MARKER.parent,
                  pathlib.Path("/run/govd")):
-        if path.is_symlink() or path.is_file():
-            path.unlink()
+        if path.is_symlink() or not path.is_dir():
+            path.unlink(missing_ok=True)
         shutil.rmtree(path, ignore_errors=True)
     POLICY_FILE.parent.mkdir(parents=True)
 

@@ -15,23 +15,41 @@
 // The daemon itself replaces its files as a whole, so that such damage comes from elsewhere.
 #include "keyfile.h"
 #include "policymanager.h"
-#include "support/client.h"
-#include "support/daemon.h"
-#include "support/files.h"
-#include "support/platformkeys.h"
+
+#include <pellorapolicy/policyvalue.h>
 
 #include <QLoggingCategory>
+#include <QMetaEnum>
 #include <QtTest>
-
-using namespace Support;
 
 namespace {
 
 const QString PolicyFile = QStringLiteral("/etc/policy/policy.conf");
-const QString Camera = QStringLiteral("CameraEnabled");
-const QString Vpn = QStringLiteral("VpnEnabled");
 
 using Readings = QMap<QString, QVariant>;
+
+/// The keys of all policies in the platform's order.
+QStringList platformKeys()
+{
+    const auto types = QMetaEnum::fromType<Pellora::PolicyValue::PolicyType>();
+    QStringList keys;
+    for (int i = 0; i < types.keyCount(); ++i)
+        keys.append(QString::fromLatin1(types.key(i)));
+    return keys;
+}
+
+void write(const QByteArray &content)
+{
+    QFile file(PolicyFile);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("Cannot write the policy file");
+}
+
+QByteArray content()
+{
+    QFile file(PolicyFile);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 bool isHold()
 {
@@ -56,7 +74,7 @@ QByteArray validFile()
 /// The policies as the daemon reads them from @p content, this process being the daemon.
 Readings readings(const QByteArray &content)
 {
-    Files::write(PolicyFile, content);
+    write(content);
     // What this process would log as the daemon is not the test's to tell.
     QLoggingCategory *log = QLoggingCategory::defaultCategory();
     log->setEnabled(QtInfoMsg, false);
@@ -90,7 +108,7 @@ bool isConcerned(const QByteArray &content, const QString &key, int begin, int e
 /// every damage can be tried, while a whole daemon is built for some of them.
 Readings predictions(const QByteArray &content)
 {
-    Files::write(PolicyFile, content);
+    write(content);
     KeyFile file;
     const bool isRefused = file.load(PolicyFile) != nullptr;
     Readings result;
@@ -108,7 +126,7 @@ void checkDaemon(const QByteArray &damaged)
     const Readings expected = predictions(damaged);
     QCOMPARE(readings(damaged), expected);
     if (hasNothing(expected))
-        QCOMPARE(Files::read(PolicyFile), damaged); // for whoever mends it
+        QCOMPARE(::content(), damaged); // for whoever mends it
 }
 
 /// Checks what is read from @p damaged, which differs from validFile() between @p begin and @p end.
@@ -136,11 +154,8 @@ class TestDamagedFiles : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { Files::reset(); }
     void changedByteConcernsItsOwnLineOnly();
     void cutConcernsWhatIsCutOffOnly();
-    void daemonReadsOddFiles_data();
-    void daemonReadsOddFiles();
 };
 
 void TestDamagedFiles::changedByteConcernsItsOwnLineOnly()
@@ -176,56 +191,6 @@ void TestDamagedFiles::cutConcernsWhatIsCutOffOnly()
         if (QTest::currentTestFailed())
             return;
     }
-}
-
-void TestDamagedFiles::daemonReadsOddFiles_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QVariant>("camera");
-    const QByteArray forbidden = "[policy]\nCameraEnabled=false\n";
-    const QVariant off(false);
-    const QVariant on(true);
-    const QVariant none;
-    QTest::newRow("empty") << QByteArray() << on;
-    QTest::newRow("key twice, allowed last") << forbidden + "CameraEnabled=true\n" << on;
-    QTest::newRow("key twice, forbidden last")
-        << QByteArray("[policy]\nCameraEnabled=true\nCameraEnabled=false\n") << off;
-    QTest::newRow("group twice") << forbidden + "[x]\na=1\n[policy]\nVpnEnabled=true\n" << off;
-    QTest::newRow("byte-order mark") << "\xef\xbb\xbf" + forbidden << none;
-    QTest::newRow("DOS lines") << QByteArray("[policy]\r\nCameraEnabled=false\r\n") << off;
-    QTest::newRow("Mac lines") << QByteArray("[policy]\rCameraEnabled=false\r") << none;
-    QTest::newRow("a megabyte of blanks") << forbidden + QByteArray(1 << 20, ' ') << off;
-    QTest::newRow("a megabyte of newlines") << QByteArray(1 << 20, '\n') + forbidden << off;
-    QTest::newRow("a megabyte of zeros") << QByteArray(1 << 20, '\0') << on;
-    QTest::newRow("zeros behind") << forbidden + QByteArray(4096, '\0') << off;
-    QTest::newRow("a megabyte of brackets") << forbidden + QByteArray(1 << 20, '[') << none;
-    QTest::newRow("a megabyte of equal signs") << forbidden + QByteArray(1 << 20, '=') << none;
-    QTest::newRow("a megabyte of a letter") << forbidden + QByteArray(1 << 20, 'a') << none;
-    QTest::newRow("a megabyte of a comment") << forbidden + '#' + QByteArray(1 << 20, 'a') << off;
-    QByteArray many = forbidden;
-    for (int i = 0; i < (isHold() ? 100'000 : 10'000); ++i)
-        many += "Key" + QByteArray::number(i) + "=true\n";
-    QTest::newRow("thousands of keys") << many << off;
-}
-
-void TestDamagedFiles::daemonReadsOddFiles()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QVariant, camera);
-    Files::write(PolicyFile, content);
-    Daemon daemon;
-    QVERIFY(daemon.start());
-    Client client;
-    if (!camera.isValid()) {
-        QVERIFY(client.haveNoValue(platformKeys()));
-        QVERIFY(!client.setPolicy(Vpn, false));
-        QCOMPARE(Files::read(PolicyFile), content);
-    } else {
-        QCOMPARE(client.policy(Camera), camera);
-        QVERIFY(client.setPolicy(Vpn, false));
-        QCOMPARE(Files::values(PolicyFile).value(Vpn), QStringLiteral("false"));
-    }
-    QCOMPARE(daemon.stop(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestDamagedFiles)
