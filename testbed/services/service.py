@@ -209,8 +209,10 @@ class Service:
         self._connection.send_message(message)
 
     def add_object(self, path, interface, methods=(), **keywords):
-        """Adds an object; each method is a row of name, signatures of arguments and answer, and a
-        function that takes the arguments."""
+        """Adds an object, in the place of one that is there; each method is a row of name,
+        signatures of arguments and answer, and a function that takes the arguments."""
+        if path in self._objects:
+            self.remove_object(path)
         self._objects[path] = mock = ServiceObject(self._connection, path, interface, **keywords)
         mockobject.objects[path] = mock
         self.add_methods(path, interface, methods)

@@ -29,7 +29,7 @@ def pytest_sessionstart():
 def pytest_runtest_makereport(item, call):
     """Shows what the daemon has written when a test fails."""
     report = (yield).get_result()
-    if report.failed and "daemon" in item.funcargs:
+    if report.failed and report.when == "call" and "daemon" in item.funcargs:
         report.sections.append(("the daemon's log", "\n".join(item.funcargs["daemon"].log())))
 
 

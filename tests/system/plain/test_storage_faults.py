@@ -1,0 +1,133 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The storage service refuses, ends or says nothing, and storage is unmounted when it can be."""
+
+import pytest
+
+from testbed.services.service import DEATH, ERROR, SILENCE, error
+from testbed.stick import Stick
+from testbed.waiting import wait_until
+
+CARD, USB = "MemoryCardEnabled", "UsbStorageEnabled"
+STICK = Stick()
+BUSY = "org.freedesktop.UDisks2.Error.DeviceBusy"
+COMPLAINT = f'warning|systemsettings|Cannot unmount "/dev/stick": {BUSY}'
+
+
+@pytest.fixture
+def plugged(storage):
+    """The storage service, on the bus, with a mounted stick."""
+    storage.appear()
+    STICK.plug(storage)
+    return storage
+
+
+def answers(daemon, member):
+    """The answers to the first call of a method."""
+    daemon.transcript.settle()
+    call = daemon.transcript.calls(member)[0]
+    return daemon.transcript.messages(lambda message: message.is_reply_to(call))
+
+
+def wait_for_refusal(daemon):
+    """Waits until the storage service has refused to unmount something."""
+    daemon.transcript.wait_for(lambda message: message.error == BUSY)
+
+
+def test_failure_to_unmount_is_logged_once(daemon, plugged):
+    """What could not be unmounted is tried again, but the log is not told again."""
+    plugged.fail(error(BUSY), "Unmount")
+    daemon.start()
+    daemon.change(USB, False)
+    wait_until(lambda: len(daemon.transcript.calls("Unmount")) == 2)
+    assert daemon.calls() == 2 * [STICK.order]
+    assert daemon.logged() == [COMPLAINT]
+    assert daemon.policy(USB) is False
+
+
+def test_death_instead_of_unmounting_is_silent(daemon, plugged):
+    plugged.fail(DEATH, "Unmount")
+    daemon.start()
+    daemon.change(USB, False)
+    wait_until(lambda: len(answers(daemon, "Unmount")) == 1)
+    assert daemon.calls() == [STICK.order]
+    assert daemon.logged() == []
+
+
+def test_storage_in_use_is_unmounted_when_it_is_free(daemon, plugged):
+    plugged.fail(error(BUSY), "Unmount")
+    daemon.start()
+    daemon.change(USB, False)
+    wait_for_refusal(daemon)
+    plugged.mend()
+    wait_until(lambda: not STICK.is_mounted(plugged))
+    assert daemon.logged() == [COMPLAINT]
+
+
+def test_storage_in_use_is_left_alone_once_it_is_allowed(daemon, plugged):
+    """A memory card, which stays forbidden, tells when the stick would have been tried again."""
+    card = Stick("card", "sdio")
+    card.plug(plugged)
+    plugged.fail(error(BUSY), "Unmount")
+    daemon.start()
+    daemon.change(USB, False)
+    wait_for_refusal(daemon)
+    daemon.change(CARD, False)
+    daemon.change(USB, True)
+    plugged.mend()
+    wait_until(lambda: not card.is_mounted(plugged))
+    assert daemon.calls().count(STICK.order) == 1
+    assert STICK.is_mounted(plugged)
+
+
+def test_each_place_is_unmounted(daemon, plugged):
+    plugged.set_mount_points(STICK.path, "/a", "/b")
+    daemon.start()
+    daemon.change(USB, False)
+    wait_until(lambda: not STICK.is_mounted(plugged))
+    assert daemon.calls() == 2 * [STICK.order]
+    assert daemon.logged() == []
+
+
+@pytest.mark.parametrize("occasion", ["forbidden again", "mounted later"])
+def test_storage_that_was_not_listed_is_unmounted_at_the_next_occasion(daemon, storage, occasion):
+    storage.fail(ERROR, "GetManagedObjects")
+    storage.appear()
+    Stick(mounted=occasion == "forbidden again").plug(storage)
+    daemon.start_observed()
+    daemon.change(USB, False)
+    assert daemon.calls(storage.NAME) == []
+    storage.mend()
+    if occasion == "mounted later":
+        STICK.mount(storage)
+    else:
+        daemon.change(USB, True)
+        daemon.change(USB, False)
+    wait_until(lambda: not STICK.is_mounted(storage))
+    assert daemon.calls(storage.NAME) == [STICK.order]
+
+
+def test_nobody_waits_for_the_unmount(daemon, plugged):
+    plugged.fail(SILENCE, "Unmount")
+    daemon.start()
+    daemon.change(USB, False)
+    assert daemon.calls() == [STICK.order]
+    assert answers(daemon, "Unmount") == []
+    assert daemon.policy(CARD) is True
+
+
+def test_many_devices_need_no_question_each(daemon, storage):
+    sticks = [Stick(f"stick{number:03}", mounted=number % 100 == 0) for number in range(300)]
+    for stick in sticks:
+        stick.plug(storage)
+    storage.appear()
+    daemon.start_observed()
+    # A listing that came later would have each stick unmounted again.
+    wait_until(lambda: len(answers(daemon, "GetManagedObjects")) == 1)
+    assert daemon.policy(USB) is True
+    daemon.change(USB, False)
+    orders = [stick.order for stick in sticks if stick.mounted]
+    assert daemon.calls(storage.NAME) == orders
+    questions = [message for message in daemon.transcript.messages()
+                 if message.kind == "call" and message.destination == storage.NAME]
+    assert len(questions) <= len(orders) + 4  # a few listings
