@@ -75,6 +75,11 @@ def text_of(value):
     return str(value).lower() if isinstance(value, bool) else value
 
 
+def snapshots():
+    """snapshot() of the files that a write of the camera or of its switch changes."""
+    return [snapshot(path) for path in (POLICY_FILE, SWITCH_FILE, CAMERA_MARKER)]
+
+
 @contextlib.contextmanager
 def mounted(folder, *arguments):
     """Mounts something over a folder, with these arguments, as long as the context lasts."""
