@@ -56,6 +56,12 @@ class Client(DBusConnection):
             raise DBusErrorResponse(reply)
         return reply.body
 
+    def refusal(self, message):
+        """Sends a call that must fail, and returns the name of the error and its text."""
+        reply = self.send_and_get_reply(message, timeout=ANSWER)
+        assert reply.header.message_type == MessageType.error, reply.body
+        return (reply.header.fields[HeaderFields.error_name], *reply.body)
+
     def own(self, name):
         """Takes a name on the bus; what is called there waits for next_call()."""
         assert self.ask(new_method_call(BUS, "RequestName", "su", (name, 4))) == (1,)

@@ -21,6 +21,11 @@ def asked(daemon):
             if words[0] == "call" and words[1].startswith("GetConnection")]
 
 
+def refusal(pid):
+    """What Client.refusal() gives a process that may change nothing."""
+    return (DENIED, f"PID {pid} is not in pellora-mdm group")
+
+
 def denial(pid):
-    """What a process that may change nothing is told."""
-    return ("error", DENIED, f"PID {pid} is not in pellora-mdm group")
+    """The same, as the daemon says it."""
+    return ("error", *refusal(pid))

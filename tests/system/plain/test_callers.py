@@ -3,11 +3,11 @@
 """Who may change a value, and how the daemon finds out."""
 
 import pytest
-from jeepney import DBusErrorResponse, new_method_call
+from jeepney import new_method_call
 
 from testbed import files
 from testbed.bus import POLICY, SWITCH, read_of, write_of
-from testbed.callers import DENIED, asked, denial, process_query, queries
+from testbed.callers import asked, denial, process_query, queries, refusal
 from testbed.daemon import announcement, event
 from testbed.files import CAMERA_MARKER, SWITCH_FILE
 from testbed.users import User
@@ -57,13 +57,6 @@ def name_of(process):
     return "-".join(map(str, process)) if isinstance(process, tuple) else None
 
 
-def refusal(caller, message):
-    """The error that a call ends in."""
-    with pytest.raises(DBusErrorResponse) as error:
-        caller.ask(message)
-    return ("error", error.value.name, *error.value.data)
-
-
 @pytest.mark.parametrize("process, user_is_asked", ALLOWED, ids=name_of)
 def test_callers_that_may_change_values(daemon, client, process, user_is_asked):
     daemon.start()
@@ -85,7 +78,7 @@ def test_callers_that_may_not(daemon, client, switches, process, key, address):
     daemon.start()
     before, calls = files.snapshots(), len(switches.calls())
     caller = client(User(*process))
-    assert refusal(caller, write_of(key, False, address=address)) == denial(caller.user.pid)
+    assert caller.refusal(write_of(key, False, address=address)) == refusal(caller.user.pid)
     assert daemon.messages() == [*queries(caller), denial(caller.user.pid)]
     assert switches.calls(calls) == []
     assert switches.value("cellular") is True
@@ -98,7 +91,7 @@ def test_callers_that_may_not(daemon, client, switches, process, key, address):
 
 def test_refusal_goes_before_absence_of_the_plugin(daemon, guest):
     daemon.start()
-    assert refusal(guest, write_of("cellular", True, address=SWITCH))[1] == DENIED
+    assert guest.refusal(write_of("cellular", True, address=SWITCH)) == refusal(guest.user.pid)
     assert daemon.logged() == []
     assert not SWITCH_FILE.exists()
 
@@ -108,7 +101,7 @@ def test_refusal_goes_before_a_lock(daemon, guest, lock_plugin):
     lock.set_locked(CAMERA)
     daemon.start()
     before = len(lock.calls())
-    assert refusal(guest, write_of(CAMERA, True)) == denial(guest.user.pid)
+    assert guest.refusal(write_of(CAMERA, True)) == refusal(guest.user.pid)
     assert lock.calls(before) == []
     assert daemon.set(CAMERA, True) is False
     assert lock.calls(before) != []
@@ -135,7 +128,7 @@ def test_process_counts_as_it_is_now(daemon, client, then, now, count, is_allowe
     if is_allowed:
         assert caller.ask(write) == (True,)
     else:
-        assert refusal(caller, write) == denial(caller.user.pid)
+        assert caller.refusal(write) == refusal(caller.user.pid)
     assert len(daemon.records()) == is_allowed
     assert asked(daemon) == (1 + is_allowed) * queries(caller)[:count]
     assert daemon.policy(CAMERA) is not is_allowed
