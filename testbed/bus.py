@@ -4,7 +4,6 @@
 
 import contextlib
 import pathlib
-import pwd
 import socket
 import struct
 import time
@@ -35,15 +34,16 @@ CHUNK = 1 << 18  # bytes that a flood hands to the kernel at once
 
 
 class Client(DBusConnection):
-    """A connection to the system bus that a process of the user `name` has made.
+    """A connection to the system bus that `user` has made: a process, or that of a user's name.
 
     With `descriptors` it can send and receive file descriptors. Raises ConnectionError when no bus
     answers. A context that closes the connection.
     """
 
-    def __init__(self, name="root", descriptors=False):
-        connection = users.user(name).connect(SOCKET)
-        log_in(connection, pwd.getpwnam(name).pw_uid, descriptors)
+    def __init__(self, user="root", descriptors=False):
+        self.user = users.user(user) if isinstance(user, str) else user
+        connection = self.user.connect(SOCKET)
+        log_in(connection, self.user.uid, descriptors)
         super().__init__(connection, descriptors)
 
     def ask(self, message, deadline=ANSWER):
@@ -55,6 +55,12 @@ class Client(DBusConnection):
         if reply.header.message_type == MessageType.error:
             raise DBusErrorResponse(reply)
         return reply.body
+
+    def refusal(self, message):
+        """Sends a call that must fail, and returns the name of the error and its text."""
+        reply = self.send_and_get_reply(message, timeout=ANSWER)
+        assert reply.header.message_type == MessageType.error, reply.body
+        return (reply.header.fields[HeaderFields.error_name], *reply.body)
 
     def own(self, name):
         """Takes a name on the bus; what is called there waits for next_call()."""

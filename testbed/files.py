@@ -3,10 +3,12 @@
 """The files that the daemon reads and writes."""
 
 import contextlib
+import ctypes
 import os
 import pathlib
 import shutil
 import stat
+import struct
 import subprocess
 
 POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
@@ -75,6 +77,11 @@ def text_of(value):
     return str(value).lower() if isinstance(value, bool) else value
 
 
+def snapshots():
+    """snapshot() of the files that a write of the camera or of its switch changes."""
+    return [snapshot(path) for path in (POLICY_FILE, SWITCH_FILE, CAMERA_MARKER)]
+
+
 @contextlib.contextmanager
 def mounted(folder, *arguments):
     """Mounts something over a folder, with these arguments, as long as the context lasts."""
@@ -93,3 +100,25 @@ def read_only(folder):
 def small_disk(folder, size):
     """Lets a folder be an empty disk of `size` bytes as long as the context lasts."""
     return mounted(folder, "-t", "tmpfs", "-o", f"mode=755,size={size}", "small")
+
+
+class OpenWatch:
+    """Counts how often a file, or a folder itself, has been opened since the watch was made."""
+    EVENT = struct.Struct("iIII")  # of inotify; the last number is the length of a name behind it
+    IN_OPEN = 0x20
+
+    def __init__(self, path):
+        libc = ctypes.CDLL(None)
+        self._events = os.fdopen(libc.inotify_init1(os.O_NONBLOCK | os.O_CLOEXEC), "rb", 0)
+        assert libc.inotify_add_watch(self._events.fileno(), os.fsencode(path), self.IN_OPEN) > 0
+        self._count = 0
+
+    @property
+    def count(self):
+        """The number by now."""
+        while events := self._events.read(4096):
+            while events:
+                *_, length = self.EVENT.unpack_from(events)
+                self._count += length == 0  # the entries of a folder come with their names
+                events = events[self.EVENT.size + length:]
+        return self._count

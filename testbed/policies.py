@@ -3,7 +3,7 @@
 """The policies of the platform. Written down once more, and not taken from the platform's header,
 so that a slip there is seen here."""
 
-KEYS = tuple(  # in the order of their numbers, which begin with 0
+KEYS = (  # in the order of their numbers, which begin with 0
     "NoPolicy CameraEnabled LocationEnabled BluetoothEnabled WlanEnabled MobileDataEnabled"
     " FlightModeEnabled RoamingEnabled InternetSharingEnabled VpnEnabled NfcEnabled"
     " ProxySettingsEnabled DateTimeSettingsEnabled UsbDeveloperModeEnabled UsbMediaTransferEnabled"

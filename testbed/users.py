@@ -2,28 +2,38 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Users of the device: who a client of the bus is, as the kernel tells the bus and the daemon."""
 
+import contextlib
 import ctypes
 import functools
+import grp
 import os
+import pathlib
 import pwd
+import re
+import signal
 import socket
+import struct
 
 PR_SET_DUMPABLE = 4
+IDS = struct.Struct("II")  # a user and a group
 
 
 class User:
     """A process that runs as a user and opens connections in the user's name.
 
     Whoever is asked about such a connection sees this process: its number `pid`, its user and its
-    groups. It ends with the process that made it.
+    groups. `group` is in the place of the user's primary group. If they are `effective` only, the
+    real ids stay root's, as with a set-user-id program. It ends with the process that made it.
     """
 
-    def __init__(self, name):
+    def __init__(self, name, group=None, effective=False):
+        self.uid, gid = ids_of(name, group)
         self._orders, orders = socket.socketpair()
         self.pid = os.fork()
         if self.pid == 0:
             try:
-                become(name)
+                os.initgroups(name, pwd.getpwnam(name).pw_gid)
+                become(self.uid, gid, effective)
                 serve(orders)
             finally:
                 os._exit(1)
@@ -38,6 +48,18 @@ class User:
             raise ConnectionError(f"nobody listens at {path}")
         return connection
 
+    def change(self, name, group=None):
+        """Gives it other effective ids, which it must have as such; a number is an id without a
+        name."""
+        self.uid, gid = ids_of(name, group)
+        self._orders.send(IDS.pack(self.uid, gid))
+        assert self._orders.recv(1) == b"+"
+
+    def end(self):
+        """Ends it; the connections that it has opened stay."""
+        os.kill(self.pid, signal.SIGKILL)
+        os.waitpid(self.pid, 0)
+
 
 @functools.lru_cache(maxsize=None)
 def user(name):
@@ -45,28 +67,57 @@ def user(name):
     return User(name)
 
 
-def become(name):
-    """Makes this process one that the user has started after a login."""
+@contextlib.contextmanager
+def membership(name, group):
+    """Lets a user belong to a group that has members already, as long as the context lasts."""
+    file = pathlib.Path("/etc/group")
+    before = file.read_text()
+    file.write_text(re.sub(f"^{group}:.*$", rf"\g<0>,{name}", before, flags=re.MULTILINE))
+    try:
+        yield
+    finally:
+        file.write_text(before)
+
+
+def ids_of(name, group=None):
+    """The ids of a user and of the user's primary group, or of the one that is named; a number is
+    both."""
+    if isinstance(name, int):
+        return name, name
     account = pwd.getpwnam(name)
-    os.initgroups(name, account.pw_gid)
-    os.setgid(account.pw_gid)
-    os.setuid(account.pw_uid)
+    return account.pw_uid, grp.getgrnam(group).gr_gid if group else account.pw_gid
+
+
+def become(uid, gid, effective=False):
+    """Gives this process a user and a group, or as effective ones only."""
+    if effective:
+        os.seteuid(0)  # only root may become anybody
+        os.setegid(gid)
+        os.seteuid(uid)
+    else:
+        os.setgid(gid)
+        os.setuid(uid)
     # Otherwise its directory in /proc would be root's, and the daemon would take it for root.
     ctypes.CDLL(None).prctl(PR_SET_DUMPABLE, 1, 0, 0, 0)
 
 
 def serve(orders):
-    """Connects each socket that comes over `orders` to the path beside it, until their end."""
+    """Connects each socket that comes over `orders` to the path beside it, and takes the effective
+    ids that come alone, until their end."""
     # Descriptors of the other side that stayed open here would keep its connections alive.
     orders = socket.socket(fileno=os.dup2(orders.detach(), 3))
     os.closerange(4, os.sysconf("SC_OPEN_MAX"))
     while True:
-        path, descriptors, _, _ = socket.recv_fds(orders, 4096, 1)
-        if not path:
+        order, descriptors, _, _ = socket.recv_fds(orders, 4096, 1)
+        if not order:
             os._exit(0)
+        if not descriptors:
+            become(*IDS.unpack(order), effective=True)
+            orders.send(b"+")
+            continue
         with socket.socket(fileno=descriptors[0]) as connection:
             try:
-                connection.connect(path.decode())
+                connection.connect(order.decode())
                 orders.send(b"+")
             except OSError:
                 orders.send(b"-")

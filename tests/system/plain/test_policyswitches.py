@@ -68,32 +68,6 @@ def test_failing_switch_counts_as_off(daemon, switches):
         "warning|default|Return code: 7"]
 
 
-def test_switch_is_not_asked_about_a_value_that_is_false(daemon, switches):
-    switches.set_switch("first", [TYPE], True)
-    daemon.start()
-    daemon.change(KEY, True)
-    before = len(switches.calls())
-    daemon.change(KEY, False)
-    # The event's old value, then the look for a switch that governs the policy.
-    assert switches.calls(before) == ["keyPolicyTypes", "keyValue first", "keyPolicyTypes"]
-
-
-@pytest.mark.parametrize("second", [True, False])
-@pytest.mark.parametrize("first", [True, False])
-def test_only_the_first_governing_switch_counts(daemon, switches, first, second):
-    for key in ("a", "b"):
-        switches.set_switch(key, [TYPE], True)
-    daemon.start()
-    # Which one is the first differs from start to start.
-    earlier, later = daemon.switch_keys()
-    switches.set_entries(earlier, value=first)
-    switches.set_entries(later, value=second)
-    daemon.forget()
-    daemon.change(KEY, True)
-    assert daemon.said() == written(True, effective=first)
-    assert daemon.policy(KEY) is (first and second)  # a reader sees both
-
-
 def test_switches_of_no_policy_govern_unknown_keys(daemon, switches):
     key = "com.example.Wish"
     switches.set_switch("first", [0], False)

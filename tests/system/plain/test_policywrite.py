@@ -54,10 +54,11 @@ def test_value_that_reads_the_same_counts_as_the_same(daemon, stored, signature,
 
 def test_every_change_is_announced_once(daemon):
     daemon.start()
-    for value in (False, True, False):
+    for value in (False, True, True, False):
         daemon.change(CAMERA, value)
-    assert daemon.said() == (changed(CAMERA, True, False) + changed(CAMERA, False, True)
-                             + changed(CAMERA, True, False))
+    assert daemon.said() == [
+        *changed(CAMERA, True, False), *changed(CAMERA, False, True),
+        event(CAMERA, True, True), ("reply", True), *changed(CAMERA, True, False)]
 
 
 def test_unknown_key_is_stored_saved_and_announced_but_not_enforced(daemon):
@@ -80,6 +81,7 @@ def test_key_of_no_policy_is_not_enforced(daemon):
 def test_key_is_compared_with_its_letter_case(daemon):
     daemon.start()
     daemon.change("cameraEnabled", False)
+    assert daemon.policy("cameraEnabled") is False
     assert daemon.policy(CAMERA) is True
     assert CAMERA_MARKER.exists()
     values = files.stored()

@@ -2,16 +2,15 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """The access-switch plugin: found, loaded once, or done without."""
 
-import ctypes
 import os
 import pathlib
 
 import pytest
 
+from testbed.files import OpenWatch
 from testbed.plugins import SWITCH_PLUGIN, SwitchPlugin, TestPlugin
 
 LOAD_WARNING = f'warning|default|Failed to load plugin "{SWITCH_PLUGIN}" "'
-IN_OPEN, EVENT = 0x20, 16  # of inotify: opened; the size of an event about a file
 
 
 def test_dangling_link_is_no_plugin(daemon):
@@ -74,20 +73,17 @@ def test_root_object_decides_what_a_plugin_is(daemon, is_link):
 
 def test_plugin_is_loaded_once(daemon, switches):
     switches.set_switch("cellular", [1], True)
-    libc = ctypes.CDLL(None)
-    watch = libc.inotify_init1(os.O_NONBLOCK)
-    libc.inotify_add_watch(watch, os.fsencode(switches.path), IN_OPEN)
+    watch = OpenWatch(switches.path)
     daemon.start_observed()
     assert daemon.complaints() == []
-    assert len(os.read(watch, 4096)) >= EVENT
+    opened = watch.count
+    assert opened > 0
     assert daemon.switch_keys() == ["cellular"]
     assert daemon.switch("cellular") is True
     assert daemon.set_switch("cellular", False) is True
     assert daemon.switch("cellular") is False
     assert daemon.policy("CameraEnabled") is False
-    with pytest.raises(BlockingIOError):
-        os.read(watch, 4096)
-    os.close(watch)
+    assert watch.count == opened
     # Each object of the plugin holds its pipe open.
     descriptors = pathlib.Path(f"/proc/{daemon.pid}/fd").iterdir()
     assert sum(os.readlink(path).endswith(".so.orders") for path in descriptors) == 1

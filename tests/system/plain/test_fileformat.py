@@ -1,0 +1,116 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""What a file of policies may hold, how it is understood, and what its rewriting leaves of it."""
+
+import pytest
+
+from testbed import files
+from testbed.files import POLICY_FILE
+from testbed.policies import KEYS
+
+CAMERA, MICROPHONE = "CameraEnabled", "MicrophoneEnabled"
+SEED = POLICY_FILE.parent / "policy.d/seed.conf"
+# The default of the policy is true, so only what reads as false shows.
+FALSE = [b"false", b"0", b"false  ", b"  false", b"false\r"]
+NOT_FALSE = [b"true", b"1", b"no", b"off", b"False", b"FALSE", b"falsely", b"false # for good",
+             b"false;false;", b'"false"', b"00", b"-1", b"", b"\xff\xfe"]
+NOT_THE_POLICY = [
+    "[switch]\nCameraEnabled=false\n",
+    "[Policy]\nCameraEnabled=false\n",
+    "[policy]\n[other]\nCameraEnabled=false\n[policy]\n",
+    "[policy]\ncameraEnabled=false\n",
+    "[policy]\nCameraEnabledX=false\n",
+    "[policy]\n#CameraEnabled=false\n",
+    "[policy]\nCameraEnabled[de]=false\n",
+    "[policy]\n1=false\n",
+    "[policy]\n",
+    "[policy]\nCameraEnabled=false\nCameraEnabled=true\n",
+]
+NO_KEY_FILE = [b"", b"CameraEnabled: false\n", b"CameraEnabled=false\n",
+               b"[policy\nCameraEnabled=false\n", b"\x7fELF\0\0[policy]\nCameraEnabled=false\n"]
+
+
+def defaults_beside(*already):
+    """The lines of the policies' defaults in a file that has these already."""
+    return "".join(f"{key}={files.text_of(key != 'UserReportExportEnabled')}\n"
+                   for key in KEYS if key not in already)
+
+
+@pytest.mark.parametrize("value, is_allowed", [(value, False) for value in FALSE]
+                         + [(value, True) for value in NOT_FALSE])
+def test_values_are_booleans(daemon, value, is_allowed):
+    files.write(POLICY_FILE,
+                b"[policy]\nCameraEnabled=" + value + b"\nMicrophoneEnabled=false\n")
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is is_allowed
+    assert daemon.policy(MICROPHONE) is False
+    # Whatever stood there, what is recorded is a plain value.
+    assert files.stored()[CAMERA] == files.text_of(is_allowed)
+    assert daemon.complaints() == []
+
+
+@pytest.mark.parametrize("content", NOT_THE_POLICY)
+def test_lines_that_do_not_name_the_policy(daemon, content):
+    files.write(POLICY_FILE, content)
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is True
+    assert files.stored()[CAMERA] == "true"
+    assert daemon.complaints() == []
+
+
+def test_bad_value_leaves_others_alone(daemon):
+    files.store({CAMERA: "yes", "UserReportExportEnabled": "yes", "MessagesEnabled": False})
+    daemon.start()
+    assert daemon.policy(CAMERA) is True
+    assert daemon.policy("UserReportExportEnabled") is False
+    assert daemon.policy("MessagesEnabled") is False
+
+
+def test_seed_that_breaks_off_is_taken_up_to_there(daemon):
+    # Nobody looks whether the file could be loaded as a whole.
+    files.write(SEED, "[policy]\nCameraEnabled=false\nthis is no line of a key file\n"
+                      "MicrophoneEnabled=false\n")
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is False
+    assert daemon.policy(MICROPHONE) is True
+    assert daemon.complaints() == []
+
+
+@pytest.mark.parametrize("content", NO_KEY_FILE)
+def test_seed_that_is_no_key_file_is_passed_over(daemon, content):
+    files.write(SEED, content)
+    daemon.start_observed()
+    assert daemon.policy(CAMERA) is True
+    assert daemon.complaints() == []
+    assert SEED.read_bytes() == content
+
+
+def test_broken_seed_leaves_other_seeds_alone(daemon):
+    files.write(SEED, "no key file")
+    files.store({CAMERA: False}, SEED.with_name("a"))
+    files.store({MICROPHONE: False}, SEED.with_name("z"))
+    daemon.start()
+    assert daemon.policy(CAMERA) is daemon.policy(MICROPHONE) is False
+
+
+def test_rewriting_keeps_keys_and_groups(daemon):
+    files.write(POLICY_FILE, "[first]\nanswer=42\n\n[policy]\nSomethingElse=maybe\n"
+                             "CameraEnabled=0\n\n[last]\nCameraEnabled=true\n")
+    daemon.start()
+    assert POLICY_FILE.read_text() == (
+        "[first]\nanswer=42\n\n[policy]\nSomethingElse=maybe\nCameraEnabled=false\n"
+        + defaults_beside(CAMERA) + "\n[last]\nCameraEnabled=true\n")
+
+
+def test_rewriting_drops_comments_and_blank_lines(daemon):
+    files.write(POLICY_FILE, "# of the device's owner\n\n[policy]\n# no pictures\n\n"
+                             "CameraEnabled=false\n\n# the end\n")
+    daemon.start()
+    assert POLICY_FILE.read_text() == "[policy]\nCameraEnabled=false\n" + defaults_beside(CAMERA)
+
+
+def test_unknown_key_is_not_read(daemon):
+    files.store({"TelepathyEnabled": True, "cameraenabled": False})
+    daemon.start()
+    assert daemon.has_no_value("TelepathyEnabled", "cameraenabled")
+    assert len(files.stored()) == len(KEYS) + 2
