@@ -91,6 +91,10 @@ class ServiceObject(mockobject.DBusMockObject):
         setter(value)
 
 
+# The library puts the methods of every object into the class of all objects, one called Set too.
+PROPERTY_METHODS = {member: getattr(ServiceObject, member) for member in ("Get", "GetAll", "Set")}
+
+
 class Loop(threading.Thread):
     """The thread in which the services of this process live, if the main thread does not run it."""
 
@@ -273,7 +277,7 @@ class Service:
             method = mock.methods[interface][member][3]
             takes = mock.methods[interface][member][0]
         except KeyError:
-            method = getattr(ServiceObject, member, None) if interface == PROPERTIES else None
+            method = PROPERTY_METHODS.get(member) if interface == PROPERTIES else None
             if method is None:
                 raise Refusal(f"There is no {interface}.{member}",
                               "org.freedesktop.DBus.Error.UnknownMethod") from None
