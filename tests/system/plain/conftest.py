@@ -10,6 +10,7 @@ import pytest
 from testbed import files
 from testbed.bus import Client
 from testbed.daemon import Daemon
+from testbed.handlers import RUNNING, TARGETS
 from testbed.plugins import LockPlugin, SwitchPlugin
 from testbed.services import small
 from testbed.services.service import LOOP
@@ -97,6 +98,21 @@ def lock_plugin():
     with contextlib.ExitStack() as plugins:
         yield lambda *keys, file="lock.so", name="lock": plugins.enter_context(
             LockPlugin(file, name, keys))
+
+
+@pytest.fixture
+def services():
+    """All services that carry policies out, by their classes: on the bus, and with something to
+    end."""
+    all_services = {kind: kind() for kind in TARGETS}
+    for application in RUNNING:
+        all_services[small.RuntimeManager].start(application)
+    all_services[small.NetworkTechnology].set_tethering(True)
+    for service in all_services.values():
+        service.appear()
+    yield all_services
+    for service in all_services.values():
+        service.leave()
 
 
 def service_fixture(kind):
