@@ -3,9 +3,13 @@
 """Clients of the system bus, which can say what no bus library says."""
 
 import contextlib
+import os
 import pathlib
+import select
+import signal
 import socket
 import struct
+import subprocess
 import time
 
 from jeepney import (DBusAddress, DBusErrorResponse, HeaderFields, MessageFlag, MessageType,
@@ -21,6 +25,7 @@ SERVICE = "org.kvt.PolicyManager"
 POLICY = DBusAddress("/org/kvt/PolicyManager", SERVICE, "org.kvt.PolicyManager.Policy")
 SWITCH = DBusAddress("/org/kvt/PolicyManager", SERVICE, "org.kvt.PolicyManager.Switch")
 BUS = DBusAddress("/org/freedesktop/DBus", "org.freedesktop.DBus", "org.freedesktop.DBus")
+PROCESS_FILE = pathlib.Path("/run/dbus/pid")  # there while the bus runs
 POLICIES = pathlib.Path("/etc/dbus-1/system.d")  # what the bus reads after all packages' files
 
 # The services around the daemon.
@@ -166,6 +171,23 @@ def with_field(serialised, code, signature, value):
     fields += field.serialise((code, (signature, value)), length, Endianness.little)
     return (serialised[:12] + struct.pack("<I", len(fields)) + fields
             + b"\0" * (-len(fields) % 8) + rest)
+
+
+def stop_bus():
+    """Ends the bus, and with it every connection, and returns when it is gone."""
+    process = int(PROCESS_FILE.read_text())
+    handle = os.pidfd_open(process)
+    os.kill(process, signal.SIGTERM)
+    ended, _, _ = select.select([handle], [], [], ANSWER)
+    os.close(handle)
+    assert ended, "the bus does not end"
+    PROCESS_FILE.unlink(missing_ok=True)
+
+
+def start_bus():
+    """Starts the bus unless it runs, and returns when it listens."""
+    if not PROCESS_FILE.exists():
+        subprocess.run(["dbus-daemon", "--system", "--fork"], check=True)
 
 
 def silent(message):

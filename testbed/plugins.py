@@ -13,6 +13,7 @@ from testbed.files import replace
 from testbed.waiting import wait_until
 
 BUILD = pathlib.Path(os.environ["GOVD_BUILD"])
+LIBRARIES = BUILD / "tests/system/libraries"
 BUILT = BUILD / "tests/integration/plugins/build"
 FILE_LOCK = BUILD / "sdk/plugins/libfilelock.so"
 FILE_SWITCH = BUILD / "sdk/plugins/libpelloraswitchplugin.so"

@@ -3,6 +3,7 @@
 """Every message that passes the bus, in the order of the bus."""
 
 import itertools
+import socket
 import threading
 from dataclasses import dataclass, field
 
@@ -52,7 +53,15 @@ class Transcript:
         self._client = Client()
         self._monitor = Client()
         self._monitor.ask(new_method_call(MONITORING, "BecomeMonitor", "asu", ([], 0)))
-        threading.Thread(target=self._read, daemon=True).start()
+        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader.start()
+
+    def close(self):
+        """Looks no further."""
+        self._monitor.sock.shutdown(socket.SHUT_RDWR)
+        self._reader.join()
+        self._monitor.close()
+        self._client.close()
 
     def messages(self, condition=lambda message: True):
         """The messages since the start or the last clear() that meet a condition."""
@@ -110,7 +119,10 @@ class Transcript:
 
     def _read(self):
         while True:
-            message = message_of(self._monitor.receive())
+            try:
+                message = message_of(self._monitor.receive())
+            except ConnectionError:
+                return
             with self._arrived:
                 self._messages.append(message)
                 self._arrived.notify_all()

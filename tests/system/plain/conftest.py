@@ -4,6 +4,7 @@
 
 import contextlib
 import pathlib
+import signal
 
 import pytest
 
@@ -23,6 +24,8 @@ def pytest_sessionstart():
     """Nothing here may run on a machine that is not thrown away afterwards."""
     if not pathlib.Path("/run/govd-sandbox").exists():
         pytest.exit("These tests run in the sandbox only: scripts/sandbox -- ...", 1)
+    # In the background of a shell it is ignored, and the daemon would inherit that.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     LOOP.start()
 
 
@@ -34,10 +37,11 @@ def pytest_runtest_makereport(item, call):
         report.sections.append(("the daemon's log", "\n".join(item.funcargs["daemon"].log())))
 
 
-@pytest.fixture(scope="session")
+@pytest.fixture(scope="module")
 def transcript():
-    """What has passed the bus."""
-    return Transcript()
+    """What has passed the bus, which other modules may end."""
+    with contextlib.closing(Transcript()) as one:
+        yield one
 
 
 @pytest.fixture(scope="session")

@@ -1,0 +1,119 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""What the process is given by whoever starts it, and how it takes signals."""
+
+import pathlib
+import signal
+import subprocess
+
+import pytest
+
+from testbed import files
+from testbed.bus import SERVICE
+from testbed.daemon import PROGRAM
+from testbed.waiting import wait_until
+
+USB_FAILURE = "warning|default|Failed to disable USB devices connection."
+SURROUNDINGS = {
+    "no home directory": ["env", "-u", "HOME"],
+    "home directory that is not there": ["env", "HOME=/nonexistent"],
+    "no locale": ["env", "-u", "LANG"],
+    "unknown locale": ["env", "LC_ALL=xx_YY.UTF-8"],
+    "hardly any environment": ["env", "-u", "HOME", "-u", "LANG", "-u", "PATH", "-u", "TERM"],
+    "in the root directory": ["env", "--chdir=/"],
+    "in a directory that is gone": [
+        "sh", "-c", 'mkdir /tmp/gone && cd /tmp/gone && rmdir /tmp/gone && exec "$0"'],
+    "without standard input and output": ["sh", "-c", 'exec "$0" <&- >&-'],
+}
+
+
+@pytest.mark.parametrize("wrapper", SURROUNDINGS.values(), ids=SURROUNDINGS)
+def test_service_is_the_same_whatever_the_surroundings(daemon, wrapper):
+    files.store({"MicrophoneEnabled": False})
+    daemon.wrapper = wrapper
+    daemon.start()
+    assert daemon.policy("MicrophoneEnabled") is False
+    daemon.change("CameraEnabled", False)
+    assert daemon.policy("CameraEnabled") is False
+    assert not files.CAMERA_MARKER.exists()
+    assert files.stored()["MicrophoneEnabled"] == files.stored()["CameraEnabled"] == "false"
+    assert daemon.stop() == 0
+    assert daemon.log() == [USB_FAILURE, USB_FAILURE]
+
+
+def test_nothing_is_written_into_the_current_directory(daemon, tmp_path):
+    daemon.wrapper = ["env", f"--chdir={tmp_path}"]
+    daemon.start()
+    daemon.change("CameraEnabled", False)
+    assert daemon.stop() == 0
+    assert list(tmp_path.iterdir()) == []
+
+
+@pytest.mark.parametrize("wrapper", [["env", "LC_ALL=C.UTF-8"], ["env", "-u", "LANG"],
+                                     ["env", "LC_ALL=C"]], ids=" ".join)
+def test_files_are_read_whatever_their_names(daemon, wrapper):
+    files.store({"CameraEnabled": False}, "/etc/policy/policy.d/f\u00fcr alle.conf")
+    daemon.wrapper = wrapper
+    daemon.start()
+    assert daemon.policy("CameraEnabled") is False
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT])
+def test_signal_during_the_start_ends_it(daemon, switches, root, transcript, number):
+    switches.set_switch("lens", [1], True)
+    switches.hold("keyValue")
+    daemon.launch()
+    switches.wait_for_call("holding keyValue")
+    daemon.signal(number)
+    # The plugin still waits: nothing that the start waits for keeps the daemon from its end.
+    assert daemon.wait() == -number
+    transcript.settle()
+    assert not root.owner(SERVICE) and transcript.calls("RequestName") == []
+    switches.release()
+    daemon.start()
+
+
+def test_signal_waits_for_seeds(daemon, switches):
+    """Once there is a policy file the seeds are not looked at any more: none may be lost."""
+    files.store({"CameraEnabled": True, "DeveloperShellEnabled": False},
+                "/etc/policy/policy.d/seed.conf")
+    switches.set_switch("lens", [1], True)
+    switches.hold("keyValue")
+    daemon.launch()
+    switches.wait_for_call("holding keyValue")  # about the first of them
+    daemon.signal(signal.SIGTERM)
+    switches.release()
+    assert daemon.wait() == -signal.SIGTERM
+    assert files.stored()["DeveloperShellEnabled"] == "false"
+
+
+def test_signal_is_not_blocked_in_children(daemon):
+    daemon.start()
+    status = pathlib.Path(f"/proc/{daemon.pid}/status").read_text()
+    assert "\nSigBlk:\t0000000000000000\n" in status
+
+
+def test_hangup_enforces_all_policies_once_more(daemon):
+    """No file is read for it."""
+    daemon.start()
+    daemon.change("DeveloperShellEnabled", False)
+    files.store({"CameraEnabled": False})
+    markers = (files.CAMERA_MARKER, files.DEVELOPER_SHELL_MARKER)
+    for _ in range(2):
+        for marker in markers:
+            marker.unlink()
+        daemon.signal(signal.SIGHUP)
+        wait_until(lambda: all(marker.exists() for marker in markers))
+    assert daemon.policy("CameraEnabled") is True
+
+
+@pytest.mark.parametrize("argument, code", [("--help", 0), ("--version", 0), ("-x", 2),
+                                            ("/etc/policy/other.conf", 2), ("", 2)])
+def test_arguments_are_refused(argument, code):
+    """Nothing is enforced then: no file is there afterwards."""
+    result = subprocess.run([PROGRAM, argument], capture_output=True, timeout=60)
+    assert result.returncode == code
+    assert (result.stdout == b"") == (code != 0)
+    assert (result.stderr == b"") == (code == 0)
+    assert not files.POLICY_FILE.exists()
+    assert not files.CAMERA_MARKER.exists()
