@@ -5,12 +5,12 @@
 #include "partitionprivate.h"
 
 Partition::Partition()
-    : d(new PartitionPrivate)
+    : m_data(new PartitionPrivate)
 {
 }
 
 Partition::Partition(PartitionPrivate *data)
-    : d(data)
+    : m_data(data)
 {
 }
 
@@ -20,30 +20,30 @@ Partition::~Partition() = default;
 
 QString Partition::devicePath() const
 {
-    return d->devicePath;
+    return m_data->devicePath;
 }
 
 QString Partition::objectPath() const
 {
-    return d->objectPath;
+    return m_data->objectPath;
 }
 
 QString Partition::mountPath() const
 {
-    return d->mountPath;
+    return m_data->mountPath;
 }
 
 QVariantMap Partition::drive() const
 {
-    return d->drive;
+    return m_data->drive;
 }
 
 Partition::StorageType Partition::storageType() const
 {
-    return d->storageType;
+    return m_data->storageType;
 }
 
 Partition::Status Partition::status() const
 {
-    return d->status;
+    return m_data->status;
 }

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QVariantMap>
 
-class PartitionPrivate;
+struct PartitionPrivate;
 
 /// A block device with a file system, as it was when the value was taken. A copy is cheap.
 ///
@@ -57,7 +57,7 @@ public:
     Status status() const;
 
 private:
-    QSharedDataPointer<PartitionPrivate> d;
+    QSharedDataPointer<PartitionPrivate> m_data;
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(Partition::StorageTypes)

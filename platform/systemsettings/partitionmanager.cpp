@@ -4,28 +4,28 @@
 
 #include "udisksclient.h"
 
-class PartitionManagerPrivate
+struct PartitionManagerPrivate
 {
-public:
     UDisks::Client client;
 };
 
 PartitionManager::PartitionManager(QObject *parent)
     : QObject(parent)
-    , d(std::make_unique<PartitionManagerPrivate>())
+    , m_data(std::make_unique<PartitionManagerPrivate>())
 {
-    connect(&d->client, &UDisks::Client::partitionAdded, this, &PartitionManager::partitionAdded);
+    connect(&m_data->client, &UDisks::Client::partitionAdded, this,
+            &PartitionManager::partitionAdded);
 }
 
 PartitionManager::~PartitionManager() = default;
 
 QVector<Partition> PartitionManager::partitions(Partition::StorageTypes types) const
 {
-    return d->client.partitions(types);
+    return m_data->client.partitions(types);
 }
 
 void PartitionManager::unmount(const Partition &partition, const QVariantMap &options)
 {
     if (!partition.objectPath().isEmpty())
-        d->client.unmount(partition, options);
+        m_data->client.unmount(partition, options);
 }

@@ -10,7 +10,7 @@
 
 #include <memory>
 
-class PartitionManagerPrivate;
+struct PartitionManagerPrivate;
 
 /// Finds and unmounts the partitions of the device's drives, through the storage service UDisks2
 /// on the system bus.
@@ -51,7 +51,7 @@ Q_SIGNALS:
     void partitionAdded(const Partition &partition);
 
 private:
-    std::unique_ptr<PartitionManagerPrivate> d;
+    std::unique_ptr<PartitionManagerPrivate> m_data;
 };
 
 #endif

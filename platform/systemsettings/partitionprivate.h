@@ -7,9 +7,8 @@
 
 #include <QSharedData>
 
-class PartitionPrivate : public QSharedData
+struct PartitionPrivate : public QSharedData
 {
-public:
     QString objectPath;
     QString devicePath;
     QString mountPath;

@@ -40,7 +40,7 @@ void PartitionStandIn::forget()
 // The members of the library's class, of which the executable's definitions go before the
 // library's.
 
-class PartitionManagerPrivate
+struct PartitionManagerPrivate
 {
 };
 

@@ -46,7 +46,7 @@ def _subscribers(table, programs, keys, scale):
 def _switches(table, programs, keys, scale):
     SWITCH_PLUGIN.parent.mkdir(parents=True, exist_ok=True)
     SWITCHES.parent.mkdir(exist_ok=True)
-    shutil.copy(programs.parent.parent / "plugins" / SWITCH_PLUGIN.name, SWITCH_PLUGIN)
+    shutil.copy(programs.parent.parent / "sdk/plugins" / SWITCH_PLUGIN.name, SWITCH_PLUGIN)
     for count in scale.growth(0, 10, 100):
         servers.reset()
         SWITCHES.write_text("".join(f"[switch{number}]\nvalue=true\npolicies=LocationEnabled;\n"
