@@ -240,7 +240,7 @@ class Service:
     def remove_object(self, path):
         """Takes an object away."""
         self._objects.pop(path).remove_from_connection()
-        del mockobject.objects[path]
+        mockobject.objects.pop(path, None)  # a second service of the kind may have been there
 
     def object(self, path):
         """The object at this path."""
