@@ -2,19 +2,22 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
 # govd_package(NAME COMPONENT component SECTION section SUMMARY text DESCRIPTION text
-#              [DEPENDS relation...] [RECOMMENDS relation...] [CONTROL file...])
+#              [DEPENDS relation...] [RECOMMENDS relation...] [CONTROL file...] [FOR_ALL])
 #
 # Makes a package of what is installed as the component, with the documentation that each package
 # of Debian has, and with the lintian overrides in the file overrides/NAME if there is one. A
-# component that this build does not have makes no package.
+# component that this build does not have makes no package. FOR_ALL is one for every architecture.
 macro(govd_package name)
-  cmake_parse_arguments(ARG "" "COMPONENT;SECTION;SUMMARY;DESCRIPTION" "DEPENDS;RECOMMENDS;CONTROL" ${ARGN})
+  cmake_parse_arguments(ARG "FOR_ALL" "COMPONENT;SECTION;SUMMARY;DESCRIPTION" "DEPENDS;RECOMMENDS;CONTROL" ${ARGN})
   get_cmake_property(components COMPONENTS)
   if(ARG_COMPONENT IN_LIST components)
     list(APPEND CPACK_COMPONENTS_ALL ${ARG_COMPONENT})
     string(TOUPPER ${ARG_COMPONENT} key)
     set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${name})
     set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${ARG_SECTION})
+    if(ARG_FOR_ALL)
+      set(CPACK_DEBIAN_${key}_PACKAGE_ARCHITECTURE all)
+    endif()
     set(CPACK_DEBIAN_${key}_DESCRIPTION "${ARG_SUMMARY}\n${ARG_DESCRIPTION}")
     list(JOIN ARG_DEPENDS ", " CPACK_DEBIAN_${key}_PACKAGE_DEPENDS)
     list(JOIN ARG_RECOMMENDS ", " CPACK_DEBIAN_${key}_PACKAGE_RECOMMENDS)

@@ -30,6 +30,10 @@ class Refusal(dbus.exceptions.DBusException):
         super().__init__(text, name=name)
 
 
+class NameTaken(Exception):
+    """Somebody else has this name on the bus, or this user may not have it."""
+
+
 @dataclass(frozen=True)
 class Fault:
     """What goes wrong with a call. An error, silence or death changes nothing in the service; a
@@ -171,7 +175,7 @@ class Service:
 
     @on_loop
     def appear(self):
-        """Takes the name on the bus."""
+        """Takes the name on the bus. Raises NameTaken."""
         if self.present:
             return
         self._connection = dbus.bus.BusConnection(dbus.bus.BusConnection.TYPE_SYSTEM,
@@ -179,7 +183,13 @@ class Service:
         self._connection.set_exit_on_disconnect(False)
         self._connection.add_message_filter(self._filter)
         self.create()
-        self._connection.request_name(self.NAME, dbus.bus.NAME_FLAG_DO_NOT_QUEUE)
+        try:
+            reply = self._connection.request_name(self.NAME, dbus.bus.NAME_FLAG_DO_NOT_QUEUE)
+        except dbus.exceptions.DBusException:
+            reply = None
+        if reply != dbus.bus.REQUEST_NAME_REPLY_PRIMARY_OWNER:
+            self.leave()
+            raise NameTaken(self.NAME)
 
     @on_loop
     def leave(self):
@@ -230,7 +240,7 @@ class Service:
     def remove_object(self, path):
         """Takes an object away."""
         self._objects.pop(path).remove_from_connection()
-        del mockobject.objects[path]
+        mockobject.objects.pop(path, None)  # a second service of the kind may have been there
 
     def object(self, path):
         """The object at this path."""

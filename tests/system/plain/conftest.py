@@ -8,7 +8,7 @@ import signal
 
 import pytest
 
-from testbed import files
+from testbed import files, simulator
 from testbed.bus import Client
 from testbed.daemon import Daemon
 from testbed.handlers import RUNNING, TARGETS
@@ -117,6 +117,13 @@ def services():
     yield all_services
     for service in all_services.values():
         service.leave()
+
+
+@pytest.fixture
+def device():
+    """The simulated device, on the bus."""
+    with simulator.start_device() as running:
+        yield running
 
 
 def service_fixture(kind):

@@ -1,0 +1,117 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The installed program govd-sim as processes of the test."""
+
+import functools
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+from dataclasses import dataclass
+
+from testbed.waiting import PATIENCE, wait_until
+
+PROGRAM = "/usr/bin/govd-sim"
+READY = "the device is on the bus\n"
+
+
+@functools.lru_cache(maxsize=None)
+def install():
+    """Installs the simulator, which a plain installation leaves out."""
+    subprocess.run(["cmake", "--install", os.environ["GOVD_BUILD"], "--prefix", "/usr",
+                    "--component", "simulator"], check=True, stdout=subprocess.DEVNULL)
+
+
+@dataclass(frozen=True)
+class Outcome:
+    """What one run gave; the code is below zero when a signal ended it."""
+    code: int
+    out: str
+    err: str
+
+    @property
+    def json(self):
+        """The only line of standard output as a document, which is the only output."""
+        document = json.loads(self.out)
+        assert (document["version"], document["code"], self.err) == (1, self.code, "")
+        return document
+
+
+class Sim:
+    """The program with these arguments. A context that ends it. A `shell` runs it in a script of
+    bash instead, in which it is "$SIM"."""
+
+    def __init__(self, *arguments, shell=None):
+        install()
+        command = [PROGRAM, *arguments] if shell is None else ["bash", "-c", shell]
+        self._folder = tempfile.TemporaryDirectory()
+        self._out, self._err = (pathlib.Path(self._folder.name) / name for name in ("out", "err"))
+        with self._out.open("wb") as out, self._err.open("wb") as err:
+            self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out,
+                                            stderr=err, env={**os.environ, "SIM": PROGRAM})
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.kill()
+        self.process.wait()
+        self._folder.cleanup()
+
+    @property
+    def out(self):
+        """What it has written to its standard output so far."""
+        return self._out.read_bytes().decode()
+
+    @property
+    def err(self):
+        """What it has written to its standard error so far."""
+        return self._err.read_text()
+
+    def results(self, **wanted):
+        """The results in the documents that it has written so far that have these values."""
+        documents = map(json.loads, self.out.splitlines())
+        return [result for result in (document["result"] for document in documents)
+                if wanted.items() <= result.items()]
+
+    def wait_for_out(self, text):
+        """Waits for a text on its standard output."""
+        wait_until(lambda: text in self.out)
+
+    def finish(self):
+        """Waits for its end; what it gave."""
+        return Outcome(self.process.wait(PATIENCE), self.out, self.err)
+
+
+def run(*arguments):
+    """Runs the program with these arguments; those that stand in one text with blanks are split."""
+    words = arguments if len(arguments) != 1 else arguments[0].split()
+    with Sim(*words) as sim:
+        return sim.finish()
+
+
+def shell(script):
+    """Runs a script of bash in which "$SIM" is the program."""
+    with Sim(shell=script) as sim:
+        return sim.finish()
+
+
+def do(*arguments):
+    """The same as run(), which must succeed; what it has written."""
+    outcome = run(*arguments)
+    assert outcome.code == 0, outcome
+    return outcome.out
+
+
+def state():
+    """The state of the device."""
+    return run("status --json").json["result"]
+
+
+def start_device(*options):
+    """A device that is on the bus. A context that ends it."""
+    device = Sim("device", *options)
+    wait_until(lambda: READY in device.err or device.process.poll() is not None)
+    assert READY in device.err, device.err
+    return device
