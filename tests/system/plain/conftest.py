@@ -11,6 +11,7 @@ from testbed import files
 from testbed.bus import Client
 from testbed.daemon import Daemon
 from testbed.handlers import RUNNING, TARGETS
+from testbed.partitions import Partitions
 from testbed.plugins import LockPlugin, SwitchPlugin
 from testbed.services import small
 from testbed.services.service import LOOP
@@ -113,6 +114,15 @@ def services():
     yield all_services
     for service in all_services.values():
         service.leave()
+
+
+@pytest.fixture
+def partitions():
+    """The library of partitions in a process that neither fails nor complains of anything."""
+    with Partitions() as process:
+        yield process
+        assert process.end() == 0
+        assert process.take_log() == []
 
 
 def service_fixture(kind):
