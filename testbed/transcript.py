@@ -7,7 +7,7 @@ import socket
 import threading
 from dataclasses import dataclass, field
 
-from jeepney import HeaderFields, MessageType, new_method_call, new_signal
+from jeepney import HeaderFields, MessageFlag, MessageType, new_method_call, new_signal
 from jeepney import DBusAddress
 from jeepney.low_level import Variant, parse_signature
 
@@ -35,6 +35,7 @@ class Message:
     answers: int  # the serial of the call that a reply or an error is for
     signature: str
     arguments: tuple = field(default=())
+    may_start: bool = False  # whether a call starts the service that it is for
 
     def is_reply_to(self, call):
         """Whether this is the reply, or the error, that answers a call."""
@@ -140,4 +141,4 @@ def message_of(message):
         fields.get(HeaderFields.destination, ""), fields.get(HeaderFields.path, ""),
         fields.get(HeaderFields.interface, ""), fields.get(HeaderFields.member, ""),
         fields.get(HeaderFields.error_name, ""), fields.get(HeaderFields.reply_serial, 0),
-        signature, arguments)
+        signature, arguments, not header.flags & MessageFlag.no_auto_start)

@@ -12,6 +12,7 @@ from testbed import files, simulator
 from testbed.bus import Client
 from testbed.daemon import Daemon
 from testbed.handlers import RUNNING, TARGETS
+from testbed.partitions import Partitions
 from testbed.plugins import LockPlugin, SwitchPlugin
 from testbed.services import small
 from testbed.services.service import LOOP
@@ -124,6 +125,15 @@ def device():
     """The simulated device, on the bus."""
     with simulator.start_device() as running:
         yield running
+
+
+@pytest.fixture
+def partitions():
+    """The library of partitions in a process that neither fails nor complains of anything."""
+    with Partitions() as process:
+        yield process
+        assert process.end() == 0
+        assert process.take_log() == []
 
 
 def service_fixture(kind):

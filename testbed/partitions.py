@@ -1,0 +1,157 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The library of partitions, in a process of its own."""
+
+import itertools
+import json
+import os
+import pathlib
+import queue
+import subprocess
+import tempfile
+import threading
+import time
+
+from testbed.services.storage import Block, Drive, object_path
+from testbed.waiting import PATIENCE, wait_until
+
+PROGRAM = pathlib.Path(os.environ["GOVD_BUILD"], "tests/system/partitions")
+UNMOUNTED, MOUNTED = 0, 2  # the status of a partition
+SYSTEM, EXTERNAL, ANY = 0x01, 0x08, 0x0F  # its type
+
+# What the tests plug in.
+STICK = Drive("stick", "usb", "Maker", "Model")
+STICK_PATH = object_path("drives", "stick")
+BLOCK_PATH = object_path("block_devices", "sda1")
+PLACE = "/run/media/stick"
+
+
+def block(*places, drive="/"):
+    """The block device at BLOCK_PATH, mounted in these places."""
+    return Block("sda1", drive, mount_points=places)
+
+
+class Partitions:
+    """The library in a process that ends with its context.
+
+    The process has neither an application object nor an event loop at first, but a manager of
+    partitions, number 0. Others come to be when they are first named. A partition is a dictionary
+    with "path" (of its object), "device", "place", "drive", "type" and "status".
+    """
+
+    def __init__(self, **environment):
+        self._log = tempfile.NamedTemporaryFile("r")
+        pattern = {"QT_MESSAGE_PATTERN": "%{type}|%{category}|%{message}",
+                   "QT_FORCE_STDERR_LOGGING": "1"}
+        with open(self._log.name, "a", encoding="utf-8") as log:
+            self._process = subprocess.Popen(
+                [PROGRAM], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=log, text=True,
+                env={**os.environ, **pattern, **environment})
+        self._has_application = False
+        self._numbers = itertools.count()
+        self._announced = []
+        self._results = queue.SimpleQueue()
+        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader.start()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._process.kill()
+        self._process.wait()
+        self._reader.join()
+        for stream in (self._process.stdin, self._process.stdout, self._log):
+            stream.close()
+
+    def make_application(self):
+        """Gives the process its application object, but no event loop yet."""
+        self.ask("application")
+        self._has_application = True
+
+    def run(self):
+        """Lets the event loop run from now on."""
+        if not self._has_application:
+            self.make_application()
+        self.ask("run")
+
+    def end(self):
+        """Ends the process in good order and returns its exit code."""
+        self._process.stdin.close()
+        return self._process.wait(PATIENCE)
+
+    def list(self, types=ANY, manager=0):
+        """The partitions of these types, asked of a manager."""
+        return self.ask("list", manager, types)
+
+    def only(self):
+        """The one partition that there is."""
+        partition, = self.list()
+        return partition
+
+    def status(self):
+        """The status of the one partition that there is."""
+        return self.only()["status"]
+
+    def unmount(self, path, options=None, manager=0):
+        """Has a manager unmount a partition that was listed or announced; none with ""."""
+        self.ask("unmount", manager, path, options or {})
+
+    def unmount_announced(self, manager=0):
+        """Has a manager unmount what it announces as mounted, as somebody who follows a policy."""
+        self.ask("unmounting", manager)
+
+    def ask(self, name, manager=0, *arguments):
+        """Has the process carry out a command, and returns the result."""
+        self._process.stdin.write(json.dumps([name, manager, *arguments]) + "\n")
+        self._process.stdin.flush()
+        return self._results.get(timeout=PATIENCE)
+
+    def announced(self, manager=0):
+        """The partitions that a manager has announced since forget(), but for those of settle(),
+        each with the "time" of its announcement."""
+        return [partition for number, partition in self._announced
+                if number == manager and "sentinel" not in partition["path"]]
+
+    def paths(self, manager=0):
+        """The object paths of what it has announced."""
+        return [partition["path"] for partition in self.announced(manager)]
+
+    def wait_for(self, *paths, manager=0):
+        """Waits until a manager has announced these partitions and no others."""
+        wait_until(lambda: self.paths(manager) == list(paths))
+
+    def forget(self):
+        """Forgets all announcements."""
+        self._announced.clear()
+
+    def settle(self, storage):
+        """Returns when manager 0 has taken all that the storage service has told by now."""
+        path = storage.plug(Block(f"sentinel{next(self._numbers)}"))
+        wait_until(lambda: path in [partition["path"] for _, partition in list(self._announced)])
+        storage.unplug(path)
+        wait_until(lambda: path not in [partition["path"] for partition in self.list()])
+
+    def take_log(self):
+        """What the process has written to its standard error since the last look, each message in
+        the form "type|category|text"."""
+        return self._log.read().splitlines()
+
+    def _read(self):
+        for line in self._process.stdout:
+            message = json.loads(line)
+            if "announced" in message:
+                partition = {**message["announced"], "time": time.monotonic()}
+                self._announced.append((message["manager"], partition))
+            else:
+                self._results.put(message["result"])
+
+
+def calls_of(storage, member):
+    """The calls of a method that the storage service has got."""
+    return [call for call in storage.calls if call.member == member]
+
+
+def listings(storage):
+    """How often the storage service was asked for all its objects."""
+    return len(calls_of(storage, "GetManagedObjects"))

@@ -1,0 +1,129 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The library without the storage service, without a bus, a loop or an application object."""
+
+import time
+
+from testbed.partitions import (BLOCK_PATH, PLACE, STICK, STICK_PATH, Partitions, block, calls_of,
+                                listings)
+from testbed.services.service import DEATH, ERROR
+from testbed.waiting import wait_until
+
+
+def test_absent_service(partitions):
+    partitions.run()
+    start = time.monotonic()
+    for _ in range(100):
+        assert partitions.list() == []
+    assert time.monotonic() - start < 2
+
+
+def test_service_is_never_started(storage, partitions, transcript):
+    transcript.clear()
+    partitions.run()
+    assert partitions.list() == []
+    storage.plug(block(PLACE))
+    storage.appear()
+    partitions.wait_for(BLOCK_PATH)
+    storage.leave()
+    wait_until(lambda: partitions.list() == [])
+    partitions.unmount(BLOCK_PATH)
+    partitions.list(manager=1)
+    unmount = transcript.wait_for(lambda message: message.member == "Unmount")
+    assert not unmount.may_start
+    transcript.settle_bus()
+    calls = transcript.messages(lambda message: message.kind == "call"
+                                and message.sender == unmount.sender)
+    assert not [call for call in calls if call.destination == storage.NAME and call.may_start]
+    assert not [call for call in calls if call.member == "StartServiceByName"]
+
+
+def test_service_that_comes_and_goes(storage, partitions):
+    partitions.run()
+    assert partitions.list() == []
+    storage.plug(STICK)
+    storage.plug(block(PLACE, drive=STICK_PATH))
+    storage.appear()
+    partitions.wait_for(BLOCK_PATH)
+    assert len(partitions.list()) == 1
+    storage.leave()
+    wait_until(lambda: partitions.list() == [])
+    assert partitions.paths() == [BLOCK_PATH]
+
+
+def test_service_that_returns_is_announced_again(storage, partitions):
+    storage.plug(block())
+    partitions.run()
+    for _ in range(3):
+        partitions.forget()
+        storage.appear()
+        partitions.wait_for(BLOCK_PATH)
+        storage.set_mount_points(BLOCK_PATH, PLACE)  # signals of the new owner count, too
+        partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
+        storage.leave()
+        storage.set_mount_points(BLOCK_PATH)
+        wait_until(lambda: partitions.list() == [])
+        assert partitions.paths() == [BLOCK_PATH, BLOCK_PATH]
+
+
+def test_death_while_listing(storage, partitions):
+    storage.plug(block(PLACE))
+    storage.appear()
+    storage.fail(DEATH)
+    partitions.make_application()
+    assert partitions.list() == []
+    storage.mend()
+    storage.appear()
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+
+
+def test_manager_older_than_the_application_object(storage, partitions):
+    storage.plug(block(PLACE))
+    storage.appear()
+    assert partitions.list() == []
+    partitions.unmount("")
+    partitions.make_application()
+    assert storage.calls == []
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+    assert listings(storage) == 1
+
+
+def test_end_without_application_object(storage, partitions):
+    storage.appear()
+    assert partitions.list() == []
+    partitions.unmount("")
+    assert partitions.end() == 0
+    assert storage.calls == []
+
+
+def test_end_without_loop(storage, partitions):
+    storage.appear()
+    assert partitions.list() == []
+    partitions.unmount("")
+    partitions.make_application()
+    assert partitions.end() == 0
+    assert storage.calls == []
+
+
+def test_no_bus():
+    with Partitions(DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nonexistent/bus") as partitions:
+        assert partitions.list() == []
+        partitions.run()
+        assert partitions.list() == []
+        assert partitions.end() == 0
+        assert partitions.take_log() == []
+
+
+def test_end_before_a_reminder(storage, partitions):
+    storage.plug(block(PLACE))
+    storage.fail(ERROR, "Unmount")
+    storage.appear()
+    partitions.unmount_announced()
+    partitions.run()
+    log = wait_until(partitions.take_log)
+    assert log == ['warning|systemsettings|Cannot unmount "/dev/sda1": '
+                   "org.freedesktop.DBus.Error.Failed"]
+    assert partitions.end() == 0
+    assert len(calls_of(storage, "Unmount")) == 1

@@ -1,0 +1,171 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Devices that are built on others, as a decrypted stick or a logical volume is, are where the
+device at their bottom is. Directories of the same form replace the kernel's device mapper."""
+
+from dataclasses import dataclass
+
+import pytest
+
+from testbed.devices import add_device, add_partition, device_tree
+from testbed.partitions import EXTERNAL, MOUNTED, PLACE, SYSTEM
+from testbed.services.storage import Block, Drive, object_path
+
+TOP = "dm-9"
+TOP_PATH = object_path("block_devices", TOP)
+USB, CARD, DISK = "sda1", "mmcblk0p1", "vda1"  # each on a drive of its own
+
+
+@dataclass(frozen=True)
+class Stacked:
+    """A block device as UDisks2 shows one that is built on others: on no drive, and a part of the
+    system. It is the content of an encrypted device, or stands on those `below` it."""
+    name: str
+    encrypted: str = ""
+    below: tuple = ()
+    system: bool = True
+
+
+STACKS = {  # from the bottom to the top; what the top says of its place
+    "decrypted stick": ([Stacked(TOP, USB)], ["external 1"]),
+    "decrypted card": ([Stacked(TOP, CARD)], ["external 0"]),
+    "decrypted disk": ([Stacked(TOP, DISK)], ["system 3"]),
+    "decrypted file": ([Stacked(TOP, "loop0")], ["external"]),
+    "decrypted disk that says it is removable": (
+        [Stacked(TOP, DISK, system=False)], ["system 3"]),
+    "volume on a stick": ([Stacked(TOP, below=(USB,))], ["external 1"]),
+    "volume on a disk": ([Stacked(TOP, below=(DISK,))], ["system 3"]),
+    "volume on a decrypted stick": (
+        [Stacked("dm-0", USB), Stacked(TOP, below=("dm-0",))], ["external 1"]),
+    "decrypted volume on a stick": (
+        [Stacked("dm-0", below=(USB,)), Stacked(TOP, "dm-0")], ["external 1"]),
+    "many storeys": (
+        [Stacked("dm-0", below=(USB,)), Stacked("dm-1", "dm-0"), Stacked("dm-2", below=("dm-1",)),
+         Stacked(TOP, "dm-2")], ["external 1"]),
+    "volume on disk and stick": ([Stacked(TOP, below=(DISK, USB))], ["external 1"]),
+    "volume on stick and disk": (
+        [Stacked("dm-0", below=(DISK,)), Stacked("dm-1", USB),
+         Stacked(TOP, below=("dm-0", "dm-1"))], ["external 1"]),
+    "volume on stick and card": (
+        [Stacked(TOP, below=(USB, CARD))], ["external 0", "external 1"]),
+    "volume twice on one stick": (
+        [Stacked("dm-0", USB), Stacked("dm-1", below=(USB,)),
+         Stacked(TOP, below=("dm-0", "dm-1"))], ["external 1"]),
+    "device with a slash in its name": (
+        [Stacked("box/c0d0", below=(USB,)), Stacked(TOP, below=("box!c0d0",))], ["external 1"]),
+    "on nothing": ([Stacked(TOP)], ["system"]),
+    "on nothing, removable": ([Stacked(TOP, system=False)], ["external"]),
+    "on what nobody knows": ([Stacked(TOP, below=("ram0",))], ["system"]),
+    "on a stick and what nobody knows": ([Stacked(TOP, below=("ram0", USB))], ["external 1"]),
+    "on itself": ([Stacked(TOP, TOP)], ["system"]),
+    "in a circle": (
+        [Stacked("dm-0", TOP), Stacked("dm-1", "dm-0"), Stacked(TOP, "dm-1")], ["system"]),
+    "in a circle of the kernel's": (
+        [Stacked("dm-0", below=(TOP,)), Stacked(TOP, below=("dm-0",), system=False)],
+        ["external"]),
+    "in a circle with a way out": (
+        [Stacked("dm-0", below=(TOP, USB)), Stacked(TOP, below=("dm-0",))], ["external 1"]),
+}
+
+
+@pytest.fixture(autouse=True)
+def tree():
+    """Devices of the kernel's of which only the tests tell."""
+    with device_tree():
+        yield
+
+
+@pytest.fixture
+def present(storage):
+    """The storage service, on the bus."""
+    storage.appear()
+    return storage
+
+
+def plug_drives(storage):
+    """Plugs in three devices with a drive each, and one without."""
+    for name, bus, is_system in ((USB, "usb", False), (CARD, "sdio", False), (DISK, "nvme", True)):
+        drive = storage.plug(Drive(name, bus))
+        storage.plug(Block(name, drive, is_system, filesystem=False))
+    storage.plug(Block("loop0", filesystem=False))
+
+
+def plug_stack(storage, stack):
+    """Plugs in devices, of which the one called TOP has a file system."""
+    for each in stack:
+        add_device(each.name.replace("/", "!"), *each.below)
+        backing = object_path("block_devices", each.encrypted) if each.encrypted else "/"
+        storage.plug(Block(each.name, system=each.system, filesystem=each.name == TOP,
+                           backing=backing))
+
+
+def place(partition):
+    """What a partition says of where it is: "external 1" is on removable storage of bus 1."""
+    type_ = {SYSTEM: "system", EXTERNAL: "external"}[partition["type"]]
+    return f"{type_} {partition['drive'].get('connectionBus', '')}".strip()
+
+
+@pytest.mark.parametrize("stack, places", STACKS.values(), ids=STACKS)
+def test_place(present, partitions, stack, places):
+    plug_drives(present)
+    plug_stack(present, stack)
+    partitions.make_application()
+    found = partitions.list()
+    assert [place(partition) for partition in found] == places
+    assert {(partition["path"], partition["device"]) for partition in found} == {
+        (TOP_PATH, f"/dev/{TOP}")}
+    assert {place(partition) for partition in partitions.list(EXTERNAL)} <= set(places)
+
+
+def test_partition_of_an_array(present, partitions):
+    plug_drives(present)
+    add_device("md0", USB)
+    add_partition("md0p1", "md0")
+    present.plug(Block("md0", system=True, filesystem=False))
+    present.plug(Block("md0p1", system=True))
+    partitions.make_application()
+    assert place(partitions.only()) == "external 1"
+
+
+def test_drive_of_its_own_counts(present, partitions):
+    plug_drives(present)
+    add_device(TOP, USB)
+    present.plug(Block(TOP, object_path("drives", DISK), system=True))
+    partitions.make_application()
+    assert place(partitions.only()) == "system 3"
+
+
+@pytest.mark.parametrize("top", [Stacked(TOP, USB), Stacked(TOP, below=(USB,))],
+                         ids=["decrypted", "volume"])
+def test_partition_waits_for_what_it_is_built_on(present, partitions, top):
+    partitions.run()
+    plug_stack(present, [top])
+    partitions.settle(present)
+    assert partitions.announced() == []
+    plug_drives(present)
+    partitions.wait_for(TOP_PATH)
+    assert place(partitions.announced()[0]) == "external 1"
+
+
+def test_each_bus_is_announced(present, partitions):
+    """Whoever forbids one of the two buses has to hear of it."""
+    plug_drives(present)
+    plug_stack(present, [Stacked(TOP, below=(USB, CARD))])
+    partitions.run()
+    partitions.wait_for(TOP_PATH, TOP_PATH)
+    partitions.forget()
+    present.set_mount_points(TOP_PATH, PLACE)
+    partitions.wait_for(TOP_PATH, TOP_PATH)
+    found = [place(partition) for partition in partitions.announced()]
+    assert found == ["external 0", "external 1"]
+
+
+def test_what_is_opened_later_is_followed(present, partitions):
+    plug_drives(present)
+    partitions.run()
+    partitions.settle(present)
+    plug_stack(present, [Stacked(TOP, USB)])
+    present.set_mount_points(TOP_PATH, PLACE)
+    partitions.wait_for(TOP_PATH, TOP_PATH)
+    assert partitions.announced()[1]["status"] == MOUNTED
+    assert place(partitions.announced()[1]) == "external 1"

@@ -1,0 +1,259 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Unmounting. What could not be unmounted, or is mounted elsewhere as well, is announced again."""
+
+import time
+
+import pytest
+
+from testbed.partitions import (BLOCK_PATH, MOUNTED, PLACE, STICK, STICK_PATH, UNMOUNTED,
+                                Partitions, block, calls_of, listings)
+from testbed.services.service import SILENCE, error
+from testbed.services.storage import FILESYSTEM, Block
+from testbed.waiting import wait_until
+
+BUSY = "org.freedesktop.UDisks2.Error.DeviceBusy"
+COMPLAINT = f'warning|systemsettings|Cannot unmount "/dev/sda1": {BUSY}'
+FIRST_PAUSE = 2.0  # seconds to the first reminder
+
+
+@pytest.fixture
+def mounted(storage):
+    """The storage service, on the bus, with a mounted block device."""
+    storage.appear()
+    storage.plug(block(PLACE))
+    return storage
+
+
+@pytest.fixture
+def busy(mounted):
+    """The same, where the device cannot be unmounted."""
+    mounted.fail(error(BUSY), "Unmount")
+    return mounted
+
+
+def wait_for_unmounts(storage, count):
+    """Waits until the storage service has been asked so often to unmount something."""
+    wait_until(lambda: len(calls_of(storage, "Unmount")) == count)
+
+
+def wait_until_unmounted(storage):
+    """Waits until the block device is not mounted anywhere."""
+    wait_until(lambda: not storage.blocks[BLOCK_PATH].mount_points)
+
+
+def wait_for_complaint(partitions):
+    """Waits until the library has complained that it cannot unmount the device, and no more."""
+    assert wait_until(partitions.take_log) == [COMPLAINT]
+
+
+def test_unmounted(storage, partitions):
+    storage.appear()
+    storage.plug(STICK)
+    storage.plug(block(PLACE, drive=STICK_PATH))
+    partitions.run()
+    assert partitions.status() == MOUNTED
+    partitions.unmount(BLOCK_PATH)
+    wait_until(lambda: partitions.status() == UNMOUNTED)
+    assert storage.blocks[BLOCK_PATH].mount_points == ()
+
+
+def test_options(mounted, partitions):
+    partitions.run()
+    partitions.list()
+    partitions.unmount(BLOCK_PATH, {"force": True})
+    wait_for_unmounts(mounted, 1)
+    call, = calls_of(mounted, "Unmount")
+    assert (call.path, call.interface) == (BLOCK_PATH, FILESYSTEM)
+    assert call.arguments == ({"force": True},)
+    assert call.error == ""  # the service has checked the types of the arguments
+
+
+def test_no_partition(storage, partitions):
+    storage.appear()
+    partitions.run()
+    partitions.unmount("")
+    partitions.settle(storage)
+    assert len(storage.calls) == 1
+
+
+def test_nobody_waits(mounted, partitions):
+    mounted.fail(SILENCE, "Unmount")
+    partitions.run()
+    partitions.list()
+    start = time.monotonic()
+    partitions.unmount(BLOCK_PATH)
+    assert time.monotonic() - start < 5
+    wait_for_unmounts(mounted, 1)
+
+
+def test_nothing_to_unmount(storage, partitions):
+    """It is no failure that the device is not mounted, or that the service has gone."""
+    storage.appear()
+    storage.plug(block())
+    partitions.run()
+    partitions.list()
+    partitions.unmount(BLOCK_PATH)
+    wait_for_unmounts(storage, 1)
+    storage.leave()
+    wait_until(lambda: partitions.list() == [])
+    partitions.unmount(BLOCK_PATH)
+
+
+def test_every_failure_is_told_to_who_wants_it(storage):
+    storage.appear()
+    storage.plug(block())
+    with Partitions(QT_LOGGING_RULES="systemsettings.debug=true") as partitions:
+        partitions.run()
+        partitions.list()
+        partitions.unmount(BLOCK_PATH)
+        line = wait_until(partitions.take_log)[0]
+        assert line.startswith("debug|systemsettings|")
+        assert BLOCK_PATH in line
+        assert "org.freedesktop.UDisks2.Error.NotMounted" in line
+
+
+def test_from_the_announcement(storage, partitions):
+    storage.appear()
+    partitions.unmount_announced()
+    partitions.run()
+    storage.plug(STICK)
+    storage.plug(block(PLACE, drive=STICK_PATH))
+    for times in (1, 2, 3):
+        wait_for_unmounts(storage, times)
+        wait_until(lambda: partitions.status() == UNMOUNTED)
+        storage.set_mount_points(BLOCK_PATH, PLACE)
+
+
+def test_reminders_come_at_growing_intervals(storage, partitions):
+    """Who unmounts again in vain and who only looks on are reminded alike."""
+    storage.appear()
+    storage.plug(STICK)
+    storage.plug(block(PLACE, drive=STICK_PATH))
+    storage.fail(error(BUSY), "Unmount")
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+    start = time.monotonic()
+    partitions.unmount_announced(manager=1)
+    partitions.wait_for(*4 * [BLOCK_PATH])
+    reminders = partitions.announced()[1:]
+    times = [start, *(reminder["time"] for reminder in reminders)]
+    pauses = [later - earlier for earlier, later in zip(times, times[1:])]
+    # An announcement can be read late, and the pause after it is then shorter than it was.
+    assert [pause > 0.9 * FIRST_PAUSE * 2 ** number for number, pause in enumerate(pauses)] == [
+        True, True, True]
+    assert partitions.paths(manager=1) == 4 * [BLOCK_PATH]
+    assert reminders[-1]["status"] == MOUNTED
+    assert reminders[-1]["drive"]["connectionBus"] == 1
+    wait_for_unmounts(storage, 4)
+    assert partitions.take_log() == [COMPLAINT]
+
+
+def test_what_becomes_free_is_unmounted(busy, partitions):
+    partitions.unmount_announced()
+    partitions.run()
+    wait_for_unmounts(busy, 1)
+    wait_for_complaint(partitions)
+    busy.mend()
+    wait_until_unmounted(busy)
+    assert len(calls_of(busy, "Unmount")) == 2
+
+
+def test_first_failure_only_is_logged(busy, partitions):
+    partitions.run()
+    partitions.list()
+    partitions.unmount(BLOCK_PATH)
+    partitions.unmount(BLOCK_PATH)
+    partitions.list(manager=1)
+    partitions.unmount(BLOCK_PATH, manager=1)
+    wait_for_unmounts(busy, 3)
+    busy.mend()
+    partitions.unmount(BLOCK_PATH)
+    wait_until(lambda: partitions.status() == UNMOUNTED)
+    assert partitions.take_log() == [COMPLAINT]
+    busy.fail(error(BUSY), "Unmount")
+    busy.set_mount_points(BLOCK_PATH, PLACE)
+    wait_until(lambda: partitions.status() == MOUNTED)
+    partitions.unmount(BLOCK_PATH)
+    wait_for_complaint(partitions)
+
+
+def test_reminder_whoever_was_asked_to_unmount(busy, partitions):
+    """The manager that was asked need not be the one that somebody follows."""
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+    partitions.list(manager=1)
+    partitions.unmount(BLOCK_PATH, manager=1)
+    wait_for_complaint(partitions)
+    partitions.ask("remove", 1)
+    partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
+
+
+def test_reminder_of_what_was_unknown(mounted, partitions):
+    """A manager that could not list is reminded of a partition of which it has never heard."""
+    mounted.fail(error(BUSY))
+    partitions.run()
+    wait_until(lambda: listings(mounted) == 1)
+    mounted.mend()
+    mounted.fail(error(BUSY), "Unmount")
+    partitions.list(manager=1)
+    partitions.unmount(BLOCK_PATH, manager=1)
+    wait_for_complaint(partitions)
+    assert partitions.announced() == []
+    partitions.wait_for(BLOCK_PATH)
+    assert listings(mounted) == 3
+
+
+@pytest.mark.parametrize("end", ["unmounted", "pulled out"])
+def test_no_reminder_of_what_is_not_mounted(busy, partitions, end):
+    """A second partition, which fails later, tells when a reminder would have come."""
+    clock = busy.plug(Block("sdb1", mount_points=(PLACE,)))
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH, clock)
+    for path in (BLOCK_PATH, clock):
+        partitions.unmount(path)
+        wait_until(partitions.take_log)
+    partitions.forget()
+    if end == "pulled out":
+        busy.unplug(BLOCK_PATH)
+    else:
+        busy.set_mount_points(BLOCK_PATH)
+    partitions.wait_for(clock)
+
+
+def test_no_reminder_while_the_service_is_gone(busy, partitions):
+    partitions.unmount_announced()
+    partitions.run()
+    wait_for_complaint(partitions)
+    busy.leave()
+    wait_until(lambda: partitions.list() == [])
+    assert partitions.paths() == [BLOCK_PATH]
+    busy.mend()
+    busy.appear()
+    wait_until_unmounted(busy)
+    assert len(calls_of(busy, "Unmount")) == 2
+
+
+def test_other_places_are_announced_at_once(storage, partitions):
+    storage.appear()
+    storage.plug(block("/a", "/b", "/c"))
+    partitions.unmount_announced()
+    start = time.monotonic()
+    partitions.run()
+    wait_until_unmounted(storage)
+    assert time.monotonic() - start < FIRST_PAUSE
+    assert len(calls_of(storage, "Unmount")) == 3
+    partitions.settle(storage)
+    assert partitions.paths() == 3 * [BLOCK_PATH]
+
+
+def test_reminder_of_a_second_mount_in_the_same_place(storage, partitions):
+    """The service has nothing to tell of one mount less, because it tells each place once."""
+    storage.appear()
+    storage.plug(block(PLACE, PLACE))
+    partitions.unmount_announced()
+    partitions.run()
+    wait_until(lambda: storage.blocks[BLOCK_PATH].mount_points == (PLACE,))
+    wait_until_unmounted(storage)
+    assert len(calls_of(storage, "Unmount")) == 2
+    assert partitions.paths() == [BLOCK_PATH, BLOCK_PATH]
