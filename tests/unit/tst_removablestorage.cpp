@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "handlers.h"
-#include "policymanager.h"
 #include "partitions.h"
+#include "policymanager.h"
 #include "tests/unit/partitionstandin.h"
 
 #include <QtTest>
