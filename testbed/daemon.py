@@ -58,6 +58,11 @@ class Process:
                                              env={**os.environ, **pattern, **own,
                                                   **self.environment})
 
+    def start(self):
+        """Starts the process and waits until it serves."""
+        self.launch()
+        self.wait_until_ready()
+
     def wait_until_ready(self):
         """Waits until the process serves. Raises ChildProcessError when it ends first."""
         def serves():
@@ -114,40 +119,6 @@ class Process:
         """Waits for a line of the log that holds this text, and returns it."""
         return wait_until(lambda: [line for line in self.log(since) if text in line])[0]
 
-
-class Daemon(Process):
-    """The daemon, and everybody who can tell what it does: the bus, the system log, its own log.
-
-    What said(), calls(), announcements(), records() and logged() give is all that happened since
-    start() or the last forget(), in order: comparing it with what is expected also proves that
-    nothing else happened.
-    """
-
-    def __init__(self, transcript, system_log):
-        super().__init__()
-        self.transcript = transcript
-        self.system_log = system_log
-        self._records_start = len(system_log.records())
-        self._log_start = 0
-
-    def start(self):
-        """Starts the daemon, again if it has ended, and forgets what happens on the way."""
-        self.start_observed()
-        self.forget()
-
-    def start_observed(self):
-        """Starts the daemon; what happens on the way counts."""
-        self.launch()
-        self.wait_until_ready()
-        self.transcript.settle()
-
-    def forget(self):
-        """Waits until the daemon has done all that it owes, then forgets everything."""
-        self.transcript.settle()
-        self.transcript.clear()
-        self._records_start += len(self.records())
-        self._log_start = len(self.log())
-
     def set(self, key, value, signature="b"):
         """Root's write of a policy; what the daemon answers. Raises DBusErrorResponse."""
         return self._client.ask(write_of(key, value, signature))[0]
@@ -184,6 +155,39 @@ class Daemon(Process):
             answered = iter(lambda: reader.receive(timeout=PATIENCE).header.fields.get(
                 HeaderFields.reply_serial), end)
             return not set(reads) & set(answered)
+
+
+class Daemon(Process):
+    """The daemon, and everybody who can tell what it does: the bus, the system log, its own log.
+
+    What said(), calls(), announcements(), records() and logged() give is all that happened since
+    start() or the last forget(), in order: comparing it with what is expected also proves that
+    nothing else happened.
+    """
+
+    def __init__(self, transcript, system_log):
+        super().__init__()
+        self.transcript = transcript
+        self.system_log = system_log
+        self._records_start = len(system_log.records())
+        self._log_start = 0
+
+    def start(self):
+        """Starts the daemon, again if it has ended, and forgets what happens on the way."""
+        self.start_observed()
+        self.forget()
+
+    def start_observed(self):
+        """Starts the daemon; what happens on the way counts."""
+        super().start()
+        self.transcript.settle()
+
+    def forget(self):
+        """Waits until the daemon has done all that it owes, then forgets everything."""
+        self.transcript.settle()
+        self.transcript.clear()
+        self._records_start += len(self.records())
+        self._log_start = len(self.log())
 
     def said(self):
         """What the daemon has sent to others than the bus itself: ("call", member, argument, ...),

@@ -14,10 +14,10 @@ from testbed.waiting import wait_until
 
 BUILD = pathlib.Path(os.environ["GOVD_BUILD"])
 LIBRARIES = BUILD / "tests/system/libraries"
-BUILT = BUILD / "tests/integration/plugins/build"
+BUILT = BUILD / "tests/plugins/build"
 FILE_LOCK = BUILD / "sdk/plugins/libfilelock.so"
 FILE_SWITCH = BUILD / "sdk/plugins/libpelloraswitchplugin.so"
-KIOSK = BUILD / "tests/integration/plugins/example/kiosk.so"
+KIOSK = BUILD / "tests/plugins/example/kiosk.so"
 SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
 LOCK_PLUGINS = pathlib.Path("/usr/lib", sysconfig.get_config_var("MULTIARCH"), "govd")
 CONTROL = pathlib.Path("/run/govd-test")

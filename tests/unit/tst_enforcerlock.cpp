@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "names.h"
 #include "policyenforcer.h"
-#include "simulator/audiopolicy.h"
-#include "tests/unit/simulatortest.h"
+#include "tests/unit/recordingservice.h"
 
 #include <QSemaphore>
 #include <QThread>
@@ -15,7 +15,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-using namespace SimulatorAddresses;
 
 namespace {
 
@@ -76,16 +75,19 @@ class BusyHandler
     Q_DISABLE_COPY(BusyHandler)
 
 public:
-    /// The handler is run by @p function.
-    BusyHandler(Simulator::Service *audio, const std::function<void()> &function)
+    BusyHandler() = default;
+    ~BusyHandler() { finish(); }
+
+    /// What the audio service does when it is called.
+    void holdBack()
     {
-        QObject::connect(
-            audio, &Simulator::Service::called, &m_context, [this] { holdBack(); },
-            Qt::DirectConnection);
-        m_work = std::make_unique<Work>(function);
+        m_asked.release();
+        m_mayAnswer.acquire();
+        m_mayAnswer.release(); // from now on for every call
     }
 
-    ~BusyHandler() { finish(); }
+    /// Lets @p function run the handler.
+    void start(const std::function<void()> &function) { m_work = std::make_unique<Work>(function); }
 
     [[nodiscard]] bool waitUntilBusy() { return m_asked.tryAcquire(1, 20000); }
 
@@ -97,23 +99,15 @@ public:
     }
 
 private:
-    void holdBack()
-    {
-        m_asked.release();
-        m_mayAnswer.acquire();
-        m_mayAnswer.release(); // from now on for every call
-    }
-
     QSemaphore m_asked;
     QSemaphore m_mayAnswer;
-    QObject m_context;
     std::unique_ptr<Work> m_work;
 };
 
 } // namespace
 
 /// Who has to wait while the handler of a service runs in another thread.
-class TestEnforcerLock : public SimulatorTest
+class TestEnforcerLock : public QObject
 {
     Q_OBJECT
 
@@ -129,10 +123,10 @@ void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler_data()
     QTest::addColumn<bool>("hasToWait");
     for (const bool isTaskOld : {false, true}) {
         const char *task = isTaskOld ? "task that waited" : "new task";
-        QTest::addRow("%s, its service", task) << isTaskOld << Audio.service << true;
-        QTest::addRow("%s, other service", task) << isTaskOld << Wifi.service << true;
-        QTest::addRow("%s, neighbour that is not watched", task)
-            << isTaskOld << Runtime.service << false;
+        QTest::addRow("%s, its service", task) << isTaskOld << Names::AudioPolicy.service << true;
+        QTest::addRow("%s, other service", task) << isTaskOld << Names::WifiTechnology.service << true;
+        QTest::addRow("%s, service that is not watched", task)
+            << isTaskOld << Names::RuntimeManager.service << false;
         QTest::addRow("%s, unknown name", task) << isTaskOld << QStringLiteral(":1.77") << false;
         QTest::addRow("%s, no name", task) << isTaskOld << QString() << false;
     }
@@ -144,19 +138,20 @@ void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler()
     QFETCH(QString, name);
     QFETCH(bool, hasToWait);
     const PolicyEnforcementTask task{PolicyTypes::Microphone, false};
-    auto *const audio = m_thread->create<Simulator::AudioPolicy>();
+    BusyHandler handler;
+    RecordingService audio(Names::AudioPolicy.service, [&] { handler.holdBack(); });
     if (!isTaskOld)
-        QVERIFY(there([=] { return audio->appear(); }));
+        QVERIFY(audio.appear());
     PolicyEnforcer enforcer(nullptr);
     if (isTaskOld) {
         enforcer.enforcePolicy(task);
-        QVERIFY(there([=] { return audio->appear(); }));
+        QVERIFY(audio.appear());
     }
 
     std::unique_ptr<Work> other; // outlives the handler, for which it may have to wait
-    BusyHandler handler(audio, [&] {
+    handler.start([&] {
         if (isTaskOld)
-            enforcer.applyServicePolicies(Audio.service);
+            enforcer.applyServicePolicies(Names::AudioPolicy.service);
         else
             enforcer.enforcePolicy(task);
     });

@@ -1,14 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "handlers.h"
-#include "simulator/networktechnology.h"
-#include "simulator/usbmodes.h"
-#include "tests/unit/simulatortest.h"
+#include "names.h"
+#include "tests/unit/recordingservice.h"
 
 #include <QTest>
 
 /// Handlers while there is no policy manager, which the daemon always has.
-class TestNoManager : public SimulatorTest
+class TestNoManager : public QObject
 {
     Q_OBJECT
 
@@ -19,29 +18,29 @@ private Q_SLOTS:
 
 void TestNoManager::usbModesAreLeftAlone()
 {
-    auto *const modes = host<Simulator::UsbModes>();
+    RecordingService modes(Names::UsbModes.service);
+    QVERIFY(modes.appear());
 
     for (int run = 0; run < 2; ++run) {
         QTest::ignoreMessage(QtWarningMsg, "PolicyManager wasn't set");
         updateUsbModes({PolicyTypes::UsbMediaTransfer, false});
     }
 
-    QCOMPARE(there([=] { return modes->calls().size(); }), 0);
-    QCOMPARE(there([=] { return modes->whitelistedModes(); }),
-             Simulator::UsbModes::supportedModes());
+    QCOMPARE(modes.calls(), 0);
 }
 
 /// The enforcer never asks for this, because the table lists one policy for the service.
 void TestNoManager::tetheringIsLeftAloneForOtherPolicies()
 {
-    auto *const wifi = host<Simulator::NetworkTechnology>();
+    RecordingService wifi(Names::WifiTechnology.service);
+    QVERIFY(wifi.appear());
 
     for (const auto type : {PolicyTypes::None, PolicyTypes::Camera, PolicyTypes::DeveloperMode})
         disableTethering({type, false});
-    QCOMPARE(there([=] { return wifi->calls().size(); }), 0);
+    QCOMPARE(wifi.calls(), 0);
 
     disableTethering({PolicyTypes::InternetSharing, false});
-    QCOMPARE(there([=] { return wifi->calls().size(); }), 1);
+    QCOMPARE(wifi.calls(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestNoManager)

@@ -1,12 +1,48 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "policyrestriction.h"
-#include "support/lockplugin.h"
 
+#include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLibraryInfo>
 #include <QSignalSpy>
 #include <QTest>
 
-using namespace Support;
+#include <sys/stat.h>
+
+namespace {
+
+const QString Control = QStringLiteral("/run/govd-test/lock.so");
+
+/// Has the lock plugin of the tests among the plugins, with keys that it can lock and one locked.
+void installPlugin()
+{
+    const QString directory =
+        QLibraryInfo::location(QLibraryInfo::LibrariesPath) + QLatin1String("/govd/");
+    QVERIFY(QDir().mkpath(directory));
+    QVERIFY(QFile::copy(QStringLiteral(GOVD_TEST_PLUGINS "/lockplugin.so"),
+                        directory + QLatin1String("lock.so")));
+    QVERIFY(QDir().mkpath(QFileInfo(Control).path()));
+    QFile state(Control + QLatin1String(".state"));
+    QVERIFY(state.open(QIODevice::WriteOnly));
+    state.write(R"({"name": "lock", "supported": ["CameraEnabled", "MicrophoneEnabled"],
+                    "locked": ["CameraEnabled"]})");
+    QCOMPARE(mkfifo(qPrintable(Control + QLatin1String(".orders")), 0600), 0);
+}
+
+/// Has the plugin announce a lock, from this thread or from one of its own.
+void announce(const QString &key, bool isLocked, bool isFromThread)
+{
+    QFile orders(Control + QLatin1String(".orders"));
+    QVERIFY(orders.open(QIODevice::WriteOnly));
+    const QJsonObject order{{QStringLiteral("key"), key},
+                            {QStringLiteral("locked"), isLocked},
+                            {QStringLiteral("thread"), isFromThread}};
+    orders.write(QJsonDocument(order).toJson(QJsonDocument::Compact) + '\n');
+}
+
+} // namespace
 
 /// What the lock plugins tell, before anybody has judged whether it still holds.
 class TestPolicyRestriction : public QObject
@@ -14,6 +50,7 @@ class TestPolicyRestriction : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { installPlugin(); }
     void announcementIsPassedOnAsItCame_data();
     void announcementIsPassedOnAsItCame();
 };
@@ -40,14 +77,11 @@ void TestPolicyRestriction::announcementIsPassedOnAsItCame()
 {
     QFETCH(QString, key);
     QFETCH(bool, isLocked);
-    LockPlugin plugin(QStringLiteral("lock.so"), QStringLiteral("lock"),
-                      {QStringLiteral("CameraEnabled"), QStringLiteral("MicrophoneEnabled")});
-    plugin.setLocked({QStringLiteral("CameraEnabled")});
     const PolicyRestriction restriction(nullptr);
     QSignalSpy relayed(&restriction, &PolicyRestriction::policyIsLockedChanged);
 
-    plugin.announce(key, isLocked);
-    plugin.announceFromThread(key, isLocked);
+    announce(key, isLocked, false);
+    announce(key, isLocked, true);
 
     QTRY_COMPARE(relayed.size(), 2);
     QCoreApplication::sendPostedEvents(); // more would stand in the queue by now

@@ -9,7 +9,7 @@ import shutil
 import servers
 from footprint import library_directory
 from latency import Row, collect
-from processes import Process, load, wait_for_name
+from processes import DEVICE, Process, load, wait_for_name
 from servers import DAEMON, MANDATED
 from table import Table
 
@@ -85,7 +85,7 @@ def _tasks(table, programs, keys, scale):
 def _sticks(table, programs, keys, scale):
     for count in scale.growth(0, 10, 100):
         servers.reset()
-        with Process([programs / "govd-benchmark-neighbour", count]):
+        with Process([DEVICE, count]):
             wait_for_name("org.freedesktop.UDisks2")
             wait_for_name("org.pelloraos.appjaild1")
             _measure(table, f"{count} sticks, storage policy", programs, keys, scale, (DAEMON,),

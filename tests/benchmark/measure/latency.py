@@ -8,7 +8,7 @@ import pathlib
 import statistics
 
 import servers
-from processes import Process, load, wait_for_name, wait_for_path
+from processes import DEVICE, Process, load, wait_for_name, wait_for_path
 from servers import ALL, BARE, DAEMON, MANDATED, QT, SERVICES, WRITERS
 from table import Table
 
@@ -100,7 +100,7 @@ def _all_servers(programs, keys):
 @contextlib.contextmanager
 def _logs(programs):
     """Both places where changes are recorded, with somebody who takes what comes."""
-    with (Process([SYSTEM_LOG]), Process([programs / "govd-benchmark-neighbour", "logs"])):
+    with (Process([SYSTEM_LOG]), Process([DEVICE, "logs"])):
         wait_for_name("org.kvtlabs.SystemLogs")
         wait_for_path(SYSTEM_LOG_SOCKET)
         yield
@@ -112,7 +112,7 @@ def in_memory(programs, keys, scale):
     table = _table("in memory")
     with servers.storage(None), _all_servers(programs, keys):
         _add(table, collect(programs, (*FLOOR, *READS, *WRITES, *ABSENT), scale))
-        with Process([programs / "govd-benchmark-neighbour", 0]):
+        with Process([DEVICE, 0]):
             wait_for_name("org.pelloraos.appjaild1")
             _add(table, collect(programs, PRESENT, scale))
         with _logs(programs):

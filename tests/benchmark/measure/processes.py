@@ -4,6 +4,7 @@
 
 import json
 import os
+import pathlib
 import subprocess
 import time
 
@@ -12,6 +13,9 @@ PATIENCE = 120  # seconds; only a process that hangs takes that long
 
 class Failure(Exception):
     """What a person must know of a measurement that could not be made."""
+
+
+DEVICE = pathlib.Path(__file__).resolve().parents[1] / "services"
 
 
 class Process:

@@ -10,7 +10,7 @@ import pytest
 
 from testbed import files, simulator
 from testbed.bus import Client
-from testbed.daemon import Daemon
+from testbed.daemon import Daemon, Process
 from testbed.handlers import RUNNING, TARGETS
 from testbed.partitions import Partitions
 from testbed.plugins import LockPlugin, SwitchPlugin
@@ -63,6 +63,13 @@ def daemon(transcript, system_log):
     transcript.clear()
     with Daemon(transcript, system_log) as watched:
         yield watched
+
+
+@pytest.fixture
+def process():
+    """The daemon, not yet started, with nobody who watches the bus: for calls by the thousand."""
+    with Process() as unwatched:
+        yield unwatched
 
 
 @pytest.fixture

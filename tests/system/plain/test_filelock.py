@@ -12,7 +12,6 @@ import stat
 import pytest
 
 from testbed import files
-from testbed.daemon import announcement
 from testbed.plugins import FILE_LOCK, KIOSK, LOCK_PLUGINS, installed
 from testbed.waiting import wait_until
 

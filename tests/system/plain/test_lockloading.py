@@ -13,7 +13,7 @@ from testbed.daemon import announcement
 from testbed.plugins import LOCK_PLUGINS, LockPlugin, TestPlugin
 
 CAMERA, BROWSER = "CameraEnabled", "BrowserEnabled"
-BUILT = pathlib.Path(os.environ["GOVD_BUILD"], "tests/integration/locks")
+BUILT = pathlib.Path(os.environ["GOVD_BUILD"], "tests/plugins/lock")
 CHILD_NOTES = pathlib.Path("/run/govd-test-child")
 INTRODUCTION = ["name", "supportedPolicies"]
 

@@ -1,0 +1,19 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Start, a write of each policy and stop use no memory that is not the daemon's or has no value, and
+lose none."""
+
+from testbed.policies import KEYS
+
+ERRORS = 99  # the exit code when there are some
+
+
+def test_no_errors_of_memory(daemon):
+    daemon.wrapper = ["valgrind", f"--error-exitcode={ERRORS}", "--leak-check=full",
+                      "--errors-for-leak-kinds=definite", "--log-file=/run/memcheck.log"]
+    daemon.start_observed()
+    for key in KEYS:
+        daemon.change(key, False)
+    assert daemon.switch_keys() == []
+    assert daemon.switch("lens") is False
+    assert daemon.stop() == 0, open("/run/memcheck.log", encoding="utf-8").read()
