@@ -71,7 +71,7 @@ class Sim:
 
     def results(self, **wanted):
         """The results in the documents that it has written so far that have these values."""
-        documents = map(json.loads, self.out.splitlines())
+        documents = map(json.loads, self.out.split("\n")[:-1])  # the last line may be unfinished
         return [result for result in (document["result"] for document in documents)
                 if wanted.items() <= result.items()]
 

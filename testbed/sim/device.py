@@ -156,4 +156,6 @@ def plain(value):
         return [plain(member) for member in value]
     if isinstance(value, float):
         return int(value) if value.is_integer() else float(value) if math.isfinite(value) else None
-    return bool(value) if isinstance(value, dbus.Boolean) else value
+    if isinstance(value, dbus.Boolean):
+        return bool(value)
+    return value if isinstance(value, (int, str)) else None

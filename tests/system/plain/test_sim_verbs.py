@@ -15,6 +15,7 @@ from testbed.waiting import wait_until
 
 NAME = "org.kvt.DeviceSimulator"
 DEVICE = DBusAddress("/org/kvt/DeviceSimulator", NAME, NAME)
+AUDIO = DBusAddress("/org/freedesktop/ohm/mdm", *2 * ["org.freedesktop.ohm.mdm"])
 DESCRIPTION = "/usr/share/dbus-1/interfaces/org.kvt.DeviceSimulator.xml"
 CLEAR = "\033[H\033[2J"  # what a terminal does before it draws a state
 FRESH = {"camera": False, "microphone": True, "usb": True, "remoteAccess": True,
@@ -196,6 +197,7 @@ def test_changes_are_announced(device, root):
         wait_until(lambda: len(watch.results()) == 2)
         # What is the case already is not announced again.
         order(root, "SetCertified", "b", True)
+        root.ask(new_method_call(AUDIO, "Set", "ss", ("microphone", "enabled")))
         order(root, "SetCertified", "b", False)
         wait_until(lambda: not watch.results()[-1]["certified"])
         assert len(watch.results()) == 3
