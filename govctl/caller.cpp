@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/caller.h"
 
+#include "govctl/daemonfailure.h"
+#include "govctl/policystate.h"
 #include "names.h"
 
 #include <QCoreApplication>
@@ -46,18 +48,35 @@ QJsonObject Caller::toJson() const
     return {{QStringLiteral("user"), user},
             {QStringLiteral("group"), group},
             {QStringLiteral("allowed"), isAllowed()},
-            {QStringLiteral("right"), rightName(right)}};
+            {QStringLiteral("right"), rightName(right)},
+            {QStringLiteral("bus"), valueToJson(bus)}};
 }
 
 Caller describeCaller()
 {
     // The daemon looks at the same entry.
     const QFileInfo process(QStringLiteral("/proc/%1").arg(QCoreApplication::applicationPid()));
-    Caller caller{process.owner(), process.group(), {}};
+    Caller caller{process.owner(), process.group(), {}, {}};
     caller.right = rightOf(caller.user, caller.group);
     if (caller.user.isEmpty())
         caller.user = QString::number(geteuid());
     if (caller.group.isEmpty())
         caller.group = QString::number(getegid());
     return caller;
+}
+
+Caller describeCaller(Daemon &daemon)
+{
+    Caller caller = describeCaller();
+    if (const Result<bool> passes = daemon.busPassesWrites())
+        caller.bus = *passes;
+    return caller;
+}
+
+Outcome checkRight(Daemon &daemon)
+{
+    const Caller caller = describeCaller(daemon);
+    if (caller.isAllowed())
+        return std::nullopt;
+    return caller.bus.value_or(true) ? DaemonFailure::notAllowed() : DaemonFailure::busRefuses();
 }

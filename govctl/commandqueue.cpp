@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/commandqueue.h"
 
-#include "commandline/text.h"
+#include "govctl/text.h"
 
 #include <unistd.h>
 #include <utility>
@@ -27,15 +27,16 @@ CommandQueue::CommandQueue(QString command, bool toStandardError)
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int code, QProcess::ExitStatus status) {
                 if (status == QProcess::CrashExit)
-                    onEnded(Text::tr("the command was ended by signal %1").arg(code));
+                    onEnded(QStringLiteral("the command was ended by signal %1").arg(code));
                 else if (code != 0)
-                    onEnded(Text::tr("the command ended with exit code %1").arg(code));
+                    onEnded(QStringLiteral("the command ended with exit code %1").arg(code));
                 else
                     onEnded({});
             });
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
-            onEnded(Text::tr("the command could not be started: %1").arg(m_process.errorString()));
+            onEnded(QStringLiteral("the command could not be started: %1")
+                        .arg(m_process.errorString()));
     });
 }
 

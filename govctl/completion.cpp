@@ -2,66 +2,23 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/completion.h"
 
-#include "commandline/text.h"
-#include "commandline/verbs.h"
+#include "govctl/holds.h"
 #include "govctl/knownpolicies.h"
-#include "govctl/verb.h"
+#include "govctl/place.h"
+#include "govctl/text.h"
+
+#include <QDir>
+
+#include <algorithm>
 
 namespace {
-
-/// Where on the command line a word stands.
-struct Place
-{
-    QStringList verbWords;
-    const Verb *verb = nullptr;
-    int argument = 0;
-    bool awaitsValue = false; // of the option before
-    bool optionsEnded = false;
-};
-
-QList<QCommandLineOption> optionsAt(const Place &place)
-{
-    return place.verb ? place.verb->options + commonOptions() : commonOptions();
-}
-
-QString spelled(const QString &optionName)
-{
-    return (optionName.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + optionName;
-}
-
-bool takesValue(const Place &place, const QString &word)
-{
-    for (const QCommandLineOption &option : optionsAt(place)) {
-        for (const QString &name : option.names()) {
-            if (spelled(name) == word)
-                return !option.valueName().isEmpty();
-        }
-    }
-    return false;
-}
-
-void pass(Place &place, const QString &word)
-{
-    if (place.awaitsValue) {
-        place.awaitsValue = false;
-    } else if (word == QLatin1String("--")) {
-        place.optionsEnded = true;
-    } else if (word.startsWith(QLatin1Char('-')) && !place.optionsEnded) {
-        place.awaitsValue = takesValue(place, word);
-    } else if (place.verb) {
-        ++place.argument;
-    } else {
-        place.verbWords.append(word);
-        place.verb = findVerb(verbs(), place.verbWords.join(QLatin1Char(' ')));
-    }
-}
 
 QVector<Candidate> options(const Place &place)
 {
     QVector<Candidate> result;
-    for (const QCommandLineOption &option : optionsAt(place)) {
-        for (const QString &name : option.names())
-            result.append({spelled(name), option.description()});
+    for (const Option &option : place.options()) {
+        for (const QString &name : option.names)
+            result.append({Option::spelled(name), option.description});
     }
     return result;
 }
@@ -69,12 +26,9 @@ QVector<Candidate> options(const Place &place)
 QVector<Candidate> verbWords(const Place &place)
 {
     QVector<Candidate> result;
-    for (const QString &name : continuations(place.verbWords, namesOf(verbs()))) {
-        const QString word = name.section(QLatin1Char(' '), 0, 0);
-        const Verb *verb =
-            findVerb(verbs(), (place.verbWords + QStringList{word}).join(QLatin1Char(' ')));
-        if (result.isEmpty() || result.last().word != word)
-            result.append({word, verb ? verb->summary : Text::tr("Read or change switches.")});
+    for (const QString &word : nextWords(place.verbWords)) {
+        const Verb *verb = findVerb((place.verbWords + QStringList{word}).join(QLatin1Char(' ')));
+        result.append({word, verb ? verb->summary : QStringLiteral("Read or change switches.")});
     }
     return result;
 }
@@ -87,17 +41,51 @@ QVector<Candidate> described(const QStringList &words, const QString &descriptio
     return result;
 }
 
-QVector<Candidate> arguments(const Place &place, const std::function<QStringList()> &switchKeys)
+/// The files that a path may become; a folder ends with a slash, so that more can follow.
+QVector<Candidate> files(const QString &path)
 {
-    if (place.argument >= place.verb->arguments.size())
+    const QString folder = path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
+    const QDir directory(folder.isEmpty() ? QStringLiteral(".") : folder);
+    const QFileInfoList entries =
+        directory.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    QVector<Candidate> result;
+    for (const QFileInfo &entry : entries) {
+        const QString end = entry.isDir() ? QStringLiteral("/") : QString();
+        result.append({folder + entry.fileName() + end, QStringLiteral("file")});
+    }
+    return result;
+}
+
+QVector<Candidate> holds()
+{
+    QVector<Candidate> result;
+    for (const Hold &hold : Holds::all())
+        result.append({hold.id, QStringLiteral("until ") + hold.until.toString(Qt::ISODate)});
+    return result;
+}
+
+QVector<Candidate> arguments(const Place &place, const QString &word,
+                             const std::function<QStringList()> &switchKeys)
+{
+    const QVector<Argument> &known = place.verb->arguments;
+    const bool isOpen = !known.isEmpty() && known.last().isOpen();
+    if (place.argument >= known.size() && !isOpen)
         return {};
-    switch (place.verb->arguments[place.argument].kind) {
+    switch (known[std::min(place.argument, known.size() - 1)].kind) {
     case Argument::Kind::Policy:
-        return described(KnownPolicies::keys(), Text::tr("policy"));
+    case Argument::Kind::Policies:
+        return described(KnownPolicies::keys(), QStringLiteral("policy"));
+    case Argument::Kind::Names:
+        return described(KnownPolicies::keys(), QStringLiteral("policy"))
+            + described(switchKeys(), QStringLiteral("access switch"));
     case Argument::Kind::Switch:
-        return described(switchKeys(), Text::tr("access switch"));
+        return described(switchKeys(), QStringLiteral("access switch"));
     case Argument::Kind::Value:
-        return described({QStringLiteral("on"), QStringLiteral("off")}, Text::tr("value"));
+        return described({QStringLiteral("on"), QStringLiteral("off")}, QStringLiteral("value"));
+    case Argument::Kind::Holds:
+        return holds();
+    case Argument::Kind::File:
+        return files(word);
     case Argument::Kind::Words:
         return {};
     }
@@ -111,7 +99,7 @@ QVector<Candidate> candidates(const Place &place, const QString &word,
         return {};
     if (word.startsWith(QLatin1Char('-')) && !place.optionsEnded)
         return options(place);
-    return place.verb ? arguments(place, switchKeys) : verbWords(place);
+    return place.verb ? arguments(place, word, switchKeys) : verbWords(place);
 }
 
 } // namespace
@@ -120,8 +108,8 @@ QVector<Candidate> completeCommandLine(const QStringList &words,
                                        const std::function<QStringList()> &switchKeys)
 {
     Place place;
-    for (const QString &word : words.mid(0, words.size() - 1))
-        pass(place, word);
+    for (const QString &word : writtenOut(words.mid(0, words.size() - 1)))
+        place.pass(word);
 
     const QString unfinished = words.isEmpty() ? QString() : words.last();
     QVector<Candidate> result;

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/daemon.h"
 
-#include "commandline/systembus.h"
 #include "govctl/daemonfailure.h"
+#include "govctl/systembus.h"
 #include "names.h"
 
 #include <QDBusError>
@@ -12,6 +12,10 @@
 #include <QDBusVariant>
 #include <QEventLoop>
 #include <QTimer>
+
+#include <algorithm>
+#include <csignal>
+#include <utility>
 
 const QString Daemon::PolicyInterface = QStringLiteral("org.kvt.PolicyManager.Policy");
 const QString Daemon::SwitchInterface = QStringLiteral("org.kvt.PolicyManager.Switch");
@@ -30,9 +34,10 @@ bool booleanOf(const QDBusMessage &reply)
 
 } // namespace
 
-Daemon::Daemon(std::chrono::milliseconds timeout)
+Daemon::Daemon(std::chrono::milliseconds timeout, std::function<void()> onWait)
     : m_timeout(timeout)
     , m_deadline(timeout)
+    , m_onWait(std::move(onWait))
     , m_bus(QString())
 {
 }
@@ -135,6 +140,41 @@ Result<bool> Daemon::setSwitch(const QString &key, bool value)
     return write(SwitchInterface, key, value);
 }
 
+QDBusMessage Daemon::ask(const Names::RemoteObject &object, const QString &method,
+                         const QVariantList &arguments) const
+{
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(object.service, object.path, object.interface, method);
+    message.setArguments(arguments);
+    const QDBusPendingCall call = dispatch(message);
+    waitFor(call, std::min(m_deadline, QDeadlineTimer(std::chrono::seconds(2))));
+    return call.isFinished() ? call.reply() : QDBusMessage();
+}
+
+Outcome Daemon::reload()
+{
+    const Result<QVariant> process =
+        askBus(QStringLiteral("GetConnectionUnixProcessID"), m_owner.connection);
+    if (!process)
+        return process.failure();
+    if (kill(process->toInt(), SIGHUP) == 0)
+        return std::nullopt;
+    return Failure{ExitCode::NotAllowed,
+                   QStringLiteral("not-allowed"),
+                   QStringLiteral("only root can have the daemon enforce its policies once more"),
+                   {}};
+}
+
+/// The bus looks at the name of a method alone; the daemon has none of that name without arguments.
+Result<bool> Daemon::busPassesWrites()
+{
+    const QDBusPendingCall call = send(PolicyInterface, SetKeyValue, {});
+    const Result<QDBusMessage> reply = await(call, {});
+    if (!call.isFinished())
+        return reply.failure();
+    return call.error().type() != QDBusError::AccessDenied;
+}
+
 Outcome Daemon::connectToBus()
 {
     if (!SystemBus::connect(m_deadline))
@@ -173,22 +213,32 @@ QDBusPendingCall Daemon::dispatch(QDBusMessage message) const
     return m_bus.asyncCall(message, static_cast<int>(m_timeout.count()) + Later);
 }
 
+/// Returns when @p call is finished, and after @p deadline in any case.
+void Daemon::waitFor(const QDBusPendingCall &call, QDeadlineTimer deadline) const
+{
+    constexpr std::chrono::seconds Patience(2);
+    if (call.isFinished())
+        return;
+    QEventLoop loop;
+    const QDBusPendingCallWatcher watcher(call);
+    QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    QTimer::singleShot(std::chrono::milliseconds(deadline.remainingTime()), &loop,
+                       &QEventLoop::quit);
+    if (m_onWait)
+        QTimer::singleShot(Patience, &loop, [this] { std::exchange(m_onWait, {})(); });
+    loop.exec();
+}
+
 /// Waits for the reply to @p call, which must have one of @p signatures.
 Result<QDBusMessage> Daemon::await(const QDBusPendingCall &call,
                                    const QStringList &signatures) const
 {
-    if (!call.isFinished()) {
-        QEventLoop loop;
-        const QDBusPendingCallWatcher watcher(call);
-        QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
-        QTimer::singleShot(std::chrono::milliseconds(m_deadline.remainingTime()), &loop,
-                           &QEventLoop::quit);
-        loop.exec();
-    }
+    waitFor(call, m_deadline);
     if (!call.isFinished())
         return noAnswer();
     if (call.isError())
-        return DaemonFailure::fromError(call.error());
+        return DaemonFailure::fromError(call.error(),
+                                        call.reply().service() == Names::BusDaemon.service);
 
     const QDBusMessage reply = call.reply();
     if (!signatures.contains(reply.signature()))

@@ -3,7 +3,8 @@
 #ifndef GOVCTL_DAEMON_H
 #define GOVCTL_DAEMON_H
 
-#include "commandline/result.h"
+#include "govctl/result.h"
+#include "names.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -14,6 +15,7 @@
 #include <QVector>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 
 /// The daemon, as its bus interfaces show it.
@@ -49,7 +51,8 @@ public:
         QStringList switchKeys;
     };
 
-    explicit Daemon(std::chrono::milliseconds timeout);
+    /// @p onWait is called once when an answer has been waited for longer than a person expects.
+    explicit Daemon(std::chrono::milliseconds timeout, std::function<void()> onWait = {});
     ~Daemon();
 
     /// Waits, for a second at most, until the thread of the bus library has done all that it was
@@ -74,6 +77,17 @@ public:
     Result<bool> setPolicy(const QString &key, bool value);
     Result<bool> setSwitch(const QString &key, bool value);
 
+    /// Asks another service, and waits for two seconds at most. The reply can be an error, or no
+    /// message at all.
+    QDBusMessage ask(const Names::RemoteObject &object, const QString &method,
+                     const QVariantList &arguments) const;
+
+    /// Has the running daemon enforce all policies once more. Root can do that alone.
+    Outcome reload();
+
+    /// Whether the bus passes on what this process writes, found out without writing.
+    Result<bool> busPassesWrites();
+
     /// The interfaces of the daemon's object.
     static const QString PolicyInterface;
     static const QString SwitchInterface;
@@ -84,12 +98,14 @@ private:
     QDBusPendingCall send(const QString &interface, const QString &method,
                           const QVariantList &arguments) const;
     QDBusPendingCall dispatch(QDBusMessage message) const;
+    void waitFor(const QDBusPendingCall &call, QDeadlineTimer deadline) const;
     Result<QDBusMessage> await(const QDBusPendingCall &call, const QStringList &signatures) const;
     Result<bool> write(const QString &interface, const QString &key, bool value);
     Failure noAnswer() const;
 
     std::chrono::milliseconds m_timeout;
     QDeadlineTimer m_deadline;
+    mutable std::function<void()> m_onWait; // empty once it was called
     QDBusConnection m_bus;
     Owner m_owner;
 };

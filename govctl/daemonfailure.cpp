@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/daemonfailure.h"
 
-#include "commandline/text.h"
+#include "govctl/text.h"
 #include "names.h"
 
 #include <QDBusError>
@@ -11,7 +11,7 @@ Failure DaemonFailure::noBus(const QString &reason)
 {
     return {ExitCode::NoDaemon,
             QStringLiteral("no-bus"),
-            Text::tr("cannot reach the system bus (%1); check that dbus runs").arg(reason),
+            QStringLiteral("cannot reach the system bus (%1); check that dbus runs").arg(reason),
             {}};
 }
 
@@ -19,50 +19,67 @@ Failure DaemonFailure::noService()
 {
     return {ExitCode::NoDaemon,
             QStringLiteral("no-service"),
-            Text::tr("%1 is not on the system bus; start the daemon, for example with: "
-                     "systemctl start govd")
+            QStringLiteral("%1 is not on the system bus; start the daemon, for example with: "
+                           "systemctl start govd")
                 .arg(Names::Service),
             {}};
 }
 
 Failure DaemonFailure::foreignOwner(uint user)
 {
-    return {ExitCode::NoDaemon,
-            QStringLiteral("foreign-service"),
-            Text::tr("%1 belongs to user %2, not to root, so nothing it says is believed; check "
-                     "who may own the name in the bus policy")
-                .arg(Names::Service, QString::number(user)),
-            {}};
+    return {
+        ExitCode::NoDaemon,
+        QStringLiteral("foreign-service"),
+        QStringLiteral("%1 belongs to user %2, not to root, so nothing it says is believed; check "
+                       "who may own the name in the bus policy")
+            .arg(Names::Service, QString::number(user)),
+        {}};
 }
 
 Failure DaemonFailure::badAnswer(const QString &what)
 {
-    return {ExitCode::NoDaemon,
-            QStringLiteral("bad-answer"),
-            Text::tr("%1 does not answer as the daemon does (%2); check what runs under the name")
-                .arg(Names::Service, printable(what)),
-            {}};
+    return {
+        ExitCode::NoDaemon,
+        QStringLiteral("bad-answer"),
+        QStringLiteral("%1 does not answer as the daemon does (%2); check what runs under the name")
+            .arg(Names::Service, printable(what)),
+        {}};
 }
 
 Failure DaemonFailure::noAnswer(double seconds)
 {
-    return {ExitCode::NoAnswer,
-            QStringLiteral("no-answer"),
-            Text::tr("no answer within %1 s; check that the daemon is not stuck, or wait longer "
-                     "with --timeout")
-                .arg(seconds),
+    return {
+        ExitCode::NoAnswer,
+        QStringLiteral("no-answer"),
+        QStringLiteral("no answer within %1 s; check that the daemon is not stuck, or wait longer "
+                       "with --timeout")
+            .arg(seconds),
+        {}};
+}
+
+Failure DaemonFailure::notAllowed()
+{
+    return {ExitCode::NotAllowed,
+            QStringLiteral("not-allowed"),
+            QStringLiteral("this user may not change anything; \"govctl can\" says who may"),
             {}};
 }
 
-Failure DaemonFailure::fromError(const QDBusError &error)
+Failure DaemonFailure::busRefuses()
+{
+    return {
+        ExitCode::NotAllowed,
+        QStringLiteral("not-allowed"),
+        QStringLiteral("the system bus does not let this process change anything; \"govctl can\" "
+                       "says who may"),
+        {}};
+}
+
+Failure DaemonFailure::fromError(const QDBusError &error, bool ofBus)
 {
     switch (error.type()) {
     case QDBusError::AccessDenied:
-        return {ExitCode::NotAllowed,
-                QStringLiteral("not-allowed"),
-                Text::tr("this user may not do that (%1); \"govctl can\" says who may")
-                    .arg(printable(error.message())),
-                {}};
+        return ofBus ? busRefuses() : notAllowed();
     // The bus says so of a caller whose partner has left. Waiting too long never ends here, because
     // the program's own deadline comes first.
     case QDBusError::NoReply:

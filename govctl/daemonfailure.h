@@ -3,7 +3,7 @@
 #ifndef GOVCTL_DAEMONFAILURE_H
 #define GOVCTL_DAEMONFAILURE_H
 
-#include "commandline/result.h"
+#include "govctl/result.h"
 
 class QDBusError;
 
@@ -16,8 +16,11 @@ Failure foreignOwner(uint user);
 Failure badAnswer(const QString &what);
 Failure noAnswer(double seconds);
 
-/// The failure behind an error reply.
-Failure fromError(const QDBusError &error);
+Failure notAllowed();
+Failure busRefuses();
+
+/// The failure behind an error reply, which the bus itself has sent when @p ofBus is true.
+Failure fromError(const QDBusError &error, bool ofBus);
 
 } // namespace DaemonFailure
 

@@ -4,9 +4,13 @@
 #define GOVCTL_EFFECTS_H
 
 #include <QStringList>
+#include <QVector>
 
 /// What the daemon does on the device when it enforces the policy @p type as @p value, one line of
 /// words for each action. Empty when it does nothing beyond telling the value to those who ask.
 QStringList enforcementEffects(int type, bool value);
+
+/// The other policies that allow and forbid the same USB mode as the policy @p type.
+QVector<int> sharingUsbMode(int type);
 
 #endif

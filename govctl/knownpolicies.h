@@ -3,6 +3,8 @@
 #ifndef GOVCTL_KNOWNPOLICIES_H
 #define GOVCTL_KNOWNPOLICIES_H
 
+#include "govctl/result.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -19,6 +21,17 @@ int type(const QString &key);
 /// The key of the policy @p type; its number in digits when the platform has no key for it.
 QString key(int type);
 
+/// The keys that @p pattern names: one key, or those that a pattern of the shell matches.
+QStringList matching(const QString &pattern);
+
+/// The keys that at least one of @p patterns names, in the order of the enumeration; all keys when
+/// there are no patterns.
+QStringList matching(const QStringList &patterns);
+
 } // namespace KnownPolicies
+
+/// The failure that names the unknown policy @p key, with those that may be meant: their keys look
+/// like it, or it is another word for what they are about.
+Failure unknownPolicy(const QString &key);
 
 #endif

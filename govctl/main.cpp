@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/program.h"
 #include "govctl/program.h"
 
 int main(int argc, char **argv)
 {
-    return runMain(argc, argv, "govctl", runProgram);
+    return runMain(argc, argv);
 }

@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/policystate.h"
 
-#include "commandline/text.h"
+#include "govctl/effects.h"
 #include "govctl/knownpolicies.h"
+#include "govctl/text.h"
 #include "names.h"
 
 #include <QJsonArray>
@@ -44,21 +45,29 @@ QString PolicyState::forcingSwitch() const
     return {};
 }
 
+bool PolicyState::isEnforced() const
+{
+    return !enforcementEffects(type, false).isEmpty();
+}
+
 QString PolicyState::shortReason() const
 {
     switch (reason()) {
     case Reason::Stored:
         return {};
     case Reason::Switch:
-        return Text::tr("switch %1 is off").arg(quoted(forcingSwitch()));
+        return (stored.value_or(true)
+                    ? QStringLiteral("switch %1 is off")
+                    : QStringLiteral("switch %1 is off; it is stored off as well"))
+            .arg(quoted(forcingSwitch()));
     case Reason::Lock:
-        return Text::tr("locked");
+        return QStringLiteral("locked");
     case Reason::File:
-        return Text::tr("off in the file, which was edited since the daemon read it");
+        return QStringLiteral("off in the file, which was edited since the daemon read it");
     case Reason::NoValue:
-        return Text::tr("no value: locked, or not to be saved, when the daemon started");
+        return QStringLiteral("no value: locked, or not to be saved, when the daemon started");
     case Reason::Unknown:
-        return Text::tr("stored off, or locked");
+        return QStringLiteral("stored off, or locked");
     }
     Q_UNREACHABLE();
 }
@@ -74,6 +83,7 @@ QJsonObject PolicyState::toJson() const
             {QStringLiteral("value"), valueToJson(value)},
             {QStringLiteral("stored"), valueToJson(stored)},
             {QStringLiteral("reason"), reasonName(reason())},
+            {QStringLiteral("enforced"), isEnforced()},
             {QStringLiteral("switches"), governors}};
 }
 

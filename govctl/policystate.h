@@ -39,6 +39,9 @@ struct PolicyState
     /// Whether it reads otherwise than it is stored.
     bool differs() const { return stored && value != stored; }
 
+    /// Whether the daemon does something on the device for it.
+    bool isEnforced() const;
+
     /// The reason in a few words; empty when there is nothing to explain.
     QString shortReason() const;
 

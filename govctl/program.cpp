@@ -2,21 +2,93 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/program.h"
 
-#include "commandline/program.h"
 #include "govctl/commandline.h"
+#include "govctl/systembus.h"
+#include "govctl/text.h"
+
+#include <QCoreApplication>
+#include <QTextCodec>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Fills the places of closed standard descriptors. Otherwise a connection to the bus could take
+/// one, and what is printed would be written into it.
+void occupyStandardDescriptors()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1)
+            (void)open("/dev/null", O_RDWR);
+    }
+}
+
+/// The arguments. A caller may leave out even the program's name, with which they begin.
+QStringList argumentsOf(int argc, char **argv)
+{
+    QStringList result;
+    for (int i = 1; i < argc; ++i)
+        result.append(QString::fromUtf8(argv[i]));
+    return result;
+}
+
+/// Help and version are for people, with --json as without.
+ExitCode print(const QString &text)
+{
+    Output output(Output::Form{});
+    return output.finish(output.write(ExitCode::Done, {}, text));
+}
+
+Output::Colour colourOf(const Request &request)
+{
+    const QString word = request.options.value(QStringLiteral("color"));
+    if (word == QLatin1String("always"))
+        return Output::Colour::Always;
+    return word == QLatin1String("never") ? Output::Colour::Never : Output::Colour::Auto;
+}
+
+} // namespace
+
+int runMain(int argc, char **argv)
+{
+    occupyStandardDescriptors();
+    // A reader that leaves shows as an error of the write, however this process was started.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    // Qt looks for options of its own in what it is given.
+    int ownArgc = 1;
+    char ownName[] = "govctl";
+    char *ownArgv[] = {ownName, nullptr};
+    const QCoreApplication application(ownArgc, ownArgv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(GOVD_VERSION));
+
+    // Everything the program reads and writes is UTF-8, even where no locale says so.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+
+    const ExitCode code = runProgram(argumentsOf(argc, argv));
+    // Who did not answer in time could keep the bus library waiting in an orderly end as well, even
+    // that of a verb that can do without the answer.
+    if (code == ExitCode::NoAnswer || SystemBus::isGivenUp())
+        std::_Exit(static_cast<int>(code));
+    return static_cast<int>(code);
+}
 
 ExitCode runProgram(const QStringList &arguments)
 {
     const Result<Request> request = parseCommandLine(arguments);
     if (!request) {
-        Output output(asksForJson(arguments), namedVerb(arguments));
+        Output output({asksForJson(arguments), Output::Colour::Auto, namedVerb(arguments)});
         return output.finish(output.fail(request.failure()));
     }
     if (request->has(QStringLiteral("help")))
-        return printHelp(helpText(request->verb));
+        return print(helpText(request->verb));
     if (request->has(QStringLiteral("version")))
-        return printVersion();
+        return print(
+            QStringLiteral("%1 %2\n").arg(programName(), QCoreApplication::applicationVersion()));
 
-    Output output(request->isJson(), request->verb->name);
+    Output output({request->isJson(), colourOf(*request), request->verb->name});
     return output.finish(request->verb->run(*request, output));
 }

@@ -3,9 +3,12 @@
 #ifndef GOVCTL_PROGRAM_H
 #define GOVCTL_PROGRAM_H
 
-#include "commandline/result.h"
+#include "govctl/result.h"
 
 #include <QStringList>
+
+/// All that main() does. Returns the exit code, or ends the process with it.
+int runMain(int argc, char **argv);
 
 /// Does what @p arguments, without the name of the program, ask for.
 ExitCode runProgram(const QStringList &arguments);

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/switches.h"
 
-#include "commandline/text.h"
-#include "commandline/usage.h"
 #include "govctl/knownpolicies.h"
+#include "govctl/text.h"
+#include "govctl/usage.h"
 
 #include <QJsonArray>
 
@@ -30,12 +30,13 @@ Outcome checkSwitch(const QString &key, const QStringList &known)
     if (known.contains(key))
         return std::nullopt;
     if (!known.isEmpty())
-        return unknownName(QStringLiteral("unknown-switch"), Text::tr("switch"), key, known,
-                           Text::tr("\"govctl switch list --keys\" names them"));
-    return Failure{ExitCode::Usage,
-                   QStringLiteral("unknown-switch"),
-                   Text::tr("unknown switch %1: the daemon has no access switches, as long as no "
-                            "plugin brings them")
-                       .arg(quoted(key)),
-                   {}};
+        return unknownName(QStringLiteral("unknown-switch"), QStringLiteral("switch"), key, known,
+                           QStringLiteral("\"govctl switch list --keys\" names them"));
+    return Failure{
+        ExitCode::Usage,
+        QStringLiteral("unknown-switch"),
+        QStringLiteral("unknown switch %1: the daemon has no access switches, as long as no "
+                       "plugin brings them")
+            .arg(quoted(key)),
+        {}};
 }

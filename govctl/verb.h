@@ -3,43 +3,43 @@
 #ifndef GOVCTL_VERB_H
 #define GOVCTL_VERB_H
 
-#include "commandline/output.h"
-#include "commandline/parser.h"
+#include "govctl/request.h"
 
-#include <QCommandLineOption>
-#include <QList>
-#include <QString>
-#include <QStringList>
 #include <QVector>
-
-#include <optional>
-
-struct Verb;
-
-/// What the user asked for: a verb with checked arguments.
-struct Request : ParsedLine
-{
-    const Verb *verb = nullptr;
-
-    /// The argument @p index, of the kind Value.
-    bool value(int index) const;
-};
 
 /// A place on a verb's command line.
 struct Argument
 {
     enum class Kind {
         Policy, ///< a policy of this platform
+        Policies, ///< any number of patterns that name policies
+        Names, ///< any number of patterns that name policies or switches
         Switch, ///< a switch of the running daemon
         Value, ///< on or off
+        Holds, ///< any number of holds
+        File, ///< a file with policies and switches
         Words, ///< any number of words
     };
 
     Kind kind;
 
+    /// Whether any number of words, none included, can stand here.
+    bool isOpen() const;
+
     /// How help and messages write it.
     QString syntax() const;
     QString description() const;
+};
+
+/// An option of a verb.
+struct Option
+{
+    QStringList names; ///< without dashes, the long one last
+    QString description;
+    QString valueName; ///< empty when it takes no value
+
+    /// One of its names as it is typed.
+    static QString spelled(const QString &name);
 };
 
 /// One verb: what the parser, the help, the completion and the tests know about it.
@@ -48,35 +48,24 @@ struct Verb
     QString name; ///< one word, or two with a blank between
     QString summary;
     QVector<Argument> arguments;
-    QList<QCommandLineOption> options; ///< beside those that all verbs have
+    QVector<Option> options; ///< beside those that all verbs have
     ExitCode (*run)(const Request &request, Output &output);
+    bool writes = false; ///< what it asks for can keep the daemon busy for long
+
+    /// How the verb and its arguments are written.
+    QString form() const;
 };
 
 /// All verbs, in the order of the help.
 const QVector<Verb> &verbs();
 
+/// The verb called @p name, or null.
+const Verb *findVerb(const QString &name);
+
 /// The options that every verb has.
-const QList<QCommandLineOption> &commonOptions();
+const QVector<Option> &commonOptions();
 
-namespace Verbs {
-
-ExitCode list(const Request &request, Output &output);
-ExitCode get(const Request &request, Output &output);
-ExitCode set(const Request &request, Output &output);
-ExitCode explain(const Request &request, Output &output);
-ExitCode switchList(const Request &request, Output &output);
-ExitCode switchGet(const Request &request, Output &output);
-ExitCode switchSet(const Request &request, Output &output);
-ExitCode watch(const Request &request, Output &output);
-ExitCode status(const Request &request, Output &output);
-ExitCode can(const Request &request, Output &output);
-ExitCode dump(const Request &request, Output &output);
-ExitCode complete(const Request &request, Output &output);
-
-/// Prints the value of what the request names, or answers with the exit code alone: what the two
-/// verbs that get something have in common.
-ExitCode answer(const Request &request, Output &output, std::optional<bool> value);
-
-} // namespace Verbs
+/// The words that may follow @p words on the way to a verb, each once.
+QStringList nextWords(const QStringList &words);
 
 #endif

@@ -40,10 +40,13 @@ Watcher::~Watcher()
     Daemon::settle(QDBusConnection::systemBus());
 }
 
-Outcome Watcher::start(std::chrono::milliseconds timeout)
+Outcome Watcher::start(std::chrono::milliseconds timeout, bool mayBeAbsent)
 {
+    const auto isNoFault = [mayBeAbsent](const Result<Daemon::Owner> &owner) {
+        return owner || (mayBeAbsent && owner.failure().name == QLatin1String("no-service"));
+    };
     Daemon daemon(timeout);
-    if (const Result<Daemon::Owner> owner = daemon.open(); !owner)
+    if (const Result<Daemon::Owner> owner = daemon.open(); !isNoFault(owner))
         return owner.failure();
     subscribe();
 
@@ -51,7 +54,7 @@ Outcome Watcher::start(std::chrono::milliseconds timeout)
     // not announced to us.
     const Result<Daemon::Owner> owner = daemon.open();
     if (!owner)
-        return owner.failure();
+        return isNoFault(owner) ? std::nullopt : Outcome(owner.failure());
     trust(owner->connection);
     // A daemon that is stuck would announce nothing, and nobody would know why.
     if (const Result<Daemon::Reading> answer = daemon.read({}); !answer)

@@ -35,8 +35,9 @@ public:
     ~Watcher() override;
 
     /// Finds the daemon, begins to follow it, and makes sure that it answers. Nothing is missed
-    /// that happens after this has returned.
-    Outcome start(std::chrono::milliseconds timeout);
+    /// that happens after this has returned. That there is no daemon yet is no failure when
+    /// @p mayBeAbsent is true.
+    Outcome start(std::chrono::milliseconds timeout, bool mayBeAbsent);
 
 Q_SIGNALS:
     void happened(const Event &event);

@@ -1,25 +1,30 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
 #include "govctl/caller.h"
-#include "govctl/verb.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
 #include "names.h"
 
 namespace {
 
 QString toText(const Caller &caller)
 {
+    if (caller.right != Caller::Right::None && !caller.isAllowed())
+        return QStringLiteral(
+            "no: the daemon would let it, but the system bus does not; it goes by "
+            "the groups that this session had from its start\n");
     const QString managers = QString::fromLatin1(Names::ManagementGroup);
     switch (caller.right) {
     case Caller::Right::Group:
-        return Text::tr("yes: this process runs in the group %1\n").arg(caller.group);
+        return QStringLiteral("yes: this process runs in the group %1\n").arg(caller.group);
     case Caller::Right::Root:
-        return Text::tr("yes: this process runs as %1\n").arg(caller.user);
+        return QStringLiteral("yes: this process runs as %1\n").arg(caller.user);
     case Caller::Right::Member:
-        return Text::tr("yes: user %1 belongs to the group %2\n").arg(caller.user, managers);
+        return QStringLiteral("yes: user %1 belongs to the group %2\n").arg(caller.user, managers);
     case Caller::Right::None:
-        return Text::tr("no: user %1 is not root and does not belong to the group %2, and this "
-                        "process runs in the group %3, not in %4\n")
+        return QStringLiteral(
+                   "no: user %1 is not root and does not belong to the group %2, and this "
+                   "process runs in the group %3, not in %4\n")
             .arg(caller.user, managers, caller.group, Names::PrivilegedGroup);
     }
     Q_UNREACHABLE();
@@ -27,9 +32,10 @@ QString toText(const Caller &caller)
 
 } // namespace
 
-ExitCode Verbs::can(const Request &, Output &output)
+ExitCode Verbs::can(const Request &request, Output &output)
 {
-    const Caller caller = describeCaller();
+    Daemon daemon(request.timeout);
+    const Caller caller = daemon.open() ? describeCaller(daemon) : describeCaller();
     return output.write(caller.isAllowed() ? ExitCode::Done : ExitCode::No, caller.toJson(),
                         toText(caller));
 }

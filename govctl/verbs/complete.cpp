@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/completion.h"
 #include "govctl/daemon.h"
-#include "govctl/verb.h"
+#include "govctl/request.h"
 
 #include <QJsonArray>
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/caller.h"
 #include "govctl/inspection.h"
+#include "govctl/request.h"
 #include "govctl/switches.h"
-#include "govctl/verb.h"
 #include "names.h"
 
 #include <QCoreApplication>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
 #include "govctl/effects.h"
 #include "govctl/policystate.h"
-#include "govctl/verb.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
 
 #include <QJsonArray>
 
@@ -20,13 +20,13 @@ QString storedText(const PolicyState &policy, const StoredValues &file)
         return onOff(policy.stored);
     switch (file.state) {
     case StoredValues::State::Read:
-        return Text::tr("none in %1").arg(file.path);
+        return QStringLiteral("none in %1").arg(file.path);
     case StoredValues::State::Missing:
-        return Text::tr("none, there is no file %1").arg(file.path);
+        return QStringLiteral("none, there is no file %1").arg(file.path);
     case StoredValues::State::Unreadable:
-        return Text::tr("not known, this user may not read %1").arg(file.path);
+        return QStringLiteral("not known, this user may not read %1").arg(file.path);
     case StoredValues::State::Malformed:
-        return Text::tr("not known, %1 is malformed").arg(file.path);
+        return QStringLiteral("not known, %1 is malformed").arg(file.path);
     }
     Q_UNREACHABLE();
 }
@@ -35,27 +35,29 @@ QString storedText(const PolicyState &policy, const StoredValues &file)
 QString lockText(const PolicyState &policy)
 {
     if (policy.reason() == Reason::Lock)
-        return Text::tr("yes: it is stored on, and no switch keeps it off (unless the file was "
-                        "edited since the daemon started)");
-    if (policy.value.value_or(false))
-        return Text::tr("no");
+        return QStringLiteral(
+            "yes: it is stored on, and no switch keeps it off (unless the file was "
+            "edited since the daemon started)");
+    // A policy that is locked reads off, whatever it is.
+    if (policy.value.value_or(true))
+        return QStringLiteral("no");
     if (policy.reason() == Reason::Unknown)
-        return Text::tr("not known, as the stored value is not");
-    return Text::tr("not known: it would read off without one as well");
+        return QStringLiteral("not known, as the stored value is not");
+    return QStringLiteral("not known: it would read off without one as well");
 }
 
 QString whyText(const PolicyState &policy)
 {
     const QString reason = policy.shortReason();
-    return reason.isEmpty() ? Text::tr("it is stored so") : reason;
+    return reason.isEmpty() ? QStringLiteral("it is stored so") : reason;
 }
 
 QString effectsText(const PolicyState &policy, bool value)
 {
     const QStringList effects = enforcementEffects(policy.type, value);
-    QString text = Text::tr("When %1 is enforced, the daemon\n").arg(onOff(value));
+    QString text = QStringLiteral("When %1 is enforced, the daemon\n").arg(onOff(value));
     if (effects.isEmpty())
-        text += Text::tr("  - does nothing by itself\n");
+        text += QStringLiteral("  - does nothing by itself\n");
     for (const QString &effect : effects)
         text += QStringLiteral("  - %1\n").arg(effect);
     return text;
@@ -63,16 +65,16 @@ QString effectsText(const PolicyState &policy, bool value)
 
 QString toText(const PolicyState &policy, const StoredValues &file, const Output &output)
 {
-    QString text = Text::tr("%1 reads %2\n").arg(policy.key, output.paint(policy.value));
-    text += row(Text::tr("why"), whyText(policy));
-    text += row(Text::tr("stored"), storedText(policy, file));
+    QString text = QStringLiteral("%1 reads %2\n").arg(policy.key, output.paint(policy.value));
+    text += row(QStringLiteral("why"), whyText(policy));
+    text += row(QStringLiteral("stored"), storedText(policy, file));
     for (const Daemon::Switch &governor : policy.switches) {
-        text += row(Text::tr("switch"),
+        text += row(QStringLiteral("switch"),
                     quoted(governor.key) + QLatin1Char(' ') + output.paint(governor.value));
     }
     if (policy.switches.isEmpty())
-        text += row(Text::tr("switch"), Text::tr("none governs it"));
-    text += row(Text::tr("lock"), lockText(policy));
+        text += row(QStringLiteral("switch"), QStringLiteral("none governs it"));
+    text += row(QStringLiteral("lock"), lockText(policy));
     return text + effectsText(policy, false) + effectsText(policy, true);
 }
 

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
+#include "govctl/fields.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
-#include "govctl/verb.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
 
 #include <QJsonArray>
 
@@ -12,49 +13,79 @@
 namespace {
 
 /// The keys alone are the platform's: the daemon is not needed for them.
-ExitCode listKeys(Output &output)
+ExitCode listKeys(const QStringList &keys, Output &output)
 {
-    const QStringList keys = KnownPolicies::keys();
+    QString text;
+    for (const QString &key : keys)
+        text += key + QLatin1Char('\n');
     return output.write(ExitCode::Done,
-                        {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}},
-                        keys.join(QLatin1Char('\n')) + QLatin1Char('\n'));
+                        {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}}, text);
+}
+
+/// Why it reads so, and that programs have to heed it where the daemon does nothing.
+QString remark(const PolicyState &policy)
+{
+    QStringList remarks;
+    if (const QString reason = policy.shortReason(); !reason.isEmpty())
+        remarks.append(reason);
+    if (!policy.isEnforced())
+        remarks.append(QStringLiteral("only announced"));
+    return remarks.join(QStringLiteral("; "));
 }
 
 QString toLine(const PolicyState &policy, int width, const Output &output)
 {
     const QString padding(width - policy.key.size() + 2, QLatin1Char(' '));
     QString line = policy.key + padding + output.paint(policy.value);
-    if (const QString reason = policy.shortReason(); !reason.isEmpty()) {
+    if (const QString text = remark(policy); !text.isEmpty()) {
         line += QString(6 - onOff(policy.value).size(), QLatin1Char(' '))
-            + output.paint(Output::Style::Faint, reason);
+            + output.paint(Output::Style::Faint, text);
     }
     return line + QLatin1Char('\n');
+}
+
+QString toText(const QVector<PolicyState> &policies, const Request &request, const Output &output)
+{
+    const QString fields = request.options.value(QStringLiteral("fields"));
+    int width = 0;
+    for (const PolicyState &policy : policies)
+        width = std::max(width, policy.key.size());
+    QString text;
+    for (const PolicyState &policy : policies)
+        text += fields.isNull() ? toLine(policy, width, output)
+                                : Fields::line(policy, fields.split(QLatin1Char(',')));
+    return text;
 }
 
 } // namespace
 
 ExitCode Verbs::list(const Request &request, Output &output)
 {
-    if (request.has(QStringLiteral("keys")))
-        return listKeys(output);
+    const QStringList keys = KnownPolicies::matching(request.arguments);
+    const bool onlyOff = request.has(QStringLiteral("off"));
+    const bool onlyKeys = request.has(QStringLiteral("keys"));
+    if (onlyKeys && !onlyOff)
+        return listKeys(keys, output);
 
     Daemon daemon(request.timeout);
     if (const auto owner = daemon.open(); !owner)
         return output.fail(owner.failure());
-    const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
+    const Result<Snapshot> snapshot = takeSnapshot(daemon, keys);
     if (!snapshot)
         return output.fail(snapshot.failure());
 
-    int width = 0;
-    for (const PolicyState &policy : snapshot->policies)
-        width = std::max(width, policy.key.size());
+    QVector<PolicyState> listed;
+    QStringList listedKeys;
     QJsonArray policies;
-    QString text;
     for (const PolicyState &policy : snapshot->policies) {
-        if (request.has(QStringLiteral("off")) && policy.value.value_or(false))
+        if (onlyOff && policy.value.value_or(false))
             continue;
+        listed.append(policy);
+        listedKeys.append(policy.key);
         policies.append(policy.toJson());
-        text += toLine(policy, width, output);
     }
-    return output.write(ExitCode::Done, {{QStringLiteral("policies"), policies}}, text);
+    if (onlyKeys)
+        return listKeys(listedKeys, output);
+    return output.write(ExitCode::Done, {{QStringLiteral("policies"), policies}},
+                        toText(listed, request, output));
 }

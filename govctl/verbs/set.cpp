@@ -1,8 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
-#include "govctl/policystate.h"
-#include "govctl/verb.h"
+#include "govctl/effects.h"
+#include "govctl/evidence.h"
+#include "govctl/forecast.h"
+#include "govctl/knownpolicies.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
+#include "govctl/timelimit.h"
+#include "govctl/writing.h"
 
 namespace {
 
@@ -10,80 +15,125 @@ namespace {
 struct Change
 {
     PolicyState before;
-    PolicyState after;
+    Verdict after;
     bool requested;
+    QStringList notes;
 
-    bool isChange() const { return before.value != after.value || before.stored != after.stored; }
+    bool isChange() const
+    {
+        return before.value != after.policy.value || before.stored != after.policy.stored;
+    }
 };
 
 Failure refusal(const PolicyState &before)
 {
-    QString why = Text::tr("it is locked, or the daemon could not save it");
+    QString why = QStringLiteral("it is locked, or the daemon could not save it");
     if (before.reason() == Reason::Lock)
-        why = Text::tr("it is locked");
+        why = QStringLiteral("it is locked");
     else if (before.value.value_or(false))
-        why = Text::tr("it could not be saved");
+        why = QStringLiteral("it could not be saved");
     return {ExitCode::Refused,
             QStringLiteral("refused"),
-            Text::tr("the daemon refused to change %1: %2; its log and \"govctl explain %1\" say "
-                     "more")
+            QStringLiteral("the daemon refused to change %1: %2; its log and \"govctl explain %1\" "
+                           "say more")
                 .arg(before.key, why),
             {}};
 }
 
-QString toText(const Change &change, const Output &output)
+QString changeText(const Change &change, const Output &output)
 {
-    const PolicyState &after = change.after;
+    const PolicyState &after = change.after.policy;
     if (change.before.value != after.value) {
-        return Text::tr("%1: %2 -> %3\n")
+        return QStringLiteral("%1: %2 -> %3\n")
             .arg(after.key, output.paint(change.before.value), output.paint(after.value));
     }
     if (!after.forcingSwitch().isNull()) {
         // Where this user may not read what is stored, it may have changed as well as not.
         const QString form = after.stored && !change.isChange()
-            ? Text::tr("%1 still reads off, because switch %2 is off; stored is %3 already; "
-                       "nothing changed\n")
-            : Text::tr("%1 still reads off, because switch %2 is off; stored is now %3\n");
+            ? QStringLiteral("%1 still reads off, because switch %2 is off; stored is %3 already, "
+                             "and was saved again\n")
+            : QStringLiteral("%1 still reads off, because switch %2 is off; stored is now %3\n");
         return form.arg(after.key, quoted(after.forcingSwitch()), onOff(change.requested));
     }
     if (after.value == change.requested)
-        return Text::tr("%1 is %2 already; nothing changed\n")
+        return QStringLiteral(
+                   "%1 is %2 already; it was saved and recorded again, and not enforced\n")
             .arg(after.key, output.paint(after.value));
-    return Text::tr("the daemon accepted %1, but %2 still reads %3: %4\n")
+    return QStringLiteral("the daemon accepted %1, but %2 still reads %3: %4\n")
         .arg(onOff(change.requested), after.key, output.paint(after.value), after.shortReason());
+}
+
+QString toText(const Change &change, const Output &output)
+{
+    QString text = changeText(change, output);
+    for (const QString &note : change.notes)
+        text += note + QLatin1Char('\n');
+    return text;
 }
 
 QJsonObject toJson(const Change &change)
 {
-    return {{QStringLiteral("policy"), change.after.toJson()},
+    return {{QStringLiteral("policy"), change.after.policy.toJson()},
             {QStringLiteral("before"), valueToJson(change.before.value)},
             {QStringLiteral("requested"), change.requested},
-            {QStringLiteral("changed"), change.isChange()}};
+            {QStringLiteral("changed"), change.isChange()},
+            {QStringLiteral("force"), stateName(change.after.state())},
+            {QStringLiteral("notes"), QJsonArray::fromStringList(change.notes)}};
+}
+
+QStringList notesOn(const Change &change, const Snapshot &before)
+{
+    QStringList notes;
+    if (change.before.value != change.after.policy.value)
+        notes +=
+            sharedModeNotes(before, change.before.type, change.after.policy.value.value_or(false));
+    return notes + forceNotes(change.after);
+}
+
+ExitCode foretell(const Request &request, Output &output, const Snapshot &snapshot,
+                  const PolicyState &policy)
+{
+    if (policy.reason() == Reason::Lock)
+        return output.fail(refusal(policy));
+    const Forecast forecast = forecastPolicy(snapshot, policy.key, request.value(1));
+    return output.write(ExitCode::Done, forecast.toJson(), forecast.toText());
 }
 
 } // namespace
 
 ExitCode Verbs::set(const Request &request, Output &output)
 {
-    const QStringList keys{request.arguments.constFirst()};
+    const QString key = request.arguments.constFirst();
     const bool requested = request.value(1);
 
-    Daemon daemon(request.timeout);
+    Daemon daemon(request.timeout, waitingNote(output));
     if (const auto owner = daemon.open(); !owner)
         return output.fail(owner.failure());
-    const Result<Snapshot> before = takeSnapshot(daemon, keys);
+    const Result<Snapshot> before = takeSnapshot(daemon, KnownPolicies::keys());
     if (!before)
         return output.fail(before.failure());
+    const PolicyState policy = before->policies[KnownPolicies::keys().indexOf(key)];
+    if (request.has(QStringLiteral("dry-run")))
+        return foretell(request, output, *before, policy);
 
-    const Result<bool> accepted = daemon.setPolicy(keys.constFirst(), requested);
+    const Step step{Step::Kind::Policy, key, policy.stored ? policy.stored : policy.value,
+                    requested};
+    const Result<TimeLimit> limit = TimeLimit::begin(request, {step});
+    if (!limit)
+        return output.fail(limit.failure());
+    const Result<bool> accepted = daemon.setPolicy(key, requested);
     if (!accepted)
         return output.fail(accepted.failure());
-    if (!*accepted)
-        return output.fail(refusal(before->policies.constFirst()));
+    if (!*accepted) {
+        limit->cancel();
+        return output.fail(refusal(policy));
+    }
 
-    const Result<Snapshot> after = takeSnapshot(daemon, keys);
+    const Result<Snapshot> after = takeSnapshot(daemon, {key});
     if (!after)
         return output.fail(after.failure());
-    const Change change{before->policies.constFirst(), after->policies.constFirst(), requested};
-    return output.write(ExitCode::Done, toJson(change), toText(change, output));
+    Change change{policy, settledVerdicts(daemon, after->policies).constFirst(), requested, {}};
+    change.notes = notesOn(change, *before) + limit->notes();
+    return output.write(change.after.isContradicted() ? ExitCode::NotInForce : ExitCode::Done,
+                        toJson(change), toText(change, output));
 }

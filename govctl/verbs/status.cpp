@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
 #include "govctl/inspection.h"
-#include "govctl/verb.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
 #include "names.h"
 
 #include <QJsonArray>
@@ -32,28 +32,30 @@ QString ownerText(const Inspection &inspection)
 {
     if (!inspection.owner) {
         const bool isAbsent = inspection.failure->name == QLatin1String("no-service");
-        return row(Text::tr("service"), isAbsent ? Text::tr("not there") : Text::tr("not known"));
+        return row(QStringLiteral("service"),
+                   isAbsent ? QStringLiteral("not there") : QStringLiteral("not known"));
     }
-    const QString user =
-        inspection.owner->user == 0 ? Text::tr("root") : QString::number(inspection.owner->user);
-    return row(Text::tr("service"),
-               Text::tr("%1 is there, as %2").arg(Names::Service, inspection.owner->connection))
-        + row(Text::tr("owner"), Text::tr("user %1").arg(user));
+    const QString user = inspection.owner->user == 0 ? QStringLiteral("root")
+                                                     : QString::number(inspection.owner->user);
+    return row(QStringLiteral("service"),
+               QStringLiteral("%1 is there, as %2")
+                   .arg(Names::Service, inspection.owner->connection))
+        + row(QStringLiteral("owner"), QStringLiteral("user %1").arg(user));
 }
 
 /// Why nothing is compared with @p file.
 QString notComparedText(const StoredValues &file)
 {
-    const QString form = Text::tr("not compared with %1, which %2");
+    const QString form = QStringLiteral("not compared with %1, which %2");
     switch (file.state) {
     case StoredValues::State::Read:
         break;
     case StoredValues::State::Missing:
-        return form.arg(file.path, Text::tr("is missing"));
+        return form.arg(file.path, QStringLiteral("is missing"));
     case StoredValues::State::Unreadable:
-        return form.arg(file.path, Text::tr("this user may not read"));
+        return form.arg(file.path, QStringLiteral("this user may not read"));
     case StoredValues::State::Malformed:
-        return form.arg(file.path, Text::tr("is malformed: nothing can be saved"));
+        return form.arg(file.path, QStringLiteral("is malformed: nothing can be saved"));
     }
     Q_UNREACHABLE();
 }
@@ -62,9 +64,9 @@ QString differencesText(const Snapshot &snapshot, const QVector<PolicyState> &di
                         const Output &output)
 {
     if (snapshot.file.state != StoredValues::State::Read)
-        return row(Text::tr("policies"), notComparedText(snapshot.file));
-    QString text = row(Text::tr("policies"),
-                       Text::tr("%1 of %2 read differently from %3")
+        return row(QStringLiteral("policies"), notComparedText(snapshot.file));
+    QString text = row(QStringLiteral("policies"),
+                       QStringLiteral("%1 of %2 read differently from %3")
                            .arg(QString::number(different.size()),
                                 QString::number(snapshot.policies.size()), snapshot.file.path));
     for (const PolicyState &policy : different) {
@@ -78,12 +80,12 @@ QString differencesText(const Snapshot &snapshot, const QVector<PolicyState> &di
 QString pluginsText(const PluginConditions &plugins)
 {
     if (!plugins)
-        return row(
-            Text::tr("plugins"),
-            Text::tr("not known: this user may not read %1").arg(Names::PluginConditionDirectory));
+        return row(QStringLiteral("plugins"),
+                   QStringLiteral("not known: this user may not read %1")
+                       .arg(Names::PluginConditionDirectory));
     QString text;
     for (const PluginCondition &plugin : *plugins)
-        text += row(Text::tr("plugin"),
+        text += row(QStringLiteral("plugin"),
                     printable(QStringLiteral("%1: %2").arg(plugin.name, plugin.message)));
     return text;
 }
@@ -93,7 +95,7 @@ QString toText(const Inspection &inspection, const QVector<PolicyState> &differe
 {
     QString text = ownerText(inspection);
     if (inspection.snapshot)
-        text += row(Text::tr("answers"), Text::tr("yes"))
+        text += row(QStringLiteral("answers"), QStringLiteral("yes"))
             + differencesText(*inspection.snapshot, different, output)
             + pluginsText(inspection.plugins);
     return text;
@@ -113,11 +115,18 @@ QJsonObject toJson(const Inspection &inspection, const QVector<PolicyState> &dif
             {QStringLiteral("differences"), policies}};
 }
 
+/// A policy that a switch or a lock forces off is as it should be.
+bool isFault(const PolicyState &policy)
+{
+    return policy.reason() != Reason::Switch && policy.reason() != Reason::Lock;
+}
+
 bool isGood(const Inspection &inspection, const QVector<PolicyState> &different)
 {
     const QVector<PluginCondition> plugins =
         inspection.plugins.value_or(QVector<PluginCondition>());
-    return different.isEmpty() && inspection.snapshot->file.state != StoredValues::State::Malformed
+    return std::none_of(different.begin(), different.end(), isFault)
+        && inspection.snapshot->file.state != StoredValues::State::Malformed
         && std::all_of(plugins.begin(), plugins.end(),
                        [](const PluginCondition &plugin) { return plugin.isGood(); });
 }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
+#include "govctl/request.h"
 #include "govctl/switches.h"
-#include "govctl/verb.h"
+#include "govctl/text.h"
 
 #include <QJsonArray>
 
@@ -24,7 +24,7 @@ QString toLine(const Daemon::Switch &governor, const Output &output)
     const QStringList policies = governedPolicies(governor);
     return QStringLiteral("%1  %2  %3\n")
         .arg(quoted(governor.key), output.paint(governor.value),
-             policies.isEmpty() ? Text::tr("governs nothing")
+             policies.isEmpty() ? QStringLiteral("governs nothing")
                                 : policies.join(QStringLiteral(", ")));
 }
 

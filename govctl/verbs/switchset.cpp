@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
+#include "govctl/forecast.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
+#include "govctl/request.h"
 #include "govctl/switches.h"
-#include "govctl/verb.h"
+#include "govctl/text.h"
+#include "govctl/writing.h"
 
 #include <QJsonArray>
 
@@ -49,13 +51,13 @@ QString headline(const Change &change, const Output &output)
     const bool value = change.valueIn(change.after);
     const QString name = quoted(change.key);
     if (change.isChange()) {
-        return Text::tr("switch %1: %2 -> %3\n")
+        return QStringLiteral("switch %1: %2 -> %3\n")
             .arg(name, output.paint(!value), output.paint(value));
     }
     if (value == change.requested)
-        return Text::tr("switch %1 is %2 already; nothing changed\n")
+        return QStringLiteral("switch %1 is %2 already; it was saved and recorded again\n")
             .arg(name, output.paint(value));
-    return Text::tr("switch %1 still reads %2; its plugin accepted %3 and may be slow\n")
+    return QStringLiteral("switch %1 still reads %2; its plugin accepted %3 and may be slow\n")
         .arg(name, output.paint(value), onOff(change.requested));
 }
 
@@ -84,12 +86,13 @@ QJsonObject toJson(const Change &change)
 
 Failure refusal(const QString &key)
 {
-    return {ExitCode::Refused,
-            QStringLiteral("refused"),
-            Text::tr("the daemon refused to change switch %1: its plugin did not take the value, "
-                     "or it could not be saved; the daemon's log says more")
-                .arg(quoted(key)),
-            {}};
+    return {
+        ExitCode::Refused,
+        QStringLiteral("refused"),
+        QStringLiteral("the daemon refused to change switch %1: its plugin did not take the value, "
+                       "or it could not be saved; the daemon's log says more")
+            .arg(quoted(key)),
+        {}};
 }
 
 QStringList keysOf(const QVector<Daemon::Switch> &switches)
@@ -107,7 +110,7 @@ ExitCode Verbs::switchSet(const Request &request, Output &output)
     const QString key = request.arguments.constFirst();
     const bool requested = request.value(1);
 
-    Daemon daemon(request.timeout);
+    Daemon daemon(request.timeout, waitingNote(output));
     if (const auto owner = daemon.open(); !owner)
         return output.fail(owner.failure());
     const Result<Snapshot> before = takeSnapshot(daemon, KnownPolicies::keys());
@@ -115,6 +118,11 @@ ExitCode Verbs::switchSet(const Request &request, Output &output)
         return output.fail(before.failure());
     if (const auto failure = checkSwitch(key, keysOf(before->switches)))
         return output.fail(*failure);
+
+    if (request.has(QStringLiteral("dry-run"))) {
+        const Forecast forecast = forecastSwitch(*before, key, requested);
+        return output.write(ExitCode::Done, forecast.toJson(), forecast.toText());
+    }
 
     const Result<bool> accepted = daemon.setSwitch(key, requested);
     if (!accepted)

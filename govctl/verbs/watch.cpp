@@ -1,13 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
 #include "govctl/commandqueue.h"
 #include "govctl/daemonfailure.h"
-#include "govctl/verb.h"
+#include "govctl/knownpolicies.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
 #include "govctl/watcher.h"
 #include "names.h"
 
 #include <QEventLoop>
+
+#include <algorithm>
 
 namespace {
 
@@ -24,6 +27,28 @@ QString toText(const Event &event, const Output &output)
     return QStringLiteral("%1  %2  %3  %4\n")
         .arg(event.time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")),
              event.kindName().leftJustified(7), printable(event.key), output.paint(event.value));
+}
+
+/// Fails when nothing could ever have one of the names that are asked for. A daemon that is not
+/// there yet tells no switches, so then nothing is wrong.
+Outcome checkNames(const Request &request)
+{
+    for (const QString &name : request.arguments) {
+        if (!KnownPolicies::matching(name).isEmpty())
+            continue;
+        Daemon daemon(request.timeout);
+        if (!daemon.open())
+            return std::nullopt;
+        const Result<Daemon::Reading> reading = daemon.read({});
+        if (!reading)
+            return reading.failure();
+        const auto matches = [&name](const QString &key) {
+            return matchesAny({name}, key);
+        };
+        if (std::none_of(reading->switchKeys.begin(), reading->switchKeys.end(), matches))
+            return unknownPolicy(name);
+    }
+    return std::nullopt;
 }
 
 /// One run of the verb: carries events to the output and the command until it is time to end.
@@ -63,7 +88,7 @@ Session::Session(const Request &request, Output &output)
         m_output.note(DaemonFailure::foreignOwner(user).message);
     });
     QObject::connect(&m_watcher, &Watcher::disconnected, &m_loop, [this] {
-        end(m_output.fail(DaemonFailure::noBus(Text::tr("the connection was lost"))));
+        end(m_output.fail(DaemonFailure::noBus(QStringLiteral("the connection was lost"))));
     });
     QObject::connect(&m_commands, &CommandQueue::ended, &m_loop,
                      [this](const QString &complaint) { onCommandEnded(complaint); });
@@ -71,9 +96,12 @@ Session::Session(const Request &request, Output &output)
 
 ExitCode Session::run()
 {
-    if (const auto failure = m_watcher.start(m_request.timeout))
+    const bool waits = m_request.has(QStringLiteral("wait"));
+    if (const auto failure = m_watcher.start(m_request.timeout, waits))
         return m_output.fail(*failure);
-    m_output.note(Text::tr("watching %1").arg(Names::Service));
+    if (const auto failure = checkNames(m_request))
+        return m_output.fail(*failure);
+    m_output.note(QStringLiteral("watching %1").arg(Names::Service));
     // What happened meanwhile may have been all.
     if (!m_code)
         m_loop.exec();
@@ -88,10 +116,11 @@ void Session::end(ExitCode code)
 
 void Session::onEvent(const Event &event)
 {
-    if (m_hasAll)
+    const bool isChange = event.kind != Event::Kind::Service;
+    const QStringList &names = m_request.arguments;
+    if (m_hasAll || (isChange && !names.isEmpty() && !matchesAny(names, event.key)))
         return;
     m_output.write(ExitCode::Done, toJson(event), toText(event, m_output));
-    const bool isChange = event.kind != Event::Kind::Service;
     const bool runsCommand = isChange && m_hasCommand;
     m_hasAll = !m_output.isOpen() || (m_once && isChange);
     if (runsCommand)

@@ -6,14 +6,16 @@
 // An input is a command line with an argument on each line.
 #include "govctl/commandline.h"
 
-#include "commandline/text.h"
 #include "govctl/knownpolicies.h"
+#include "govctl/place.h"
 #include "govctl/program.h"
+#include "govctl/text.h"
 #include "tests/fuzz/check.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -22,6 +24,9 @@ namespace {
 /// Verbs that ask nobody, so that they can run to their end a thousand times a second.
 const QStringList Quick{QStringLiteral("complete"), QStringLiteral("can")};
 
+/// The verb of a line that names none.
+const QString Silent = QStringLiteral("summary");
+
 const QStringList On{QStringLiteral("on"), QStringLiteral("true"), QStringLiteral("yes"),
                      QStringLiteral("1")};
 const QStringList Off{QStringLiteral("off"), QStringLiteral("false"), QStringLiteral("no"),
@@ -29,7 +34,7 @@ const QStringList Off{QStringLiteral("off"), QStringLiteral("false"), QStringLit
 
 bool isDocumented(ExitCode code)
 {
-    return code >= ExitCode::Done && code <= ExitCode::NoOutput;
+    return code >= ExitCode::Done && code <= ExitCode::NotInForce;
 }
 
 void checkArgument(const Argument &argument, const QString &text)
@@ -44,7 +49,13 @@ void checkArgument(const Argument &argument, const QString &text)
         require(value.has_value() && (*value ? On : Off).contains(word), "a bad value was taken");
         break;
     }
+    case Argument::Kind::Policies:
+        require(!KnownPolicies::matching(text).isEmpty(), "a pattern without a policy was taken");
+        break;
+    case Argument::Kind::Names:
     case Argument::Kind::Switch:
+    case Argument::Kind::Holds:
+    case Argument::Kind::File:
     case Argument::Kind::Words:
         break;
     }
@@ -54,17 +65,18 @@ void checkArgument(const Argument &argument, const QString &text)
 void checkRequest(const Request &request, const QStringList &line)
 {
     const QStringList words = request.verb->name.split(QLatin1Char(' '));
+    const QStringList written = writtenOut(line);
     int place = 0;
     for (const QString &word : words) {
-        place = line.indexOf(word, place);
-        require(place++ >= 0, "a verb was found that nobody has written");
+        place = written.indexOf(word, place);
+        require(place++ >= 0 || request.verb->name == Silent, "a verb that nobody has written");
     }
-    const bool anyNumber = !request.verb->arguments.isEmpty()
-        && request.verb->arguments.last().kind == Argument::Kind::Words;
-    require(anyNumber || request.arguments.size() == request.verb->arguments.size(),
+    const QVector<Argument> &known = request.verb->arguments;
+    const bool isOpen = !known.isEmpty() && known.last().isOpen();
+    require(isOpen || request.arguments.size() == known.size(),
             "a wrong number of arguments was taken");
-    for (int i = 0; i < request.verb->arguments.size() && !anyNumber; ++i)
-        checkArgument(request.verb->arguments.at(i), request.arguments.at(i));
+    for (int i = 0; i < request.arguments.size(); ++i)
+        checkArgument(known.at(std::min(i, known.size() - 1)), request.arguments.at(i));
     require(request.timeout.count() >= 1 && request.timeout.count() <= 86'400'000,
             "a time-out was taken that is none");
 }
@@ -84,7 +96,9 @@ void check(const QStringList &line)
         return;
     }
     checkRequest(*request, line);
-    require(namedVerb(line) == request->verb->name, "two verbs in one line");
+    const QString named = namedVerb(line);
+    require(named == request->verb->name || (named.isNull() && request->verb->name == Silent),
+            "two verbs in one line");
     if (Quick.contains(request->verb->name))
         require(isDocumented(runProgram(line)), "an exit code that no page tells");
 }

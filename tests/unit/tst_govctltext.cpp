@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "commandline/text.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
+#include "govctl/terminal.h"
+#include "govctl/text.h"
 
 #include <QtTest>
 
@@ -31,7 +32,12 @@ private Q_SLOTS:
     void reasons();
     void nearestNames_data();
     void nearestNames();
-    void onlyFewAreNear();
+    void allThatAreNear();
+    void otherWords_data();
+    void otherWords();
+    void patterns();
+    void longLinesAreFolded_data();
+    void longLinesAreFolded();
     void values();
     void namesCannotSteerTheTerminal();
     void keysAndTypes();
@@ -100,9 +106,70 @@ void TestGovctlText::nearestNames()
     QCOMPARE(nearest(name, KnownPolicies::keys()).value(0), first);
 }
 
-void TestGovctlText::onlyFewAreNear()
+void TestGovctlText::allThatAreNear()
 {
-    QCOMPARE(nearest(QStringLiteral("Usb"), KnownPolicies::keys()).size(), 3);
+    const QStringList usb = KnownPolicies::matching(QStringLiteral("Usb*"));
+    QVERIFY(usb.size() > 3);
+    QCOMPARE(nearest(QStringLiteral("Usb"), KnownPolicies::keys()).mid(0, usb.size()), usb);
+}
+
+void TestGovctlText::otherWords_data()
+{
+    QTest::addColumn<QString>("word");
+    QTest::addColumn<QString>("keys");
+    const auto row = [](const char *word, const char *keys) {
+        QTest::newRow(word) << QString::fromLatin1(word) << QString::fromLatin1(keys);
+    };
+    row("wifi", "WlanEnabled");
+    row("WiFi", "WlanEnabled");
+    row("gps", "LocationEnabled");
+    row("mic", "MicrophoneEnabled");
+    row("tethering", "InternetSharingEnabled UsbNetworkEnabled");
+    row("sms", "MessagesEnabled");
+}
+
+void TestGovctlText::otherWords()
+{
+    QFETCH(QString, word);
+    QFETCH(QString, keys);
+    const Failure failure = unknownPolicy(word);
+    QCOMPARE(failure.nearest.mid(0, keys.count(QLatin1Char(' ')) + 1).join(QLatin1Char(' ')), keys);
+    QVERIFY(!failure.message.contains(QStringLiteral("--keys")));
+}
+
+void TestGovctlText::patterns()
+{
+    const auto found = [](const char *pattern) {
+        return KnownPolicies::matching(QString::fromLatin1(pattern)).join(QLatin1Char(' '));
+    };
+    QCOMPARE(found("VpnEnabled"), QStringLiteral("VpnEnabled"));
+    QCOMPARE(found("Vpn"), QString());
+    QCOMPARE(found("*Storage*"), QStringLiteral("UsbMassStorageEnabled UsbStorageEnabled"));
+    QCOMPARE(found("[VN][pf]?Enabled"), QStringLiteral("VpnEnabled NfcEnabled"));
+    QCOMPARE(KnownPolicies::matching(QStringList()), KnownPolicies::keys());
+}
+
+void TestGovctlText::longLinesAreFolded_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<QString>("result");
+    QTest::newRow("short") << "one two\n" << 20 << "one two\n";
+    QTest::newRow("no terminal") << "one two\n" << 0 << "one two\n";
+    QTest::newRow("plain") << "one two three" << 9 << "one two\nthree";
+    QTest::newRow("below its column")
+        << "  a   one two three" << 14 << "  a   one two\n      three";
+    QTest::newRow("long word") << "a loooooooong b" << 5 << "a\nloooooooong\nb";
+    QTest::newRow("colours take no place")
+        << "\033[1mone\033[0m two" << 7 << "\033[1mone\033[0m two";
+}
+
+void TestGovctlText::longLinesAreFolded()
+{
+    QFETCH(QString, text);
+    QFETCH(int, columns);
+    QFETCH(QString, result);
+    QCOMPARE(Terminal::folded(text, columns), result);
 }
 
 void TestGovctlText::values()
@@ -121,6 +188,7 @@ void TestGovctlText::namesCannotSteerTheTerminal()
     QCOMPARE(printable(QStringLiteral("\033[2J\n\t\u202e")),
              QStringLiteral("\\u001b[2J\\u000a\\u0009\\u202e"));
     QCOMPARE(quoted(QStringLiteral("x\n")), QStringLiteral("\"x\\u000a\""));
+    QCOMPARE(cited(QString(1000, QLatin1Char('x'))).size(), 65);
 }
 
 void TestGovctlText::keysAndTypes()

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/carriers.h"
 #include "govctl/effects.h"
 #include "handlers.h"
 #include "tables.h"
@@ -85,6 +86,8 @@ private Q_SLOTS:
     void pageTellsWhatTheTablesSay();
     void explainTellsWhatTheTablesSay_data();
     void explainTellsWhatTheTablesSay();
+    void everyCarrierIsLookedAt();
+    void sharedUsbModesAreKnown();
 };
 
 void tst_Tables::everyPolicyIsOnThePage()
@@ -136,6 +139,37 @@ void tst_Tables::explainTellsWhatTheTablesSay()
     for (const bool value : {false, true}) {
         for (const QString &name : names)
             QVERIFY2(!enforcementEffects(number, value).filter(name).isEmpty(), qPrintable(name));
+    }
+}
+
+/// "govctl verify" looks at each service that is told something, and at something for each policy
+/// that the daemon enforces.
+void tst_Tables::everyCarrierIsLookedAt()
+{
+    QMap<int, QStringList> looked;
+    for (const Carrier &carrier : carriers())
+        looked[carrier.type].append(carrier.name);
+    for (int number = 0; number <= PolicyTypes::enumeration().keyCount(); ++number) {
+        QCOMPARE(looked.contains(number), !actionsOf(type(number)).empty());
+        const QStringList services = servicesOf(type(number));
+        for (const QString &service : services) {
+            const bool isToldNothing = serviceHandlers.value(service).second == updateDenylist
+                && !policyApplications.contains(type(number));
+            QVERIFY2(isToldNothing || looked.value(number).contains(service), qPrintable(service));
+        }
+    }
+}
+
+void tst_Tables::sharedUsbModesAreKnown()
+{
+    for (int number = 0; number <= PolicyTypes::enumeration().keyCount(); ++number) {
+        QVector<int> sharing;
+        for (int other = 0; other <= PolicyTypes::enumeration().keyCount(); ++other) {
+            if (other != number && !modesOf(type(number)).isEmpty()
+                && modesOf(type(other)) == modesOf(type(number)))
+                sharing.append(other);
+        }
+        QCOMPARE(sharingUsbMode(number), sharing);
     }
 }
 

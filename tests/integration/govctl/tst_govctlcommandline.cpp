@@ -27,6 +27,8 @@ private Q_SLOTS:
     void noProgramName();
     void noEnvironment();
     void colourOnlyOnATerminal();
+    void linesFoldAtTheTerminalsWidth();
+    void longNamesAreCut();
     void readerThatHasGone();
     void fullDisk();
     void closedOutput();
@@ -45,28 +47,34 @@ void TestGovctlCommandLine::wrongUsage_data()
         QTest::newRow(*arguments ? arguments : "nothing")
             << QString::fromLatin1(arguments) << QString::fromLatin1(message);
     };
-    row("", "no verb given; see govctl --help");
     row("frobnicate", "unknown verb \"frobnicate\"; see govctl --help");
     row("help", "unknown verb \"help\"; see govctl --help");
     row("x", "unknown verb \"x\"; see govctl --help");
     row("lst", "unknown verb \"lst\"; did you mean list?");
     row("switch", "switch needs one of: list, get, set");
     row("switch lst", "unknown verb \"switch lst\"; did you mean switch list");
-    row("list --of", "Unknown option 'of'; see govctl --help");
-    row("--nonsense list", "Unknown option 'nonsense'; see govctl --help");
-    row("list extra", "too many arguments; use: govctl list");
+    row("list --ofx", "unknown option \"--ofx\"; did you mean --off?");
+    row("list --xyz=1", "unknown option \"--xyz\"; see govctl --help");
+    row("--nonsense list", "unknown option \"--nonsense\"; see govctl --help");
+    row("s", "unknown verb \"s\"; did you mean set, switch list");
+    row("list --json=no", "--json takes no value");
+    row("list --color red", "--color takes auto, always, never, not \"red\"");
+    row("get wifi", "unknown policy \"wifi\"; did you mean WlanEnabled?");
+    row("status extra", "too many arguments; use: govctl status");
+    row("list extra", "unknown policy \"extra\"");
+    row("set CameraEnabled off --for ever", "--for takes a time like 90m");
     row("get", "too few arguments; use: govctl get KEY");
     row("set CameraEnabled", "too few arguments; use: govctl set KEY on|off");
     row("set CameraEnabled maybe", "a value is on or off");
     row("switch set radio 2", "a value is on or off");
-    row("list --timeout", "Missing value after '--timeout'; see govctl --help");
+    row("list --timeout", "--timeout needs a value; see govctl --help");
     row("list --timeout soon", "--timeout takes seconds, from 0.001 to 86400, not \"soon\"");
     row("list --timeout 0", "--timeout takes seconds");
     row("list --timeout -1", "--timeout takes seconds");
     row("list --timeout nan", "--timeout takes seconds");
     row("list --timeout inf", "--timeout takes seconds");
     row("list --timeout 1e9", "--timeout takes seconds");
-    row("get CameraEnabled --exec x", "Unknown option 'exec'");
+    row("get CameraEnabled --exec x", "unknown option \"--exec\"");
     row("get NoPolicy", "unknown policy \"NoPolicy\"; \"govctl list --keys\" names them");
     row("get frobnicate", "unknown policy \"frobnicate\"; \"govctl list --keys\" names them");
     row("get PolicyType::CameraEnabled", "unknown policy");
@@ -122,7 +130,8 @@ void TestGovctlCommandLine::optionsStandAnywhere()
     Govctl govctl;
     for (const char *arguments :
          {"--json --timeout 9 switch get radio", "switch --json get --timeout=9 radio",
-          "switch get radio --timeout 9 --json", "--json switch get -- radio"}) {
+          "switch get radio --timeout 9 --json", "--json switch get -- radio",
+          "sw g radio --js --timeout 1 --timeout 9"}) {
         const Outcome outcome = govctl.run(QString::fromLatin1(arguments));
         QCOMPARE(outcome.result().value(QStringLiteral("value")), QJsonValue(true));
     }
@@ -133,10 +142,11 @@ void TestGovctlCommandLine::helpIsText()
     Govctl govctl;
     const Outcome all = govctl.run(QStringLiteral("--help --json"));
     QCOMPARE(all.code, 0);
-    QVERIFY(all.out.startsWith(QStringLiteral("Usage: govctl VERB [options]")));
+    QVERIFY(all.out.contains(QStringLiteral("\nUsage: govctl VERB [options]\n")));
     const Outcome one = govctl.run(QStringLiteral("switch set --help"));
     QCOMPARE(one.code, 0);
-    QVERIFY(one.out.startsWith(QStringLiteral("Usage: govctl switch set [options] SWITCH on|off")));
+    QVERIFY(
+        one.out.contains(QStringLiteral("\nUsage: govctl switch set SWITCH on|off [options]\n")));
     QVERIFY(QRegularExpression(QStringLiteral("^govctl \\d+\\.\\d+\\.\\d+\n$"))
                 .match(govctl.run(QStringLiteral("-v")).out)
                 .hasMatch());
@@ -149,7 +159,7 @@ void TestGovctlCommandLine::noProgramName()
     const Outcome named = govctl.shell(QStringLiteral("exec -a '' govctl list --keys"));
     QCOMPARE(named.code, 0);
     QVERIFY(named.lines().contains(QStringLiteral("CameraEnabled")));
-    QCOMPARE(govctl.shell(QStringLiteral("exec -a '' govctl")).code, 2);
+    QCOMPARE(govctl.shell(QStringLiteral("exec -a '' govctl lst")).code, 2);
 }
 
 void TestGovctlCommandLine::noEnvironment()
@@ -170,7 +180,10 @@ void TestGovctlCommandLine::colourOnlyOnATerminal()
     Govctl govctl;
     const QString onTerminal = QStringLiteral("script -qec 'govctl get CameraEnabled' /dev/null; "
                                               "script -qec 'govctl list' /dev/null");
+    QVERIFY(govctl.run(QStringLiteral("list --color always")).out.contains(QLatin1Char('\033')));
     govctl.setEnvironment(QStringLiteral("TERM"), QStringLiteral("xterm"));
+    QVERIFY(!govctl.shell(QStringLiteral("script -qec 'govctl list --color never' /dev/null"))
+                 .out.contains(QLatin1Char('\033')));
     QVERIFY(govctl.shell(onTerminal).out.contains(QLatin1Char('\033')));
     QVERIFY(!govctl.run(QStringLiteral("list")).out.contains(QLatin1Char('\033')));
     govctl.setEnvironment(QStringLiteral("NO_COLOR"), QStringLiteral("1"));
@@ -178,6 +191,26 @@ void TestGovctlCommandLine::colourOnlyOnATerminal()
     govctl.setEnvironment(QStringLiteral("NO_COLOR"), QString());
     govctl.setEnvironment(QStringLiteral("TERM"), QStringLiteral("dumb"));
     QVERIFY(!govctl.shell(onTerminal).out.contains(QLatin1Char('\033')));
+}
+
+void TestGovctlCommandLine::linesFoldAtTheTerminalsWidth()
+{
+    Govctl govctl;
+    const Outcome narrow = govctl.shell(
+        QStringLiteral("script -qec 'stty cols 40; govctl --help; govctl get x' /dev/null"));
+    for (const QString &line : narrow.lines())
+        QVERIFY2(line.trimmed().size() <= 40, qPrintable(line));
+    const QStringList wide = govctl.run(QStringLiteral("--help")).lines();
+    QVERIFY(
+        std::any_of(wide.begin(), wide.end(), [](const auto &line) { return line.size() > 80; }));
+}
+
+void TestGovctlCommandLine::longNamesAreCut()
+{
+    Govctl govctl;
+    const Outcome cut = govctl.run({QStringLiteral("get"), QString(5000, QLatin1Char('x'))});
+    QCOMPARE(cut.code, 2);
+    QVERIFY2(cut.err.size() < 200, qPrintable(cut.err));
 }
 
 void TestGovctlCommandLine::readerThatHasGone()

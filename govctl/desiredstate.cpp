@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/desiredstate.h"
+
+#include "govctl/knownpolicies.h"
+#include "govctl/text.h"
+
+#include <QFile>
+
+#include <glib.h>
+
+#include <memory>
+
+namespace {
+
+const QString PolicyGroup = QStringLiteral("policy");
+const QString SwitchGroup = QStringLiteral("switch");
+
+using KeyFile = std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)>;
+using Strings = std::unique_ptr<gchar *, decltype(&g_strfreev)>;
+
+Failure badFile(const QString &path, const QString &what)
+{
+    return {ExitCode::Usage,
+            QStringLiteral("bad-file"),
+            QStringLiteral("%1: %2").arg(printable(path), printable(what)),
+            {}};
+}
+
+Result<QByteArray> contentOf(const QString &path)
+{
+    QFile file(path);
+    const bool isOpen = path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
+                                                   : file.open(QIODevice::ReadOnly);
+    if (!isOpen)
+        return badFile(path, file.errorString());
+    const QByteArray content = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return badFile(path, file.errorString());
+    return content;
+}
+
+QString groupText(const QString &name, const QStringList &keys, const QMap<QString, bool> &values)
+{
+    if (values.isEmpty())
+        return {};
+    QString text = QStringLiteral("[%1]\n").arg(name);
+    for (const QString &key : keys) {
+        if (const auto value = values.constFind(key); value != values.constEnd())
+            text += QStringLiteral("%1=%2\n").arg(
+                key, *value ? QStringLiteral("true") : QStringLiteral("false"));
+    }
+    return text;
+}
+
+QJsonObject toObject(const QMap<QString, bool> &values)
+{
+    QJsonObject result;
+    for (auto value = values.begin(); value != values.end(); ++value)
+        result.insert(value.key(), value.value());
+    return result;
+}
+
+Result<QMap<QString, bool>> readGroup(GKeyFile *file, const char *group, const QString &path)
+{
+    const Strings keys(g_key_file_get_keys(file, group, nullptr, nullptr), g_strfreev);
+    QMap<QString, bool> result;
+    for (gchar **key = keys.get(); key && *key; ++key) {
+        const std::unique_ptr<gchar, decltype(&g_free)> text(
+            g_key_file_get_value(file, group, *key, nullptr), g_free);
+        const QString name = QString::fromUtf8(*key);
+        const std::optional<bool> value = parseValue(QString::fromUtf8(text.get()));
+        if (!value)
+            return badFile(path,
+                           QStringLiteral("%1 in [%2] is neither true nor false")
+                               .arg(cited(name), QString::fromUtf8(group)));
+        result.insert(name, *value);
+    }
+    return result;
+}
+
+} // namespace
+
+QString DesiredState::toText() const
+{
+    return groupText(PolicyGroup, KnownPolicies::keys(), policies)
+        + groupText(SwitchGroup, switches.keys(), switches);
+}
+
+QJsonObject DesiredState::toJson() const
+{
+    return {{PolicyGroup, toObject(policies)}, {SwitchGroup, toObject(switches)}};
+}
+
+Result<DesiredState> readDesiredState(const QString &path)
+{
+    const Result<QByteArray> content = contentOf(path);
+    if (!content)
+        return content.failure();
+    const KeyFile file(g_key_file_new(), g_key_file_unref);
+    GError *error = nullptr;
+    if (!g_key_file_load_from_data(file.get(), content->constData(),
+                                   static_cast<gsize>(content->size()), G_KEY_FILE_NONE, &error)) {
+        const QString message = QString::fromUtf8(error->message);
+        g_error_free(error);
+        return badFile(path, message);
+    }
+    const Strings groups(g_key_file_get_groups(file.get(), nullptr), g_strfreev);
+    DesiredState result;
+    for (gchar **group = groups.get(); *group; ++group) {
+        const QString name = QString::fromUtf8(*group);
+        if (name != PolicyGroup && name != SwitchGroup)
+            return badFile(
+                path,
+                QStringLiteral("there is a group %1 beside policy and switch").arg(cited(name)));
+        const Result<QMap<QString, bool>> values = readGroup(file.get(), *group, path);
+        if (!values)
+            return values.failure();
+        (name == PolicyGroup ? result.policies : result.switches) = *values;
+    }
+    return result;
+}
+
+DesiredState currentState(const Snapshot &snapshot)
+{
+    DesiredState result;
+    for (const PolicyState &policy : snapshot.policies) {
+        if (!policy.value)
+            continue;
+        const bool isForced = policy.reason() == Reason::Switch;
+        result.policies.insert(policy.key,
+                               isForced ? policy.stored.value_or(false) : *policy.value);
+    }
+    for (const Daemon::Switch &governor : snapshot.switches)
+        result.switches.insert(governor.key, governor.value);
+    return result;
+}

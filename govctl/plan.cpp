@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/plan.h"
+
+#include "govctl/knownpolicies.h"
+#include "govctl/switches.h"
+#include "govctl/text.h"
+
+#include <algorithm>
+
+namespace {
+
+const QString PolicyKind = QStringLiteral("policy");
+const QString SwitchKind = QStringLiteral("switch");
+const QString Kind = QStringLiteral("kind");
+const QString Key = QStringLiteral("key");
+const QString Before = QStringLiteral("before");
+const QString Value = QStringLiteral("value");
+
+const PolicyState *find(const QVector<PolicyState> &policies, const QString &key)
+{
+    const auto found =
+        std::find_if(policies.begin(), policies.end(),
+                     [&key](const PolicyState &policy) { return policy.key == key; });
+    return found == policies.end() ? nullptr : &*found;
+}
+
+Failure obstacle(const QString &name, const QString &message)
+{
+    return {ExitCode::Refused, name, message, {}};
+}
+
+/// The first switch that keeps @p policy off although the file does not want it off.
+QString unwantedSwitch(const PolicyState &policy, const DesiredState &desired)
+{
+    for (const Daemon::Switch &governor : policy.switches) {
+        if (!governor.value && !desired.switches.contains(governor.key))
+            return governor.key;
+    }
+    return {};
+}
+
+/// Why @p policy cannot become @p wanted.
+Outcome obstacleTo(const PolicyState &policy, bool wanted, const DesiredState &desired)
+{
+    if (!wanted)
+        return std::nullopt;
+    if (policy.reason() == Reason::Lock)
+        return obstacle(QStringLiteral("locked"),
+                        QStringLiteral("%1 cannot be switched on: it is locked").arg(policy.key));
+    if (const QString governor = unwantedSwitch(policy, desired); !governor.isNull())
+        return obstacle(QStringLiteral("switched-off"),
+                        QStringLiteral("%1 would stay off: switch %2 is off, and the file does not "
+                                       "name it")
+                            .arg(policy.key, cited(governor)));
+    return std::nullopt;
+}
+
+bool isAlready(const PolicyState &policy, bool wanted)
+{
+    switch (policy.reason()) {
+    case Reason::Lock:
+        return !wanted;
+    case Reason::Switch:
+        return policy.stored.value_or(false) == wanted;
+    case Reason::File:
+    case Reason::NoValue:
+        return false;
+    case Reason::Stored:
+    case Reason::Unknown:
+        return policy.value == wanted;
+    }
+    Q_UNREACHABLE();
+}
+
+void planPolicies(Plan &plan, const DesiredState &desired, const Snapshot &snapshot)
+{
+    for (auto entry = desired.policies.begin(); entry != desired.policies.end(); ++entry) {
+        const PolicyState *policy = find(snapshot.policies, entry.key());
+        if (!policy)
+            plan.obstacles.append(unknownPolicy(entry.key()));
+        else if (const Outcome failure = obstacleTo(*policy, entry.value(), desired))
+            plan.obstacles.append(*failure);
+        else if (isAlready(*policy, entry.value()))
+            ++plan.kept;
+        else
+            plan.steps.append({Step::Kind::Policy, entry.key(),
+                               policy->reason() == Reason::Switch ? policy->stored : policy->value,
+                               entry.value()});
+    }
+}
+
+void planSwitches(Plan &plan, const DesiredState &desired, const Snapshot &snapshot)
+{
+    QMap<QString, bool> known;
+    for (const Daemon::Switch &governor : snapshot.switches)
+        known.insert(governor.key, governor.value);
+    for (auto entry = desired.switches.begin(); entry != desired.switches.end(); ++entry) {
+        if (const Outcome failure = checkSwitch(entry.key(), known.keys()))
+            plan.obstacles.append(*failure);
+        else if (known.value(entry.key()) == entry.value())
+            ++plan.kept;
+        else
+            plan.steps.append({Step::Kind::Switch, entry.key(), !entry.value(), entry.value()});
+    }
+}
+
+} // namespace
+
+Outcome writeStep(Daemon &daemon, const Step &step, bool value)
+{
+    const Result<bool> accepted = step.kind == Step::Kind::Switch
+        ? daemon.setSwitch(step.key, value)
+        : daemon.setPolicy(step.key, value);
+    if (!accepted)
+        return accepted.failure();
+    if (*accepted)
+        return std::nullopt;
+    return Failure{
+        ExitCode::Refused,
+        QStringLiteral("refused"),
+        QStringLiteral("the daemon refused to change %1; its log says more").arg(step.name()),
+        {}};
+}
+
+QString Step::name() const
+{
+    return kind == Kind::Switch ? QStringLiteral("switch %1").arg(cited(key)) : key;
+}
+
+QJsonObject Step::toJson() const
+{
+    return {{::Kind, kind == Kind::Switch ? SwitchKind : PolicyKind},
+            {Key, key},
+            {Before, valueToJson(before)},
+            {Value, value}};
+}
+
+std::optional<Step> Step::fromJson(const QJsonObject &object)
+{
+    const QString kind = object.value(::Kind).toString();
+    if (kind != PolicyKind && kind != SwitchKind)
+        return std::nullopt;
+    return Step{kind == SwitchKind ? Kind::Switch : Kind::Policy, object.value(Key).toString(),
+                object.value(Before).toBool(), object.value(Value).toBool()};
+}
+
+QJsonArray toJson(const QVector<Step> &steps)
+{
+    QJsonArray result;
+    for (const Step &step : steps)
+        result.append(step.toJson());
+    return result;
+}
+
+Plan planFor(const DesiredState &desired, const Snapshot &snapshot)
+{
+    Plan plan;
+    planPolicies(plan, desired, snapshot);
+    planSwitches(plan, desired, snapshot);
+    std::stable_sort(plan.steps.begin(), plan.steps.end(),
+                     [](const Step &a, const Step &b) { return a.value < b.value; });
+    return plan;
+}
+
+Application carryOut(Daemon &daemon, const QVector<Step> &steps)
+{
+    Application result;
+    for (const Step &step : steps) {
+        result.failure = writeStep(daemon, step, step.value);
+        if (result.failure)
+            break;
+        result.done.append(step);
+    }
+    if (!result.failure)
+        return result;
+    for (int i = result.done.size() - 1; i >= 0; --i) {
+        const Step step = result.done[i];
+        if (step.before && !writeStep(daemon, step, *step.before)) {
+            result.takenBack.append(step);
+            result.done.removeAt(i);
+        }
+    }
+    return result;
+}

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/timelimit.h"
+
+Result<TimeLimit> TimeLimit::begin(const Request &request, const QVector<Step> &steps)
+{
+    // What has its value already is not changed, so there is nothing to take back.
+    QVector<Step> changing;
+    for (const Step &step : steps) {
+        if (step.before && step.before != step.value)
+            changing.append(step);
+    }
+    TimeLimit limit;
+    if (!request.has(QStringLiteral("for")) || changing.isEmpty())
+        return limit;
+    const std::optional<qint64> seconds =
+        parseDuration(request.options.value(QStringLiteral("for")));
+    const Result<Hold> hold = Holds::begin(changing, seconds.value_or(0));
+    if (!hold)
+        return hold.failure();
+    limit.m_hold = *hold;
+    return limit;
+}
+
+void TimeLimit::cancel() const
+{
+    if (m_hold)
+        Holds::forget(*m_hold);
+}
+
+QStringList TimeLimit::notes() const
+{
+    if (!m_hold)
+        return {};
+    const QString when =
+        m_hold->until.toLocalTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    return {QStringLiteral("until %1; \"govctl release %2\" ends it early").arg(when, m_hold->id)};
+}

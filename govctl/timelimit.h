@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef GOVCTL_TIMELIMIT_H
+#define GOVCTL_TIMELIMIT_H
+
+#include "govctl/holds.h"
+#include "govctl/request.h"
+
+/// What the option "for" of a verb that changes something asks for; nothing when it is not given.
+class TimeLimit
+{
+public:
+    /// To be called before @p steps are made.
+    static Result<TimeLimit> begin(const Request &request, const QVector<Step> &steps);
+
+    /// To be called when nothing was changed.
+    void cancel() const;
+
+    /// A line that says when it ends, if there is a limit.
+    QStringList notes() const;
+
+private:
+    std::optional<Hold> m_hold;
+};
+
+#endif

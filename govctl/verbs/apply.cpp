@@ -1,0 +1,116 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/caller.h"
+#include "govctl/planning.h"
+#include "govctl/request.h"
+#include "govctl/timelimit.h"
+#include "govctl/writing.h"
+
+namespace {
+
+/// What was planned, what became of it, and what there is to say beside it.
+struct Work
+{
+    Plan plan;
+    Application application;
+    QStringList notes;
+    bool isContradicted = false; ///< something is seen not to be in force
+};
+
+QJsonObject toJson(const Work &work, bool isDry)
+{
+    return {{QStringLiteral("changed"), !isDry && !work.application.done.isEmpty()},
+            {QStringLiteral("dryRun"), isDry},
+            {QStringLiteral("kept"), work.plan.kept},
+            {QStringLiteral("changes"), toJson(work.application.done)},
+            {QStringLiteral("takenBack"), toJson(work.application.takenBack)},
+            {QStringLiteral("obstacles"), obstaclesToJson(work.plan)},
+            {QStringLiteral("notes"), QJsonArray::fromStringList(work.notes)}};
+}
+
+QString toText(const Work &work, const Output &output)
+{
+    QString text = stepsText(work.application.done, output);
+    for (const Step &step : work.application.takenBack)
+        text += QStringLiteral("%1: taken back, it is %2 again\n")
+                    .arg(step.name(), output.paint(step.before));
+    if (work.plan.steps.isEmpty())
+        text += QStringLiteral("the device is as the file says; nothing to do\n");
+    for (const QString &note : work.notes)
+        text += note + QLatin1Char('\n');
+    return text;
+}
+
+/// Looks whether the policies that were changed are in force. That the daemon does nothing for some
+/// is no news here.
+Outcome addForceNotes(Daemon &daemon, Work &work)
+{
+    QStringList keys;
+    for (const Step &step : work.application.done) {
+        if (step.kind == Step::Kind::Policy)
+            keys.append(step.key);
+    }
+    const Result<Snapshot> after = takeSnapshot(daemon, keys);
+    if (!after)
+        return after.failure();
+    for (const Verdict &verdict : settledVerdicts(daemon, after->policies)) {
+        work.isContradicted |= verdict.isContradicted();
+        if (verdict.state() == Verdict::State::NotInForce)
+            work.notes += forceNotes(verdict);
+    }
+    return std::nullopt;
+}
+
+ExitCode report(const Request &request, Output &output, const Work &work)
+{
+    const bool isDry = request.has(QStringLiteral("dry-run"));
+    const QJsonObject result = toJson(work, isDry);
+    QString text = toText(work, output);
+    if (isDry)
+        text.prepend(QStringLiteral("dry run: nothing is changed\n"));
+    if (work.application.failure)
+        return output.fail(*work.application.failure, result, text);
+    if (work.isContradicted)
+        return output.write(ExitCode::NotInForce, result, text);
+    const bool tells = request.has(QStringLiteral("exit-code"));
+    return output.write(tells && !work.application.done.isEmpty() ? ExitCode::No : ExitCode::Done,
+                        result, text);
+}
+
+/// The first obstacle, for all.
+Failure firstObstacle(const Plan &plan)
+{
+    Failure failure = plan.obstacles.constFirst();
+    failure.message += QStringLiteral("; nothing was changed");
+    if (plan.obstacles.size() > 1)
+        failure.message += QStringLiteral(" (and %1 more; \"govctl diff\" names them)")
+                               .arg(plan.obstacles.size() - 1);
+    return failure;
+}
+
+} // namespace
+
+ExitCode Verbs::apply(const Request &request, Output &output)
+{
+    const bool isDry = request.has(QStringLiteral("dry-run"));
+    Daemon daemon(request.timeout, waitingNote(output));
+    const Result<Plan> plan = planFromFile(daemon, request.arguments.constFirst());
+    if (!plan)
+        return output.fail(plan.failure());
+    if (!plan->obstacles.isEmpty())
+        return output.fail(firstObstacle(*plan), toJson(Work{*plan, {}, {}, false}, isDry), {});
+    if (const auto failure = plan->steps.isEmpty() ? std::nullopt : checkRight(daemon))
+        return output.fail(*failure, toJson(Work{*plan, {}, {}, false}, isDry), {});
+
+    if (isDry)
+        return report(request, output, Work{*plan, {plan->steps, {}, {}}, {}, false});
+    const Result<TimeLimit> limit = TimeLimit::begin(request, plan->steps);
+    if (!limit)
+        return output.fail(limit.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
+    Work work{*plan, carryOut(daemon, plan->steps), limit->notes(), false};
+    if (work.application.done.isEmpty() && !plan->steps.isEmpty())
+        limit->cancel();
+    if (const auto failure = addForceNotes(daemon, work))
+        return output.fail(*failure, toJson(work, isDry), toText(work, output));
+    return report(request, output, work);
+}

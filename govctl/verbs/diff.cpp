@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/planning.h"
+#include "govctl/request.h"
+
+ExitCode Verbs::diff(const Request &request, Output &output)
+{
+    Daemon daemon(request.timeout);
+    const Result<Plan> plan = planFromFile(daemon, request.arguments.constFirst());
+    if (!plan)
+        return output.fail(plan.failure());
+    const QJsonObject result{{QStringLiteral("same"), plan->steps.isEmpty()},
+                             {QStringLiteral("kept"), plan->kept},
+                             {QStringLiteral("changes"), toJson(plan->steps)},
+                             {QStringLiteral("obstacles"), obstaclesToJson(*plan)}};
+    QString text = stepsText(plan->steps, output) + obstaclesText(*plan);
+    if (text.isEmpty())
+        text = QStringLiteral("the device is as the file says\n");
+    const bool isSame = plan->steps.isEmpty() && plan->obstacles.isEmpty();
+    return output.write(isSame ? ExitCode::Done : ExitCode::No, result, text);
+}
