@@ -24,3 +24,9 @@ target_compile_definitions(govd-options INTERFACE
 # Position-independent executables where the tool chain can.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
+
+# What has been compiled before is not compiled again. CCACHE_DISABLE=1 compiles all the same.
+find_program(GOVD_CCACHE ccache)
+if(GOVD_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${GOVD_CCACHE})
+endif()

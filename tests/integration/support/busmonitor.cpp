@@ -12,19 +12,37 @@ namespace {
 
 const char Marker[] = "org.govd.test.Marker";
 
+QString newMarker()
+{
+    return QUuid::createUuid().toString();
+}
+
+void sendMarker(const QDBusConnection &connection, const QString &marker)
+{
+    QDBusMessage message = QDBusMessage::createSignal(
+        QStringLiteral("/"), QString::fromLatin1(Marker), QStringLiteral("Settled"));
+    message.setArguments({marker});
+    connection.send(message);
+}
+
 } // namespace
 
 BusMonitor::BusMonitor()
     : m_output(m_directory.filePath(QStringLiteral("messages")))
-    , m_errors(m_directory.filePath(QStringLiteral("errors")))
 {
     m_process.setStandardOutputFile(m_output.path());
-    m_process.setStandardErrorFile(m_errors.path());
     m_process.start(
         QStringLiteral("busctl"),
         {QStringLiteral("--system"), QStringLiteral("--json=short"), QStringLiteral("monitor")});
-    if (!m_errors.waitForLine(QStringLiteral("Monitoring bus message stream")))
+    // What tells that the connection has become a monitor is that it sees what others send.
+    const QDBusConnection sender = m_bus.connect();
+    const QString marker = newMarker();
+    if (!Support::waitFor([&] {
+            sendMarker(sender, marker);
+            return m_output.contains(marker);
+        }))
         qFatal("The bus monitor does not start");
+    clear();
 }
 
 BusMonitor::~BusMonitor()
@@ -41,12 +59,9 @@ void BusMonitor::settle()
 
 void BusMonitor::settleBus()
 {
-    const QString unique = QUuid::createUuid().toString();
-    QDBusMessage marker = QDBusMessage::createSignal(
-        QStringLiteral("/"), QString::fromLatin1(Marker), QStringLiteral("Settled"));
-    marker.setArguments({unique});
-    m_bus.connect().send(marker);
-    if (!m_output.waitForLine(unique, m_start))
+    const QString marker = newMarker();
+    sendMarker(m_bus.connect(), marker);
+    if (!m_output.waitForLine(marker, m_start))
         qFatal("The bus monitor does not see what is sent");
 }
 

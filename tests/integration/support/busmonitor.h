@@ -58,7 +58,6 @@ private:
 
     QTemporaryDir m_directory;
     LineFile m_output;
-    LineFile m_errors;
     QProcess m_process;
     Bus m_bus;
     int m_start = 0;

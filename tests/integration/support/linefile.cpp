@@ -32,13 +32,16 @@ int LineFile::mark() const
     return m_lines.size();
 }
 
+bool LineFile::contains(const QString &text, int since) const
+{
+    const QStringList later = lines(since);
+    return std::any_of(later.cbegin(), later.cend(),
+                       [&](const QString &line) { return line.contains(text); });
+}
+
 bool LineFile::waitForLine(const QString &text, int since) const
 {
-    return waitFor([&] {
-        const QStringList later = lines(since);
-        return std::any_of(later.cbegin(), later.cend(),
-                           [&](const QString &line) { return line.contains(text); });
-    });
+    return waitFor([&] { return contains(text, since); });
 }
 
 void LineFile::clear()

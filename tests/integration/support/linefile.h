@@ -25,6 +25,9 @@ public:
     /// The number of lines so far: what to give as @p since to see only later ones.
     int mark() const;
 
+    /// Whether a line contains @p text, among those after the first @p since ones.
+    bool contains(const QString &text, int since = 0) const;
+
     /// Waits for a line that contains @p text, among those after the first @p since ones.
     [[nodiscard]] bool waitForLine(const QString &text, int since = 0) const;
 
