@@ -139,8 +139,7 @@ def partitions():
     """The library of partitions in a process that neither fails nor complains of anything."""
     with Partitions() as process:
         yield process
-        assert process.end() == 0
-        assert process.take_log() == []
+        assert (process.end(), process.take_log()) == (0, [])
 
 
 def service_fixture(kind):

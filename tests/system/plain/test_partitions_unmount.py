@@ -142,7 +142,7 @@ def test_reminders_come_at_growing_intervals(storage, partitions):
     # An announcement can be read late, and the pause after it is then shorter than it was.
     assert [pause > 0.9 * FIRST_PAUSE * 2 ** number for number, pause in enumerate(pauses)] == [
         True, True, True]
-    assert partitions.paths(manager=1) == 4 * [BLOCK_PATH]
+    partitions.wait_for(*4 * [BLOCK_PATH], manager=1)
     assert reminders[-1]["status"] == MOUNTED
     assert reminders[-1]["drive"]["connectionBus"] == 1
     wait_for_unmounts(storage, 4)
@@ -256,4 +256,4 @@ def test_reminder_of_a_second_mount_in_the_same_place(storage, partitions):
     wait_until(lambda: storage.blocks[BLOCK_PATH].mount_points == (PLACE,))
     wait_until_unmounted(storage)
     assert len(calls_of(storage, "Unmount")) == 2
-    assert partitions.paths() == [BLOCK_PATH, BLOCK_PATH]
+    partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
