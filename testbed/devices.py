@@ -4,6 +4,7 @@
 
 import contextlib
 import ctypes
+import errno
 import fcntl
 import os
 import pathlib
@@ -12,6 +13,7 @@ import struct
 import subprocess
 
 from testbed.services.storage import object_path
+from testbed.waiting import wait_until
 
 KERNEL = pathlib.Path("/sys/class/block")
 IMAGE = "/run/govd-test-disk"
@@ -70,15 +72,28 @@ class LoopDevice(BlockDevice):
     it away; the kernel does so itself should the test be killed."""
 
     def __init__(self, file):
-        super().__init__(f"loop{free_loop_device()}")
-        self._descriptor = os.open(self.node, os.O_RDWR)
-        with open(file, "r+b") as backing:
-            config = struct.pack("<I56xI", backing.fileno(), LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN)
-            fcntl.ioctl(self._descriptor, LOOP_CONFIGURE, config.ljust(LOOP_CONFIG_SIZE, b"\0"))
+        self._descriptor = wait_until(lambda: self._attach(file))
 
     def __exit__(self, *arguments):
         super().__exit__(*arguments)
         os.close(self._descriptor)
+
+    def _attach(self, file):
+        """Becomes a free device; the descriptor that keeps it. None when somebody else has taken
+        that device first."""
+        super().__init__(f"loop{free_loop_device()}")
+        descriptor = os.open(self.node, os.O_RDWR)
+        try:
+            with open(file, "r+b") as backing:
+                config = struct.pack("<I56xI", backing.fileno(),
+                                     LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN)
+                fcntl.ioctl(descriptor, LOOP_CONFIGURE, config.ljust(LOOP_CONFIG_SIZE, b"\0"))
+        except OSError as error:
+            os.close(descriptor)
+            if error.errno != errno.EBUSY:
+                raise
+            return None
+        return descriptor
 
     def add_partition(self, number):
         """Makes a partition; the kernel is told, and need not understand a partition table."""

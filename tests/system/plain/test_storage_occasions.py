@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""When forbidden storage is unmounted: as the policy is enforced, and whenever it shows up later."""
+"""When forbidden storage is unmounted: as its policy is enforced, and when it turns up later."""
 
 import pytest
 
