@@ -82,7 +82,7 @@ Result<ParsedLine> parseLine(const SplitLine &line, const QList<QCommandLineOpti
     ParsedLine result{parser.positionalArguments(), {}, {}};
     for (const QCommandLineOption &option : options) {
         if (parser.isSet(option))
-            result.options.insert(option.names().last(), parser.value(option));
+            result.options.insert(option.names().constLast(), parser.value(option));
     }
     if (result.isAboutProgram())
         return result;

@@ -41,7 +41,7 @@ int runMain(int argc, char **argv, const char *name, ExitCode (*run)(const QStri
 {
     occupyStandardDescriptors();
     // A reader that leaves shows as an error of the write, however this process was started.
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
 
     // Qt looks for options of its own in what it is given.
     int ownArgc = 1;

@@ -106,8 +106,9 @@ QStringList nearest(const QString &name, const QStringList &known)
     }
     std::stable_sort(found.begin(), found.end(),
                      [](const auto &a, const auto &b) { return a.first < b.first; });
+    const auto best = found.mid(0, MostSuggestions);
     QStringList result;
-    for (const auto &[rank, candidate] : found.mid(0, MostSuggestions))
+    for (const auto &[rank, candidate] : best)
         result.append(candidate);
     return result;
 }

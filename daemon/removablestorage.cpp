@@ -9,7 +9,7 @@
 
 #include <optional>
 
-PartitionManager partitionManager;
+PartitionManager partitionManager; // NOLINT(cert-err58-cpp): built before main, without the bus
 
 namespace {
 

@@ -46,12 +46,12 @@ Outcome checkArguments(const Verb &verb, const QStringList &arguments)
 {
     const int count = verb.arguments.size();
     const bool anyNumber = count > 0 && verb.arguments.last().kind == Argument::Kind::Words;
-    const Outcome failure =
+    Outcome failure =
         anyNumber ? std::nullopt : checkCount(arguments.size(), count, count, formOf(verb));
     if (failure)
         return failure;
     for (int i = 0; i < count; ++i) {
-        if (const Outcome wrong = checkArgument(verb.arguments[i].kind, arguments.value(i)))
+        if (Outcome wrong = checkArgument(verb.arguments[i].kind, arguments.value(i)))
             return wrong;
     }
     return std::nullopt;

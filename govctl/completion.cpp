@@ -31,8 +31,10 @@ QString spelled(const QString &optionName)
 
 bool takesValue(const Place &place, const QString &word)
 {
-    for (const QCommandLineOption &option : optionsAt(place)) {
-        for (const QString &name : option.names()) {
+    const QList<QCommandLineOption> options = optionsAt(place);
+    for (const QCommandLineOption &option : options) {
+        const QStringList names = option.names();
+        for (const QString &name : names) {
             if (spelled(name) == word)
                 return !option.valueName().isEmpty();
         }
@@ -58,9 +60,11 @@ void pass(Place &place, const QString &word)
 
 QVector<Candidate> options(const Place &place)
 {
+    const QList<QCommandLineOption> known = optionsAt(place);
     QVector<Candidate> result;
-    for (const QCommandLineOption &option : optionsAt(place)) {
-        for (const QString &name : option.names())
+    for (const QCommandLineOption &option : known) {
+        const QStringList names = option.names();
+        for (const QString &name : names)
             result.append({spelled(name), option.description()});
     }
     return result;
@@ -68,8 +72,9 @@ QVector<Candidate> options(const Place &place)
 
 QVector<Candidate> verbWords(const Place &place)
 {
+    const QStringList names = continuations(place.verbWords, namesOf(verbs()));
     QVector<Candidate> result;
-    for (const QString &name : continuations(place.verbWords, namesOf(verbs()))) {
+    for (const QString &name : names) {
         const QString word = name.section(QLatin1Char(' '), 0, 0);
         const Verb *verb =
             findVerb(verbs(), (place.verbWords + QStringList{word}).join(QLatin1Char(' ')));
@@ -120,12 +125,14 @@ QVector<Candidate> completeCommandLine(const QStringList &words,
                                        const std::function<QStringList()> &switchKeys)
 {
     Place place;
-    for (const QString &word : words.mid(0, words.size() - 1))
+    const QStringList finished = words.mid(0, words.size() - 1);
+    for (const QString &word : finished)
         pass(place, word);
 
     const QString unfinished = words.isEmpty() ? QString() : words.last();
+    const QVector<Candidate> possible = candidates(place, unfinished, switchKeys);
     QVector<Candidate> result;
-    for (const Candidate &candidate : candidates(place, unfinished, switchKeys)) {
+    for (const Candidate &candidate : possible) {
         // Shells get one candidate on each line, so a name that is no line of text stays out.
         if (candidate.word.startsWith(unfinished) && printable(candidate.word) == candidate.word)
             result.append(candidate);

@@ -13,15 +13,15 @@
 #include <QEventLoop>
 #include <QTimer>
 
-const QString Daemon::PolicyInterface = QStringLiteral("org.kvt.PolicyManager.Policy");
-const QString Daemon::SwitchInterface = QStringLiteral("org.kvt.PolicyManager.Switch");
+const QLatin1String Daemon::PolicyInterface("org.kvt.PolicyManager.Policy");
+const QLatin1String Daemon::SwitchInterface("org.kvt.PolicyManager.Switch");
 
 namespace {
 
-const QString KeyValue = QStringLiteral("KeyValue");
-const QString SetKeyValue = QStringLiteral("SetKeyValue");
-const QString KeyPolicyTypes = QStringLiteral("KeyPolicyTypes");
-const QString Keys = QStringLiteral("Keys");
+const QLatin1String KeyValue("KeyValue");
+const QLatin1String SetKeyValue("SetKeyValue");
+const QLatin1String KeyPolicyTypes("KeyPolicyTypes");
+const QLatin1String Keys("Keys");
 
 bool booleanOf(const QDBusMessage &reply)
 {
@@ -68,7 +68,7 @@ Result<Daemon::Owner> Daemon::findOwner()
 
 Result<Daemon::Owner> Daemon::open()
 {
-    const Result<Owner> owner = findOwner();
+    Result<Owner> owner = findOwner();
     if (!owner)
         return owner;
     if (owner->user != 0)

@@ -75,8 +75,8 @@ public:
     Result<bool> setSwitch(const QString &key, bool value);
 
     /// The interfaces of the daemon's object.
-    static const QString PolicyInterface;
-    static const QString SwitchInterface;
+    static const QLatin1String PolicyInterface;
+    static const QLatin1String SwitchInterface;
 
 private:
     Outcome connectToBus();
