@@ -89,8 +89,8 @@ public:
     Result<bool> busPassesWrites();
 
     /// The interfaces of the daemon's object.
-    static const QString PolicyInterface;
-    static const QString SwitchInterface;
+    static const QLatin1String PolicyInterface;
+    static const QLatin1String SwitchInterface;
 
 private:
     Outcome connectToBus();

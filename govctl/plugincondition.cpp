@@ -10,9 +10,9 @@
 
 namespace {
 
-const QString Name = QStringLiteral("name");
-const QString State = QStringLiteral("state");
-const QString Message = QStringLiteral("message");
+const QLatin1String Name("name");
+const QLatin1String State("state");
+const QLatin1String Message("message");
 
 } // namespace
 

@@ -29,7 +29,7 @@ bool SystemBus::connect(QDeadlineTimer deadline)
     thread->start();
     if (thread->wait(deadline))
         return true;
-    thread.release();
+    (void)thread.release();
     givenUp = true;
     return false;
 }

@@ -14,8 +14,8 @@
 
 namespace {
 
-const QString PolicyChanged = QStringLiteral("PolicyChanged");
-const QString SwitchChanged = QStringLiteral("SwitchChanged");
+const QLatin1String PolicyChanged("PolicyChanged");
+const QLatin1String SwitchChanged("SwitchChanged");
 
 } // namespace
 
@@ -116,7 +116,8 @@ void Watcher::trust(const QString &connection)
         m_held.clear();
     m_owner = connection;
     m_isTrusted = true;
-    for (const Event &event : std::exchange(m_held, {}))
+    const QVector<Event> held = std::exchange(m_held, {});
+    for (const Event &event : held)
         Q_EMIT happened(event);
 }
 

@@ -24,11 +24,11 @@ namespace {
 int explain(const char *argument)
 {
     if (std::strcmp(argument, "--version") == 0) {
-        std::puts("govd " GOVD_VERSION);
+        (void)std::puts("govd " GOVD_VERSION);
         return 0;
     }
     const bool isAsked = std::strcmp(argument, "--help") == 0;
-    std::fputs(
+    (void)std::fputs(
         "Usage: govd\n"
         "\n"
         "Keeps and enforces the device's policies, on the system bus as org.kvt.PolicyManager.\n"

@@ -17,9 +17,10 @@ ExitCode Verbs::complete(const Request &request, Output &output)
         return reading ? reading->switchKeys : QStringList();
     };
 
+    const QVector<Candidate> candidates = completeCommandLine(request.arguments, switchKeys);
     QJsonArray array;
     QString text;
-    for (const Candidate &candidate : completeCommandLine(request.arguments, switchKeys)) {
+    for (const Candidate &candidate : candidates) {
         array.append(QJsonObject{{QStringLiteral("word"), candidate.word},
                                  {QStringLiteral("description"), candidate.description}});
         text += candidate.word + QLatin1Char('\t') + candidate.description + QLatin1Char('\n');

@@ -31,7 +31,7 @@ AccessSwitchPluginLoader::AccessSwitchPluginLoader()
     }
     m_plugin = qobject_cast<AccessSwitchPlugin *>(library->instance());
     if (m_plugin)
-        library.release(); // keeps the library loaded as long as the process lives
+        (void)library.release(); // keeps the library loaded as long as the process lives
     else
         library->unload();
 }

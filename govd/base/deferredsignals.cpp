@@ -35,5 +35,5 @@ DeferredSignals::~DeferredSignals()
 {
     setHandlers(SIG_DFL);
     if (arrived != 0)
-        raise(arrived);
+        (void)raise(arrived);
 }

@@ -132,7 +132,7 @@ void write(QtMsgType type, const QMessageLogContext &context, const QString &mes
         line = prefix + line.replace('\n', '\n' + prefix);
     }
     line += '\n';
-    fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
+    (void)fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
 }
 
 std::atomic<int> limitedLines = 0; ///< of the present period

@@ -20,6 +20,7 @@ struct RemoteObject
     QString interface;
 };
 
+// NOLINTBEGIN(cert-err58-cpp): built before main, of the program's own data; nothing can fail
 // The daemon on the bus
 inline const QString Service = QStringLiteral("org.kvt.PolicyManager");
 inline const QString ObjectPath = QStringLiteral("/org/kvt/PolicyManager");
@@ -99,6 +100,7 @@ inline const RemoteObject UsbModes{QStringLiteral("com.meego.usb_moded"),
 inline const RemoteObject ApplicationSandbox{QStringLiteral("org.pelloraos.appjaild1"),
                                              QStringLiteral("/org/pelloraos/appjaild1"),
                                              QStringLiteral("org.pelloraos.appjaild1")};
+// NOLINTEND(cert-err58-cpp)
 
 } // namespace Names
 

@@ -7,6 +7,7 @@
 
 using namespace PolicyTypes;
 
+// NOLINTBEGIN(cert-err58-cpp): built before main; without memory for them the start ends
 const QHash<PolicyType, PolicyHandler> policyHandlers{
     {Camera, markCamera},
     {Browser, terminateBrowsers},
@@ -43,3 +44,4 @@ const QHash<PolicyType, const char *> usbModeNames{
     {UsbMediaTransfer, "mtp_mode"},
     {DeveloperMode, "developer_mode"},
 };
+// NOLINTEND(cert-err58-cpp)

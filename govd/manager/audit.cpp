@@ -27,7 +27,7 @@ void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
     // the text so.
     const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
                              .arg(key)
-                             .arg(toText(old))
+                             .arg(toText(old)) // clazy:exclude=qstring-arg
                              .arg(toText(newValue));
 
     syslog(LOG_INFO, "%s", text.toUtf8().constData());

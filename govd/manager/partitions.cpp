@@ -5,7 +5,7 @@
 #include "policymanager.h"
 #include "removablestorage.h"
 
-PartitionManager partitionManager;
+PartitionManager partitionManager; // NOLINT(cert-err58-cpp): built before main, without the bus
 
 void PolicyManager::processPartition(const Partition &partition)
 {

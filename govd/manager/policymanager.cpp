@@ -14,7 +14,7 @@
 namespace {
 
 /// The one policy whose default depends on the device.
-const QString UserReportKey = QStringLiteral("UserReportExportEnabled");
+const QLatin1String UserReportKey("UserReportExportEnabled");
 
 /// Whether user reports may be exported unless somebody decides otherwise: only from a device that
 /// says that its operating system is not certified. Numbers and texts count as Qt reads them as

@@ -32,7 +32,7 @@ QVariant PolicyManager::switchValue(const QString &key)
     if (!plugin)
         return false;
 
-    const QVariant value = plugin->keyValue(key);
+    QVariant value = plugin->keyValue(key);
     if (value.userType() == QMetaType::Bool)
         return value;
     if (value.userType() == QMetaType::Int) {

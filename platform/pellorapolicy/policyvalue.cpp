@@ -3,4 +3,4 @@
 #include "pellorapolicy/policyvalue.h"
 
 // The class is all meta-object, which is compiled into this file.
-#include "moc_policyvalue.cpp"
+#include "moc_policyvalue.cpp" // NOLINT(bugprone-suspicious-include): code that moc made

@@ -215,7 +215,8 @@ void Client::onPropertiesChanged(const QDBusMessage &message)
     m_objects.change(message.path(), interface, argument<QVariantMap>(message, 1));
     noteMounts(message.path());
     announceNews();
-    for (const QString &property : argument<QStringList>(message, 2)) {
+    const auto invalidated = argument<QStringList>(message, 2);
+    for (const QString &property : invalidated) {
         if (m_objects.has(message.path(), interface) && isWanted(interface, property))
             fetch(message.path(), interface, property);
     }
@@ -238,7 +239,8 @@ void Client::announceNews()
 {
     if (m_last == Unknown)
         return;
-    for (const Partition &partition : m_objects.takeNews())
+    const QVector<Partition> news = m_objects.takeNews();
+    for (const Partition &partition : news)
         Q_EMIT partitionAdded(partition);
 }
 

@@ -12,7 +12,7 @@ namespace UDisks {
 
 /// Makes a constant of @p text, whatever the compiler: QLatin1String's own constructor from a
 /// literal is one at compile time with some compilers only.
-template <std::size_t size> constexpr QLatin1String latin1(const char (&text)[size])
+template <std::size_t size> constexpr QLatin1String latin1(const char (&text)[size]) noexcept
 {
     return QLatin1String(text, static_cast<int>(size) - 1);
 }

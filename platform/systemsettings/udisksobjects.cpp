@@ -98,7 +98,8 @@ QVector<Partition> Objects::partitions(Partition::StorageTypes types) const
             continue;
         if (types.testFlag(Partition::ExcludeParents) && it->contains(PartitionTable))
             continue;
-        for (const Partition &candidate : partitionsOf(it.key())) {
+        const QVector<Partition> candidates = partitionsOf(it.key());
+        for (const Partition &candidate : candidates) {
             if (types & candidate.storageType())
                 found.append(candidate);
         }

@@ -43,8 +43,9 @@ QVariant readFileNames(const QVariant &received)
     const auto argument = received.value<QDBusArgument>();
     if (argument.currentSignature() != QLatin1String("aay"))
         return {};
+    const auto encoded = qdbus_cast<QList<QByteArray>>(argument);
     QStringList names;
-    for (const QByteArray &bytes : qdbus_cast<QList<QByteArray>>(argument))
+    for (const QByteArray &bytes : encoded)
         names.append(QFile::decodeName(bytes));
     return names;
 }

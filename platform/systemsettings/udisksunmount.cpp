@@ -54,7 +54,8 @@ void Client::remind(const QString &path, bool &isMounted)
     if (m_objects.mountPoints(path).isEmpty())
         return;
     isMounted = true;
-    for (const Partition &partition : m_objects.partitionsOf(path))
+    const QVector<Partition> partitions = m_objects.partitionsOf(path);
+    for (const Partition &partition : partitions)
         Q_EMIT partitionAdded(partition);
 }
 

@@ -22,11 +22,11 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 2 && arguments.at(1) == QLatin1String("--help")) {
-        std::fputs(Usage, stdout);
+        (void)std::fputs(Usage, stdout);
         return Report::Sound;
     }
     if (arguments.size() != 2 || arguments.at(1).startsWith(QLatin1Char('-'))) {
-        std::fputs(Usage, stderr);
+        (void)std::fputs(Usage, stderr);
         return WrongUsage;
     }
     Report report(arguments.at(1));

@@ -10,9 +10,9 @@
 
 namespace {
 
-const QString Browser = QStringLiteral("BrowserEnabled");
-const QString Directory = QStringLiteral("/run/kiosk");
-const QString Marker = QStringLiteral("/run/kiosk/active");
+const QLatin1String Browser("BrowserEnabled");
+const QLatin1String Directory("/run/kiosk");
+const QLatin1String Marker("/run/kiosk/active");
 
 } // namespace
 

@@ -19,9 +19,9 @@
 
 namespace {
 
-const QString Directory = QStringLiteral("/etc/govd");
-const QString KeptDirectory = QStringLiteral("/var/lib/govd/plugins");
-const QString ShownDirectory = QStringLiteral("/run/govd");
+const QLatin1String Directory("/etc/govd");
+const QLatin1String KeptDirectory("/var/lib/govd/plugins");
+const QLatin1String ShownDirectory("/run/govd");
 constexpr int MaximumSize = 1024 * 1024;
 
 QString keptPath(const QString &name)

@@ -15,7 +15,7 @@
 
 namespace {
 
-const QString Name = QStringLiteral("filelock");
+const QLatin1String Name("filelock");
 
 QStringList allPolicies()
 {
