@@ -15,7 +15,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-
 namespace {
 
 /// Waits for @p condition without an event loop, in which the bus would send this thread, too, for
@@ -124,7 +123,8 @@ void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler_data()
     for (const bool isTaskOld : {false, true}) {
         const char *task = isTaskOld ? "task that waited" : "new task";
         QTest::addRow("%s, its service", task) << isTaskOld << Names::AudioPolicy.service << true;
-        QTest::addRow("%s, other service", task) << isTaskOld << Names::WifiTechnology.service << true;
+        QTest::addRow("%s, other service", task)
+            << isTaskOld << Names::WifiTechnology.service << true;
         QTest::addRow("%s, service that is not watched", task)
             << isTaskOld << Names::RuntimeManager.service << false;
         QTest::addRow("%s, unknown name", task) << isTaskOld << QStringLiteral(":1.77") << false;

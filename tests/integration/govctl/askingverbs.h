@@ -10,10 +10,10 @@
 inline void addAskingVerbs()
 {
     QTest::addColumn<QString>("verb");
-    for (const char *verb : {"summary", "list", "get CameraEnabled", "set CameraEnabled off",
-                             "explain CameraEnabled", "switch list", "switch get radio",
-                             "switch set radio off", "verify", "export",
-                             "watch --once", "status", "dump"}) {
+    for (const char *verb :
+         {"summary", "list", "get CameraEnabled", "set CameraEnabled off", "explain CameraEnabled",
+          "switch list", "switch get radio", "switch set radio off", "verify", "export",
+          "watch --once", "status", "dump"}) {
         QTest::newRow(verb) << QString::fromLatin1(verb);
     }
 }

@@ -161,7 +161,8 @@ void TestGovctlSwitches::setTellsThatNothingChanged()
     Govctl govctl;
     const Outcome text = govctl.run(QStringLiteral("switch set spy yes"));
     QCOMPARE(text.code, 0);
-    QCOMPARE(text.out, QStringLiteral("switch \"spy\" is on already; it was saved and recorded again\n"));
+    QCOMPARE(text.out,
+             QStringLiteral("switch \"spy\" is on already; it was saved and recorded again\n"));
 }
 
 void TestGovctlSwitches::setIsRefusedByThePlugin()
