@@ -3,9 +3,9 @@
 #include "govctl/commandline.h"
 
 #include "govctl/checks.h"
+#include "govctl/linefailure.h"
 #include "govctl/place.h"
 #include "govctl/text.h"
-#include "govctl/usage.h"
 
 #include <CLI/CLI.hpp>
 
@@ -168,31 +168,10 @@ const CLI::App &Parser::appOf(const Verb *verb) const
     return verb ? *m_parts.at(verb).app : m_app;
 }
 
-/// The line with the verb first, then the options, then the arguments. The library would take a
-/// "--" behind the first of any number of arguments for the end of the verb.
-QStringList inOrder(const QStringList &arguments)
-{
-    Place place;
-    QStringList words;
-    QStringList options;
-    QStringList rest;
-    for (const QString &word : arguments) {
-        const bool endsOptions = word == QLatin1String("--") && !place.optionsEnded;
-        if (place.awaitsValue || (place.isOption(word) && !endsOptions))
-            options.append(word);
-        else if (place.isVerbWord(word))
-            words.append(word);
-        else if (!endsOptions)
-            rest.append(word);
-        place.pass(word);
-    }
-    if (!rest.isEmpty())
-        rest.prepend(QStringLiteral("--"));
-    return words + options + rest;
-}
-
 Outcome Parser::parse(const QStringList &arguments)
 {
+    // The library would take a "--" behind the first of any number of arguments for the end of the
+    // verb, so the line is put in order.
     std::vector<std::string> reversed;
     for (const QString &argument : inOrder(arguments))
         reversed.insert(reversed.begin(), argument.toStdString());
@@ -240,63 +219,15 @@ Request Parser::request() const
     return result;
 }
 
-/// The option of a wrong line that has a value and takes none, or has none and takes one.
-Failure misusedOption(const QStringList &arguments)
-{
-    Place place;
-    for (const QString &word : arguments) {
-        const QString name = word.section(QLatin1Char('='), 0, 0);
-        if (place.isOption(word) && name != word) {
-            place.pass(name);
-            if (!place.awaitsValue)
-                return usageFailure(QStringLiteral("%1 takes no value").arg(printable(name)));
-            place.awaitsValue = false;
-        } else {
-            place.pass(word);
-        }
-    }
-    return usageFailure(QStringLiteral("%1 needs a value; see %2 --help")
-                            .arg(printable(arguments.value(arguments.size() - 1)), programName()));
-}
-
-Failure unknownOption(const QString &word, const Verb *verb)
-{
-    QStringList known;
-    for (const Option &option : verb ? verb->options + commonOptions() : commonOptions())
-        known.append(Option::spelled(option.names.last()));
-    return unknownName(QStringLiteral("usage"), QStringLiteral("option"), word, known,
-                       QStringLiteral("see %1 --help").arg(programName()));
-}
-
 /// The library says what is wrong in its own words; these are the program's.
 Failure Parser::failure(const QStringList &arguments, const CLI::ParseError &error) const
 {
-    const QStringList read = words();
-    const Verb *verb = findVerb(read.join(QLatin1Char(' ')));
-    for (const std::string &rest : m_app.remaining(true)) {
-        const QString word = QString::fromStdString(rest);
-        if (word == QLatin1String("--"))
-            continue;
-        if (word.startsWith(QLatin1Char('-')))
-            return unknownOption(word.section(QLatin1Char('='), 0, 0), verb);
-        if (verb)
-            return usageFailure(
-                QStringLiteral("too many arguments; use: %1 %2").arg(programName(), verb->form()));
-        QStringList names;
-        for (const Verb &row : verbs())
-            names.append(row.name);
-        return unknownName(QStringLiteral("usage"), QStringLiteral("verb"),
-                           (read + QStringList{word}).join(QLatin1Char(' ')), names,
-                           QStringLiteral("see %1 --help").arg(programName()));
-    }
-    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::RequiredError))
-        return misusedOption(arguments);
-    if (verb)
-        return usageFailure(
-            QStringLiteral("too few arguments; use: %1 %2").arg(programName(), verb->form()));
-    return usageFailure(
-        QStringLiteral("%1 needs one of: %2")
-            .arg(read.join(QLatin1Char(' ')), nextWords(read).join(QStringLiteral(", "))));
+    QStringList rest;
+    for (const std::string &word : m_app.remaining(true))
+        rest.append(QString::fromStdString(word));
+    const bool isIncomplete =
+        error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    return lineFailure(arguments, words(), rest, isIncomplete);
 }
 
 } // namespace

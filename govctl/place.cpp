@@ -78,3 +78,24 @@ QStringList writtenOut(const QStringList &arguments)
     }
     return result;
 }
+
+QStringList inOrder(const QStringList &arguments)
+{
+    Place place;
+    QStringList words;
+    QStringList options;
+    QStringList rest;
+    for (const QString &word : arguments) {
+        const bool endsOptions = word == QLatin1String("--") && !place.optionsEnded;
+        if (place.awaitsValue || (place.isOption(word) && !endsOptions))
+            options.append(word);
+        else if (place.isVerbWord(word))
+            words.append(word);
+        else if (!endsOptions)
+            rest.append(word);
+        place.pass(word);
+    }
+    if (!rest.isEmpty())
+        rest.prepend(QStringLiteral("--"));
+    return words + options + rest;
+}

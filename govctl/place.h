@@ -31,4 +31,8 @@ struct Place
 /// several, or of none, stays as it is.
 QStringList writtenOut(const QStringList &arguments);
 
+/// A line that means the same as @p arguments, which are written out, with the verb first, then the
+/// options, then the arguments.
+QStringList inOrder(const QStringList &arguments);
+
 #endif

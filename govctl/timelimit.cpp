@@ -4,14 +4,18 @@
 
 Result<TimeLimit> TimeLimit::begin(const Request &request, const QVector<Step> &steps)
 {
+    TimeLimit limit;
+    if (!request.has(QStringLiteral("for")))
+        return limit;
     // What has its value already is not changed, so there is nothing to take back.
     QVector<Step> changing;
     for (const Step &step : steps) {
-        if (step.before && step.before != step.value)
+        if (!step.before)
+            limit.m_lasting.append(step.name());
+        else if (step.before != step.value)
             changing.append(step);
     }
-    TimeLimit limit;
-    if (!request.has(QStringLiteral("for")) || changing.isEmpty())
+    if (changing.isEmpty())
         return limit;
     const std::optional<qint64> seconds =
         parseDuration(request.options.value(QStringLiteral("for")));
@@ -30,9 +34,13 @@ void TimeLimit::cancel() const
 
 QStringList TimeLimit::notes() const
 {
+    QStringList result;
+    for (const QString &name : m_lasting)
+        result.append(QStringLiteral("%1 had no value before, so it is not taken back").arg(name));
     if (!m_hold)
-        return {};
+        return result;
     const QString when =
         m_hold->until.toLocalTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-    return {QStringLiteral("until %1; \"govctl release %2\" ends it early").arg(when, m_hold->id)};
+    return result
+        << QStringLiteral("until %1; \"govctl release %2\" ends it early").arg(when, m_hold->id);
 }

@@ -16,11 +16,12 @@ public:
     /// To be called when nothing was changed.
     void cancel() const;
 
-    /// A line that says when it ends, if there is a limit.
+    /// Lines that say when it ends, if there is a limit, and what will not be taken back.
     QStringList notes() const;
 
 private:
     std::optional<Hold> m_hold;
+    QStringList m_lasting; // what had no value before, which nothing can give it back
 };
 
 #endif

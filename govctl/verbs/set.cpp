@@ -122,11 +122,14 @@ ExitCode Verbs::set(const Request &request, Output &output)
     if (!limit)
         return output.fail(limit.failure());
     const Result<bool> accepted = daemon.setPolicy(key, requested);
-    if (!accepted)
-        return output.fail(accepted.failure());
-    if (!*accepted) {
-        limit->cancel();
-        return output.fail(refusal(policy));
+    const Outcome failure = !accepted ? Outcome(accepted.failure())
+        : *accepted                   ? Outcome()
+                                      : refusal(policy);
+    if (failure) {
+        // Without an answer, the change may still be made.
+        if (failure->code != ExitCode::NoAnswer)
+            limit->cancel();
+        return output.fail(*failure);
     }
 
     const Result<Snapshot> after = takeSnapshot(daemon, {key});
