@@ -1,0 +1,32 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""govctl can: the daemon's rules and the bus policy together."""
+
+import pytest
+
+from testbed import govctl
+
+
+@pytest.mark.parametrize("user, groups, allowed, bus", [
+    ("root", None, True, True),
+    ("mdm", None, True, True),
+    ("mdm", [], False, False),  # made a member after it has logged in
+    ("operator", None, True, True),
+    ("deputy", None, False, True),
+    ("guest", None, False, False),
+    ("guest", ["pellora-mdm"], False, True)])  # is a member no longer
+def test_answer_is_what_happens(daemon, user, groups, allowed, bus):
+    answer = govctl.run("can --json", user=user, groups=groups)
+    assert (answer.code, answer.result["allowed"], answer.result["bus"]) == (
+        0 if allowed else 1, allowed, bus)
+    change = govctl.run("set CameraEnabled off", user=user, groups=groups)
+    assert change.code == (0 if allowed else 4)
+
+
+def test_refusals_are_in_words_of_our_own(daemon):
+    by_bus = govctl.run("set CameraEnabled off", user="mdm", groups=[])
+    assert by_bus.err == ("govctl: the system bus does not let this process change anything;"
+                          ' "govctl can" says who may\n')
+    by_daemon = govctl.run("set CameraEnabled off", user="guest", groups=["pellora-mdm"])
+    assert by_daemon.err == ("govctl: this user may not change anything;"
+                             ' "govctl can" says who may\n')

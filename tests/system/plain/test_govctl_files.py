@@ -1,0 +1,190 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Files that say how a device shall be: govctl export, diff and apply."""
+
+import pytest
+
+from testbed import govctl
+from testbed.files import POLICY_FILE, store, stored
+from testbed.policies import KEYS
+
+
+@pytest.fixture
+def wanted(tmp_path):
+    """Writes a file with these policies and switches; its path."""
+    path = tmp_path / "wanted.conf"
+
+    def write(policies=None, switches=None):
+        lines = ["[policy]", *(f"{key}={value}" for key, value in (policies or {}).items()),
+                 "[switch]", *(f"{key}={value}" for key, value in (switches or {}).items())]
+        path.write_text("\n".join(lines) + "\n")
+        return str(path)
+    return write
+
+
+@pytest.fixture
+def radio(switches):
+    """A plugin with a switch that is on and governs wireless networks and tethering."""
+    switches.set_switch("radio", [4, 8], True)
+    return switches
+
+
+def changes(outcome):
+    """What was changed, as keys with their new values."""
+    return {step["key"]: step["value"] for step in outcome.result["changes"]}
+
+
+def test_export_is_what_diff_and_apply_want(daemon, radio, tmp_path):
+    store({"CameraEnabled": False})
+    daemon.start()
+    govctl.run("switch set radio off")
+    exported = govctl.run("export")
+    lines = exported.lines
+    assert lines[0] == "[policy]" and "CameraEnabled=false" in lines
+    assert "WlanEnabled=true" in lines  # only the switch keeps it off
+    assert lines[-2:] == ["[switch]", "radio=false"]
+    assert len(lines) == len(KEYS[1:]) + 3
+    assert govctl.run("diff", "-", text=exported.out).code == 0
+    daemon.forget()
+    again = govctl.run("apply", "-", "--json", "--exit-code", text=exported.out)
+    assert (again.code, again.result["changed"], again.result["kept"]) == (0, False, 46)
+    assert daemon.records() == []
+
+
+def test_export_of_a_locked_policy_is_how_it_reads(daemon, lock_plugin):
+    lock = lock_plugin("CameraEnabled")
+    daemon.start()
+    lock.set_locked("CameraEnabled")
+    assert govctl.result("export")["policy"]["CameraEnabled"] is False
+
+
+def test_diff(daemon, wanted):
+    daemon.start()
+    path = wanted({"CameraEnabled": "off", "VpnEnabled": "true"})
+    outcome = govctl.run("diff", path)
+    assert (outcome.code, outcome.out) == (1, "CameraEnabled: on -> off\n")
+    assert govctl.run("diff", path, "--json").result["kept"] == 1
+    assert daemon.policy("CameraEnabled") is True
+
+
+def test_apply_changes_what_differs_and_nothing_else(daemon, radio, wanted):
+    store({"NfcEnabled": False})
+    daemon.start()
+    path = wanted({"CameraEnabled": "false", "NfcEnabled": "true", "VpnEnabled": "true"},
+                  {"radio": "false"})
+    daemon.forget()
+    dry = govctl.run("apply", path, "--dry-run", "--json")
+    assert (dry.code, dry.result["changed"], dry.result["dryRun"]) == (0, False, True)
+    assert daemon.records() == []
+    outcome = govctl.run("apply", path, "--json")
+    assert outcome.code == 0
+    assert changes(outcome) == changes(dry) == {
+        "CameraEnabled": False, "radio": False, "NfcEnabled": True}
+    # What forbids comes first.
+    assert [step["value"] for step in outcome.result["changes"]] == [False, False, True]
+    assert stored()["CameraEnabled"] == "false" and stored()["NfcEnabled"] == "true"
+    assert daemon.switch("radio") is False
+    assert govctl.run("apply", path).out == "the device is as the file says; nothing to do\n"
+
+
+def test_exit_code_tells_a_change(daemon, wanted):
+    daemon.start()
+    path = wanted({"CameraEnabled": "false"})
+    assert govctl.run("apply", path, "--exit-code", "--dry-run").code == 1
+    assert govctl.run("apply", path, "--exit-code").code == 1
+    assert govctl.run("apply", path, "--exit-code").code == 0
+
+
+@pytest.mark.parametrize("text, code, error", [
+    ("[policy]\nCamraEnabled=false\n", 2, "unknown-policy"),
+    ("[switch]\nnone=false\n", 2, "unknown-switch"),
+    ("[policy]\nVpnEnabled=false\nCameraEnabled=maybe\n", 2, "bad-file"),
+    ("[policies]\nVpnEnabled=false\n", 2, "bad-file"),
+    ("VpnEnabled=false\n", 2, "bad-file")])
+def test_wrong_files_change_nothing(daemon, text, code, error):
+    daemon.start()
+    before = POLICY_FILE.read_text()
+    outcome = govctl.run("apply", "-", "--json", text=f"{text}\n")
+    assert (outcome.code, outcome.error) == (code, error)
+    assert POLICY_FILE.read_text() == before
+
+
+def test_no_file(daemon):
+    daemon.start()
+    for verb in ("diff", "apply"):
+        assert govctl.run(f"{verb} /nowhere --json").error == "bad-file"
+
+
+def test_lock_is_seen_before_anything_changes(daemon, lock_plugin, wanted):
+    lock = lock_plugin("CameraEnabled")
+    store({"VpnEnabled": True})
+    daemon.start()
+    lock.set_locked("CameraEnabled")
+    path = wanted({"CameraEnabled": "true", "VpnEnabled": "false"})
+    daemon.forget()
+    refused = govctl.run("apply", path, "--json")
+    assert (refused.code, refused.error) == (3, "locked")
+    assert "nothing was changed" in refused.document["error"]["message"]
+    assert daemon.records() == []
+    # That a lock keeps it off is what this file wants.
+    assert changes(govctl.run("apply", wanted({"CameraEnabled": "false"}), "--json")) == {}
+
+
+def test_switch_that_would_keep_a_policy_off(daemon, radio, wanted):
+    store({"WlanEnabled": False})
+    daemon.start()
+    govctl.run("switch set radio off")
+    refused = govctl.run("apply", wanted({"WlanEnabled": "true"}), "--json")
+    assert (refused.code, refused.error) == (3, "switched-off")
+    assert govctl.run("apply", wanted({"WlanEnabled": "true"}, {"radio": "true"})).code == 0
+    assert daemon.policy("WlanEnabled") is True
+
+
+def test_right_is_judged_before_anything_changes(daemon):
+    daemon.start()
+    change, same = ("[policy]\nCameraEnabled=false\n", "[policy]\nCameraEnabled=true\n")
+    refused = govctl.run("apply", "-", "--json", user="guest", text=change)
+    assert (refused.code, refused.error) == (4, "not-allowed")
+    assert govctl.run("apply -", user="guest", text=same).code == 0
+    assert govctl.run("apply -", user="mdm", text=change).code == 0
+
+
+def test_refusal_in_the_middle_takes_back_what_was_done(daemon, radio, wanted):
+    daemon.start()
+    radio.set_entries("radio", result=3)
+    path = wanted({"CameraEnabled": "false", "NfcEnabled": "false"}, {"radio": "false"})
+    refused = govctl.run("apply", path, "--json")
+    assert (refused.code, refused.error) == (3, "refused")
+    assert refused.result["changed"] is False
+    assert [step["key"] for step in refused.result["takenBack"]] == ["NfcEnabled", "CameraEnabled"]
+    assert daemon.policy("CameraEnabled") is True and daemon.policy("NfcEnabled") is True
+
+
+def test_dry_run_of_a_policy(daemon):
+    daemon.start()
+    result = govctl.result("set CameraEnabled off --dry-run")
+    assert result["policies"] == [{"key": "CameraEnabled", "before": True, "value": False}]
+    enforced, = result["enforces"]
+    assert enforced["key"] == "CameraEnabled" and len(enforced["effects"]) == 2
+    assert daemon.policy("CameraEnabled") is True
+    assert govctl.result("set CameraEnabled on --dry-run")["enforces"] == []
+
+
+def test_dry_run_of_a_switch(daemon, radio):
+    store({"InternetSharingEnabled": False})
+    daemon.start()
+    result = govctl.result("switch set radio off --dry-run")
+    assert result["policies"] == [{"key": "WlanEnabled", "before": True, "value": False}]
+    assert {row["key"]: row["value"] for row in result["enforces"]} == {
+        "WlanEnabled": False, "InternetSharingEnabled": False}
+    assert daemon.switch("radio") is True
+
+
+@pytest.mark.parametrize("key, other", [("UsbDeveloperModeEnabled", "DeveloperModeEnabled"),
+                                        ("DeveloperModeEnabled", "UsbDeveloperModeEnabled")])
+def test_shared_usb_mode_is_told(daemon, key, other):
+    daemon.start()
+    note, = govctl.result("set", key, "off", "--dry-run")["notes"]
+    assert other in note and "forbidden" in note
+    assert note in govctl.result("set", key, "off")["notes"]
+    assert govctl.result("set", other, "off", "--dry-run")["notes"] == []
