@@ -39,15 +39,16 @@ CHUNK = 1 << 18  # bytes that a flood hands to the kernel at once
 
 
 class Client(DBusConnection):
-    """A connection to the system bus that `user` has made: a process, or that of a user's name.
+    """A connection to the system bus, or to the bus at another `path`, that `user` has made: a
+    process, or that of a user's name.
 
     With `descriptors` it can send and receive file descriptors. Raises ConnectionError when no bus
     answers. A context that closes the connection.
     """
 
-    def __init__(self, user="root", descriptors=False):
+    def __init__(self, user="root", descriptors=False, path=SOCKET):
         self.user = users.user(user) if isinstance(user, str) else user
-        connection = self.user.connect(SOCKET)
+        connection = self.user.connect(path)
         log_in(connection, self.user.uid, descriptors)
         super().__init__(connection, descriptors)
 

@@ -16,6 +16,7 @@ BUILD = pathlib.Path(os.environ["GOVD_BUILD"])
 LIBRARIES = BUILD / "tests/system/libraries"
 BUILT = BUILD / "tests/plugins/build"
 FILE_LOCK = BUILD / "sdk/plugins/libfilelock.so"
+FILE_LOCK_FILE = pathlib.Path("/etc/govd/filelock.conf")
 FILE_SWITCH = BUILD / "sdk/plugins/libpelloraswitchplugin.so"
 KIOSK = BUILD / "tests/plugins/example/kiosk.so"
 SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")

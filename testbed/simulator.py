@@ -5,12 +5,10 @@
 import functools
 import json
 import os
-import pathlib
 import subprocess
-import tempfile
-from dataclasses import dataclass
 
-from testbed.waiting import PATIENCE, wait_until
+from testbed import program
+from testbed.waiting import wait_until
 
 PROGRAM = "/usr/bin/govd-sim"
 READY = "the device is on the bus\n"
@@ -23,12 +21,8 @@ def install():
                     "--component", "simulator"], check=True, stdout=subprocess.DEVNULL)
 
 
-@dataclass(frozen=True)
-class Outcome:
-    """What one run gave; the code is below zero when a signal ended it."""
-    code: int
-    out: str
-    err: str
+class Outcome(program.Outcome):
+    """What one run of the program gave."""
 
     @property
     def json(self):
@@ -38,50 +32,21 @@ class Outcome:
         return document
 
 
-class Sim:
-    """The program with these arguments. A context that ends it. A `shell` runs it in a script of
-    bash instead, in which it is "$SIM"."""
+class Sim(program.Program):
+    """The program with these arguments. A `shell` runs it in a script of bash instead, in which it
+    is "$SIM"."""
+    OUTCOME = Outcome
 
     def __init__(self, *arguments, shell=None):
         install()
         command = [PROGRAM, *arguments] if shell is None else ["bash", "-c", shell]
-        self._folder = tempfile.TemporaryDirectory()
-        self._out, self._err = (pathlib.Path(self._folder.name) / name for name in ("out", "err"))
-        with self._out.open("wb") as out, self._err.open("wb") as err:
-            self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out,
-                                            stderr=err, env={**os.environ, "SIM": PROGRAM})
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.kill()
-        self.process.wait()
-        self._folder.cleanup()
-
-    @property
-    def out(self):
-        """What it has written to its standard output so far."""
-        return self._out.read_bytes().decode()
-
-    @property
-    def err(self):
-        """What it has written to its standard error so far."""
-        return self._err.read_text()
+        super().__init__(command, environment={"SIM": PROGRAM})
 
     def results(self, **wanted):
         """The results in the documents that it has written so far that have these values."""
         documents = map(json.loads, self.out.split("\n")[:-1])  # the last line may be unfinished
         return [result for result in (document["result"] for document in documents)
                 if wanted.items() <= result.items()]
-
-    def wait_for_out(self, text):
-        """Waits for a text on its standard output."""
-        wait_until(lambda: text in self.out)
-
-    def finish(self):
-        """Waits for its end; what it gave."""
-        return Outcome(self.process.wait(PATIENCE), self.out, self.err)
 
 
 def run(*arguments):

@@ -4,6 +4,7 @@
 
 import contextlib
 import pathlib
+import shutil
 import signal
 
 import pytest
@@ -13,7 +14,8 @@ from testbed.bus import Client
 from testbed.daemon import Daemon, Process
 from testbed.handlers import RUNNING, TARGETS
 from testbed.partitions import Partitions
-from testbed.plugins import LockPlugin, SwitchPlugin
+from testbed.plugins import (FILE_LOCK, FILE_LOCK_FILE, LOCK_PLUGINS, LockPlugin, SwitchPlugin,
+                             installed)
 from testbed.services import small
 from testbed.services.service import LOOP
 from testbed.services.storage import Storage
@@ -110,6 +112,15 @@ def lock_plugin():
     with contextlib.ExitStack() as plugins:
         yield lambda *keys, file="lock.so", name="lock": plugins.enter_context(
             LockPlugin(file, name, keys))
+
+
+@pytest.fixture
+def file_lock():
+    """The plugin that locks what a file lists, without a file."""
+    FILE_LOCK_FILE.parent.mkdir(exist_ok=True)
+    with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
+        yield
+    shutil.rmtree(FILE_LOCK_FILE.parent)
 
 
 @pytest.fixture

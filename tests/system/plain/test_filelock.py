@@ -12,11 +12,11 @@ import stat
 import pytest
 
 from testbed import files
-from testbed.plugins import FILE_LOCK, KIOSK, LOCK_PLUGINS, installed
+from testbed.plugins import FILE_LOCK_FILE as FILE
+from testbed.plugins import KIOSK, LOCK_PLUGINS, installed
 from testbed.waiting import wait_until
 
 CAMERA, BROWSER, VPN = "CameraEnabled", "BrowserEnabled", "VpnEnabled"
-FILE = pathlib.Path("/etc/govd/filelock.conf")
 KEPT = pathlib.Path("/var/lib/govd/plugins/filelock.conf")
 CAMERA_LOCKED = f"[lock]\npolicies={CAMERA}\n"
 IN_FORCE_AGAIN = f"info|default|filelock: {FILE} is good: it is in force"
@@ -33,15 +33,6 @@ DAMAGES = {  # kind of damage, and what the log says of it
     "link to itself": "cannot be read (Too many levels of symbolic links)",
     "endless": "is larger than a mebibyte",
 }
-
-
-@pytest.fixture
-def file_lock():
-    """The plugin that locks what a file lists, without a file."""
-    FILE.parent.mkdir(exist_ok=True)
-    with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
-        yield
-    shutil.rmtree(FILE.parent)
 
 
 @pytest.fixture

@@ -1,0 +1,171 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The verbs of the client that read, change and explain policies."""
+
+import re
+
+import pytest
+
+from testbed import govctl
+from testbed.files import POLICY_FILE, store, stored, write
+
+CAMERA = "CameraEnabled"
+
+
+def test_list_shows_every_policy(process):
+    process.start()
+    keys = govctl.run("list --keys").lines
+    assert CAMERA in keys and "NoPolicy" not in keys
+    listed = govctl.run("list")
+    assert (listed.code, listed.err, "\033" in listed.out) == (0, "", False)
+    assert [line.split(" ")[0] for line in listed.lines] == keys
+    result = govctl.result("list")
+    assert [policy["key"] for policy in result["policies"]] == keys
+    camera = govctl.policy_in(result, CAMERA)
+    assert (camera["value"], camera["stored"], camera["reason"], camera["type"]) == (
+        True, True, "stored", 1)
+
+
+def test_list_can_leave_out_what_is_on(process):
+    store({CAMERA: False, "UserReportExportEnabled": True})
+    process.start()
+    assert re.fullmatch("CameraEnabled +off\n", govctl.run("list --off").out)
+    assert len(govctl.result("list --off")["policies"]) == 1
+
+
+def test_listed_keys_need_no_daemon():
+    text = govctl.run("list --keys")
+    assert text.code == 0
+    assert text.lines == govctl.result("list --keys")["keys"] != []
+
+
+def test_get_prints_the_value(process):
+    store({CAMERA: False})
+    process.start()
+    off = govctl.run("get CameraEnabled")
+    assert (off.out, off.code) == ("off\n", 0)
+    assert govctl.run("get MicrophoneEnabled").out == "on\n"
+    result = govctl.result("get CameraEnabled")
+    assert (result["key"], result["value"]) == (CAMERA, False)
+
+
+def test_get_answers_quietly(process):
+    store({CAMERA: False})
+    process.start()
+    off = govctl.run("get -q CameraEnabled")
+    assert (off.code, off.out, off.err) == (1, "", "")
+    on = govctl.run("get MicrophoneEnabled --quiet")
+    assert (on.code, on.out, on.err) == (0, "", "")
+    json = govctl.run("get -q --json CameraEnabled")
+    assert (json.code, json.result["value"]) == (1, False)
+
+
+def test_set_tells_what_changed(process):
+    process.start()
+    text = govctl.run("set CameraEnabled off")
+    assert (text.code, text.lines[0]) == (0, "CameraEnabled: on -> off")
+    assert stored()[CAMERA] == "false"
+    result = govctl.result("set CameraEnabled on")
+    assert (result["before"], result["requested"], result["changed"]) == (False, True, True)
+    assert (result["policy"]["value"], result["policy"]["stored"]) == (True, True)
+
+
+def test_set_tells_that_nothing_changed(process):
+    process.start()
+    text = govctl.run("set CameraEnabled on")
+    assert (text.code, text.out) == (
+        0, "CameraEnabled is on already; it was saved and recorded again, and not enforced\n")
+    assert govctl.result("set CameraEnabled on")["changed"] is False
+
+
+@pytest.mark.parametrize("word, value", [
+    *((word, True) for word in ("on", "true", "yes", "1", "ON", "On", "TRUE")),
+    *((word, False) for word in ("off", "false", "no", "0", "False", "No"))])
+def test_set_takes_every_word_for_a_value(process, word, value):
+    store({CAMERA: not value})
+    process.start()
+    assert govctl.run("set", CAMERA, word).code == 0
+    assert process.policy(CAMERA) is value
+    assert stored()[CAMERA] == str(value).lower()
+
+
+@pytest.mark.parametrize("word", ["", "2", "ja", "on ", "onoff"])
+def test_set_takes_no_other_word(word):
+    assert govctl.run("set", CAMERA, word).code == 2
+    assert govctl.run("set", CAMERA, word, "--json").error == "usage"
+
+
+def test_set_is_refused_by_a_lock(process, lock_plugin):
+    lock = lock_plugin(CAMERA)
+    process.start()
+    lock.set_locked(CAMERA)
+    refused = govctl.run("set CameraEnabled off")
+    assert (refused.code, refused.out, refused.err.count("\n")) == (3, "", 1)
+    assert "it is locked;" in refused.err
+    assert govctl.run("set CameraEnabled off --json").error == "refused"
+    assert stored()[CAMERA] == "true"
+
+
+def test_set_is_refused_when_nothing_can_be_saved(process):
+    process.start()
+    write(POLICY_FILE, "this is no key file\n")
+    refused = govctl.run("set CameraEnabled off")
+    assert refused.code == 3
+    assert "it could not be saved;" in refused.err
+    assert govctl.run("get CameraEnabled").out == "on\n"
+
+
+def test_set_is_not_for_everybody(process):
+    process.start()
+    refused = govctl.run("set CameraEnabled off", user="guest")
+    assert (refused.code, refused.out) == (4, "")
+    assert "govctl can" in refused.err
+    assert govctl.run("set CameraEnabled off --json", user="guest").error == "not-allowed"
+    assert govctl.run("get CameraEnabled", user="guest").out == "on\n"
+    assert govctl.run("set CameraEnabled off", user="mdm").code == 0
+    assert govctl.run("get CameraEnabled", user="guest").out == "off\n"
+
+
+def test_explain_tells_a_stored_value_from_a_lock(process, lock_plugin):
+    lock = lock_plugin(CAMERA)
+    store({"MicrophoneEnabled": False})
+    process.start()
+
+    def reason(key):
+        return govctl.result("explain", key)["policy"]["reason"]
+    assert (reason(CAMERA), reason("MicrophoneEnabled")) == ("stored", "stored")
+    lock.set_locked(CAMERA)
+    assert reason(CAMERA) == "lock"
+    text = govctl.run("explain CameraEnabled").out
+    assert text.startswith("CameraEnabled reads off\n")
+    for line in ("why +locked\n", "stored +on\n", "lock +yes: "):
+        assert re.search(line, text)
+
+
+def test_explain_says_what_enforcing_does(process):
+    process.start()
+    assert "removes /var/lib/govd/camera_enabled" in govctl.run("explain CameraEnabled").out
+    assert govctl.run("explain VpnEnabled").out.count("does nothing by itself") == 2
+    assert len(govctl.result("explain CameraEnabled")["effects"]["off"]) == 2
+
+
+def test_explain_knows_less_for_others(process):
+    store({CAMERA: False})
+    process.start()
+    POLICY_FILE.chmod(0o600)
+    camera = govctl.result("explain CameraEnabled", user="guest")["policy"]
+    assert (camera["stored"], camera["reason"]) == (None, "unknown")
+    assert "this user may not read" in govctl.run("explain CameraEnabled", user="guest").out
+
+
+def test_policy_without_a_value_is_none(process, lock_plugin):
+    lock = lock_plugin(CAMERA)
+    lock.set_locked(CAMERA)
+    process.start()
+    lock.set_locked()
+    none = govctl.run("get CameraEnabled")
+    assert (none.out, none.code) == ("none\n", 0)
+    assert govctl.run("get -q CameraEnabled").code == 1
+    listed = govctl.policy_in(govctl.result("list --off"), CAMERA)
+    assert (listed["value"], listed["reason"]) == (None, "none")
+    assert govctl.run("set CameraEnabled on").lines[0] == "CameraEnabled: none -> on"

@@ -1,0 +1,92 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""The verbs of the client about the whole device: status, can and dump."""
+
+import pytest
+
+from testbed import govctl
+from testbed.files import POLICY_FILE, write
+
+CAMERA = "CameraEnabled"
+
+def test_status_is_content_with_a_fresh_daemon(process):
+    process.start()
+    text = govctl.run("status")
+    assert text.code == 0
+    assert "user root" in text.out
+    result = govctl.result("status")
+    assert (result["owner"]["user"], result["answers"]) == (0, True)
+    assert (result["file"], result["differences"]) == ("read", [])
+
+
+def test_status_lists_differences(process, lock_plugin):
+    lock = lock_plugin(CAMERA)
+    process.start()
+    lock.set_locked(CAMERA)
+    write(POLICY_FILE, POLICY_FILE.read_text().replace("VpnEnabled=true", "VpnEnabled=false"))
+    text = govctl.run("status")
+    assert text.code == 1
+    assert "  CameraEnabled: off, stored on: locked\n" in text.out
+    assert "  VpnEnabled: on, stored off: " in text.out
+    assert [policy["reason"] for policy in govctl.run("status --json").result["differences"]] == [
+        "lock", "file"]
+
+
+def test_status_compares_nothing_that_it_may_not_read(process):
+    process.start()
+    POLICY_FILE.parent.chmod(0o700)
+    text = govctl.run("status", user="guest")
+    assert text.code == 0
+    assert "policy.conf, which this user may not read\n" in text.out
+    assert govctl.result("status", user="guest")["file"] == "unreadable"
+
+
+def test_status_sees_a_malformed_file(process):
+    process.start()
+    write(POLICY_FILE, "this is no key file\n")
+    text = govctl.run("status")
+    assert text.code == 1
+    assert "policy.conf, which is malformed: nothing can be saved\n" in text.out
+    assert govctl.result("status")["file"] == "malformed"
+
+
+def test_status_sees_that_a_file_is_missing(process):
+    process.start()
+    POLICY_FILE.unlink()
+    text = govctl.run("status")
+    assert text.code == 0
+    assert "policy.conf, which is missing\n" in text.out
+    assert govctl.result("status")["file"] == "missing"
+
+
+def test_status_knows_what_it_does_not_know():
+    assert govctl.run("status").out == "service   not there\n"
+    assert govctl.run("status", environment=govctl.NO_BUS).out == "service   not known\n"
+
+
+@pytest.mark.parametrize("user, right", [
+    ("root", "root"), ("mdm", "member"), ("agent", "member"), ("operator", "group"),
+    ("deputy", "none"), ("pretender", "none"), ("guest", "none")])
+def test_can_tells_why(process, user, right):
+    """The daemon has the last word: it must agree."""
+    allowed = right != "none"
+    text = govctl.run("can", user=user)
+    assert text.code == (0 if allowed else 1)
+    assert text.out.startswith("yes: " if allowed else "no: ")
+    result = govctl.result("can", user=user)
+    assert (result["right"], result["allowed"]) == (right, allowed)
+    process.start()
+    assert govctl.run("set CameraEnabled off", user=user).code == (0 if allowed else 4)
+
+
+def test_dump_holds_everything(process):
+    process.start()
+    people = govctl.run("dump")
+    assert people.code == 0
+    assert len(people.lines) > 100
+    assert govctl.valid(people.out)
+    result = govctl.result("dump")
+    assert govctl.policy_in(result, CAMERA)["value"] is True
+    file = result["files"][0]
+    assert (file["path"], file["values"][CAMERA]) == (str(POLICY_FILE), True)
+    assert result["caller"]["user"] == "root"
