@@ -36,7 +36,7 @@ def installed_program(name, mode, group="root"):
 
 class ElevatedCaller:
     """A client of the bus in a process of its own, which connects as a user, says all that it has
-    to say in one piece, and at once executes a program, while the bus and the daemon judge its call.
+    to say in one piece, and at once executes a program, while the bus and the daemon judge it.
 
     The program copies its standard input, the connection, to its standard output, from where the
     answers come. A context that ends the process.

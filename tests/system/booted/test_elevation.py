@@ -18,7 +18,8 @@ from testbed.users import run_as
 CAMERA = "CameraEnabled"
 WRITE = write_of(CAMERA, False)
 ATTEMPTS = 1000
-ELEVATIONS = {"to the user root": (0o4755, "root"), "to the group privileged": (0o2755, "privileged")}
+ELEVATIONS = {"to the user root": (0o4755, "root"),
+              "to the group privileged": (0o2755, "privileged")}
 
 
 @pytest.fixture(params=ELEVATIONS)
