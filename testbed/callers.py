@@ -1,8 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How the daemon finds out whether a caller may change a value, as Daemon.messages() has it."""
+"""How the daemon finds out whether a caller may change a value, as Daemon.messages() has it, and
+who decides on a call."""
+
+from jeepney import HeaderFields, MessageType
+
+from testbed.bus import BUS
 
 DENIED = "org.freedesktop.DBus.Error.AccessDenied"
+DONE, REFUSED_BY_BUS, REFUSED_BY_DAEMON = "done", "refused by the bus", "refused by the daemon"
 
 
 def process_query(caller):
@@ -29,3 +35,12 @@ def refusal(pid):
 def denial(pid):
     """The same, as the daemon says it."""
     return ("error", *refusal(pid))
+
+
+def verdict(reply):
+    """What has become of a call, by the reply or the error to it, which must be a refusal."""
+    fields = reply.header.fields
+    if reply.header.message_type == MessageType.method_return:
+        return DONE
+    assert fields[HeaderFields.error_name] == DENIED, reply.body
+    return REFUSED_BY_BUS if fields[HeaderFields.sender] == BUS.bus_name else REFUSED_BY_DAEMON

@@ -52,6 +52,11 @@ def restarts():
     return int(shown("NRestarts"))
 
 
+def root_content():
+    """The paths of all that is in the daemon's root directory."""
+    return sorted(pathlib.Path(shown("RootDirectory")).rglob("*"))
+
+
 def answers(deadline=5.0):
     """Whether a read by somebody without rights is answered within `deadline` seconds."""
     try:

@@ -13,6 +13,7 @@ import re
 import signal
 import socket
 import struct
+import subprocess
 
 PR_SET_DUMPABLE = 4
 IDS = struct.Struct("II")  # a user and a group
@@ -34,10 +35,12 @@ class User:
             try:
                 os.initgroups(name, pwd.getpwnam(name).pw_gid)
                 become(self.uid, gid, effective)
+                orders.send(b"+")
                 serve(orders)
             finally:
                 os._exit(1)
         orders.close()
+        assert self._orders.recv(1) == b"+"
 
     def connect(self, path):
         """Opens a stream connection to the socket at `path`. Raises ConnectionError."""
@@ -65,6 +68,13 @@ class User:
 def user(name):
     """The process of the user `name`, the same for each call."""
     return User(name)
+
+
+def run_as(name, *command):
+    """Runs a program to its end, as a login of the user would; what it has printed is text."""
+    uid, gid = ids_of(name)
+    return subprocess.run(command, user=uid, group=gid, extra_groups=os.getgrouplist(name, gid),
+                          text=True, capture_output=True, check=False)
 
 
 @contextlib.contextmanager

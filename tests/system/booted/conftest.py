@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Tests of the daemon under its unit, on a bus under its policy, in a system that has booted."""
 
+import contextlib
 import pathlib
 
 import pytest
@@ -34,6 +35,12 @@ def known_services():
         yield
 
 
+@pytest.fixture(scope="session", autouse=True)
+def shipped_root():
+    """All that is in the daemon's root directory before its first start."""
+    return unit.root_content()
+
+
 @pytest.fixture
 def journal():
     """The daemon's lines since the test began."""
@@ -55,18 +62,32 @@ def daemon(stopped):
     return unit.main_pid()
 
 
+@pytest.fixture(scope="module")
+def lasting_daemon():
+    """A daemon that serves all tests of a module, each of which leaves it as it was."""
+    unit.reset()
+    unit.start()
+    yield
+    unit.reset()
+
+
 @pytest.fixture
-def root():
+def client():
+    """Opens clients of the bus, in the name of any user, that are closed after the test."""
+    with contextlib.ExitStack() as opened:
+        yield lambda user: opened.enter_context(Client(user))
+
+
+@pytest.fixture
+def root(client):
     """A client of root."""
-    with Client("root") as client:
-        yield client
+    return client("root")
 
 
 @pytest.fixture
-def guest():
+def guest(client):
     """A client of somebody without rights."""
-    with Client("guest") as client:
-        yield client
+    return client("guest")
 
 
 @pytest.fixture
@@ -88,7 +109,7 @@ def waiting(daemon, root, runtime_manager):
 
 @pytest.fixture
 def open_bus():
-    """A bus that passes descriptors on to the daemon, whatever its policy says."""
+    """A bus that passes everything on to the daemon, descriptors too, whatever its policy says."""
     everything = f'<policy context="mandatory"><allow send_destination="{SERVICE}"/></policy>'
     with bus_policy("open", everything):
         yield

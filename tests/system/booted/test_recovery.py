@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What ends the daemon is told in its log, and it comes back."""
+"""Whatever ends the daemon, it comes back."""
 
 import contextlib
 import os
@@ -10,20 +10,89 @@ import time
 import pytest
 
 from testbed import unit
-from testbed.bus import Client, read_of, with_field
+from testbed.bus import Client, read_of, with_field, write_of
 from testbed.processes import processes_of
 from testbed.waiting import wait_until
 
 CONTAINER = 10  # a header field that only some libraries know, and whose type is that of a path
+OFTEN = 12  # more often, and in a shorter time, than systemd's own limit allows
 MALFORMED = with_field(read_of("CameraEnabled").serialise(serial=7), CONTAINER, "u", 1)
 
 
+@pytest.fixture
+def enabled(daemon):
+    """A daemon that is started at boot, and with the bus; its process number."""
+    unit.run("systemctl", "enable", "--quiet", unit.UNIT)
+    yield daemon
+    unit.run("systemctl", "disable", "--quiet", unit.UNIT)
+
+
+@contextlib.contextmanager
+def broken_bus():
+    """A socket that takes connections for a bus that cannot be started."""
+    with unit.drop_in("[Service]\nExecStart=\nExecStart=/bin/false\n", "dbus.service"):
+        unit.run("systemctl", "stop", "dbus.service", "dbus.socket")
+        yield
+    unit.run("systemctl", "reset-failed", "dbus.service", "dbus.socket")
+    unit.run("systemctl", "start", "dbus.socket")
+
+
+def is_active():
+    """Whether systemd takes the daemon for one that runs."""
+    return unit.shown("ActiveState") == "active"
+
+
+def test_killed_again_and_again(daemon, root):
+    assert root.ask(write_of("CameraEnabled", False)) == (True,)
+    for _ in range(OFTEN):
+        os.kill(daemon, signal.SIGKILL)
+        unit.comes_back(daemon)
+        daemon = unit.main_pid()
+    assert root.ask(read_of("CameraEnabled")) == (("b", False),)
+    assert unit.restarts() == OFTEN
+
+
+def test_ended_in_good_order(daemon):
+    os.kill(daemon, signal.SIGTERM)
+    unit.comes_back(daemon)
+    unit.run("systemctl", "stop", unit.UNIT)
+    assert unit.shown("Result") == "success"
+
+
 def test_loss_of_the_bus(daemon, journal):
+    with Client() as before:
+        assert before.ask(write_of("CameraEnabled", False)) == (True,)
     for process in processes_of("dbus.service"):
         os.kill(process, signal.SIGKILL)
     unit.comes_back(daemon)
     warnings = [line for line in journal.lines() if line.pid == daemon and line.priority <= 4]
     assert [line.text for line in warnings[-1:]] == ["Lost the connection to the system bus"]
+    with Client() as after:
+        assert after.ask(read_of("CameraEnabled")) == (("b", False),)
+        assert after.ask(write_of("CameraEnabled", True)) == (True,)
+    wait_until(is_active)
+
+
+def test_bus_restarted(daemon):
+    unit.run("systemctl", "restart", "dbus.service")
+    unit.comes_back(daemon)
+    wait_until(is_active)
+
+
+def test_bus_stopped_and_started(enabled):
+    unit.run("systemctl", "stop", "dbus.socket", "dbus.service")
+    wait_until(lambda: not is_active())
+    unit.run("systemctl", "start", "dbus.socket")
+    wait_until(unit.answers)
+
+
+def test_started_without_a_bus(enabled):
+    """Once systemd has given up the socket it gives up what needs it, until there is a bus."""
+    with broken_bus():
+        unit.run("systemctl", "start", "--no-block", unit.UNIT)
+        wait_until(lambda: unit.restarts() and unit.shown("ActiveState") == "inactive")
+    wait_until(unit.answers)
+    wait_until(is_active)
 
 
 def fire():

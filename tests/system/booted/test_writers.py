@@ -1,0 +1,98 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Who may change policies, under the unit and the bus policy as they are shipped."""
+
+import pathlib
+import re
+
+import pytest
+
+from testbed.bus import read_of, reload_bus, write_of
+from testbed.callers import REFUSED_BY_BUS, refusal, verdict
+from testbed.users import User, membership
+
+CAMERA = "CameraEnabled"
+WRITE = write_of(CAMERA, False)
+WRITERS = [("root",), ("mdm",), ("agent",), ("operator",), ("guest", "privileged")]
+STRANGERS = [("guest",), ("pretender",)]
+
+
+@pytest.fixture
+def earlier_session():
+    """A process that was there before its user came into the group pellora-mdm."""
+    process = User("guest")
+    with membership("guest", "pellora-mdm"):
+        yield process
+
+
+@pytest.fixture
+def without_group():
+    """A system on which nobody has made the group pellora-mdm; its users are made before."""
+    users = {name: User(name) for name in ("root", "operator", "mdm", "guest")}
+    file = pathlib.Path("/etc/group")
+    before = file.read_text()
+    file.write_text(re.sub("^pellora-mdm:.*\n", "", before, flags=re.MULTILINE))
+    reload_bus()
+    yield users
+    file.write_text(before)
+    reload_bus()
+
+
+def expect_change(writer):
+    """Has this client change a policy, and restores it."""
+    assert writer.ask(WRITE) == (True,)
+    assert writer.ask(read_of(CAMERA)) == (("b", False),)
+    assert writer.ask(write_of(CAMERA, True)) == (True,)
+
+
+def expect_refusal(stranger, by_bus):
+    """Has this client try to."""
+    if by_bus:
+        assert verdict(stranger.send_and_get_reply(WRITE)) == REFUSED_BY_BUS
+    else:
+        assert stranger.refusal(WRITE) == refusal(stranger.user.pid)
+    assert stranger.ask(read_of(CAMERA)) == (("b", True),)
+
+
+@pytest.mark.parametrize("process", WRITERS, ids="-".join)
+def test_writers_may(lasting_daemon, client, process):
+    expect_change(client(User(*process)))
+
+
+@pytest.mark.parametrize("process", STRANGERS, ids="-".join)
+def test_others_may_not(lasting_daemon, client, process):
+    expect_refusal(client(User(*process)), by_bus=True)
+
+
+@pytest.mark.parametrize("process", [
+    ("deputy",),  # the bus takes any group of a process for it, the daemon the primary one alone
+    ("guest", "pellora-mdm"),  # this group is a matter of the user, not of the process
+], ids="-".join)
+def test_others_whom_the_bus_lets_pass_may_not(lasting_daemon, client, process):
+    expect_refusal(client(User(*process)), by_bus=False)
+
+
+def test_session_from_before_the_membership_may_not(lasting_daemon, client, earlier_session):
+    expect_refusal(client(earlier_session), by_bus=True)
+
+
+@pytest.mark.parametrize("process", WRITERS, ids="-".join)
+def test_daemon_alone_lets_writers(open_bus, lasting_daemon, client, process):
+    expect_change(client(User(*process)))
+
+
+def test_daemon_alone_goes_by_the_present_membership(open_bus, lasting_daemon, client,
+                                                     earlier_session):
+    expect_change(client(earlier_session))
+
+
+@pytest.mark.parametrize("process", [("deputy",), *STRANGERS], ids="-".join)
+def test_daemon_alone_refuses(open_bus, lasting_daemon, client, process):
+    expect_refusal(client(User(*process)), by_bus=False)
+
+
+def test_missing_group_locks_nobody_else_out(without_group, lasting_daemon, client):
+    for name in ("root", "operator"):
+        expect_change(client(without_group[name]))
+    for name in ("mdm", "guest"):
+        expect_refusal(client(without_group[name]), by_bus=True)
