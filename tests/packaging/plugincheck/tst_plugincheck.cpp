@@ -1,18 +1,34 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "support/files.h"
-#include "support/texts.h"
-
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
-namespace Files = Support::Files;
-using Support::texts;
-
 namespace {
 
 enum Exit { Sound = 0, Doubtful = 1, Useless = 2, WrongUsage = 3 };
+
+QStringList texts(std::initializer_list<const char *> lines)
+{
+    QStringList list;
+    for (const char *line : lines)
+        list.append(QString::fromUtf8(line));
+    return list;
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), qint64(content.size()));
+}
 
 struct Outcome
 {
@@ -177,14 +193,14 @@ void TestPluginCheck::oneLineForEachFinding()
 /// The two bytes behind the mark and the format of the meta data are the version of Qt.
 void TestPluginCheck::pluginOfAnotherQt()
 {
-    QByteArray library = Files::read(plugin("locked.so"));
+    QByteArray library = read(plugin("locked.so"));
     const int mark = library.indexOf("QTMETADATA !");
     QVERIFY(mark > 0);
     QCOMPARE(int(library.at(mark + 13)), 5);
     library[mark + 14] = 99;
     const QTemporaryDir directory;
     const QString path = directory.filePath(QStringLiteral("other.so"));
-    Files::write(path, library);
+    write(path, library);
 
     const Outcome outcome = check({path});
 
@@ -205,7 +221,7 @@ void TestPluginCheck::damagedFiles()
     QFETCH(int, size);
     const QTemporaryDir directory;
     const QString path = directory.filePath(QStringLiteral("cut.so"));
-    Files::write(path, Files::read(plugin("locked.so")).left(size));
+    write(path, read(plugin("locked.so")).left(size));
 
     const Outcome outcome = check({path});
 
