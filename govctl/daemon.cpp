@@ -17,8 +17,8 @@
 #include <csignal>
 #include <utility>
 
-const QString Daemon::PolicyInterface = QStringLiteral("org.kvt.PolicyManager.Policy");
-const QString Daemon::SwitchInterface = QStringLiteral("org.kvt.PolicyManager.Switch");
+const QLatin1String Daemon::PolicyInterface("org.kvt.PolicyManager.Policy");
+const QLatin1String Daemon::SwitchInterface("org.kvt.PolicyManager.Switch");
 
 namespace {
 
