@@ -1,6 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
 #include "govctl/terminal.h"
 #include "govctl/text.h"
@@ -30,17 +29,9 @@ class TestGovctlText : public QObject
 private Q_SLOTS:
     void reasons_data();
     void reasons();
-    void nearestNames_data();
-    void nearestNames();
-    void allThatAreNear();
-    void otherWords_data();
-    void otherWords();
-    void patterns();
     void longLinesAreFolded_data();
     void longLinesAreFolded();
-    void values();
     void namesCannotSteerTheTerminal();
-    void keysAndTypes();
 };
 
 void TestGovctlText::reasons_data()
@@ -74,81 +65,6 @@ void TestGovctlText::reasons()
     QCOMPARE(policy.shortReason().isEmpty(), reason == QLatin1String("stored"));
 }
 
-void TestGovctlText::nearestNames_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("first");
-    QTest::newRow("part of it") << "camera"
-                                << "CameraEnabled";
-    QTest::newRow("a letter missing") << "CamraEnabled"
-                                      << "CameraEnabled";
-    QTest::newRow("two swapped") << "CaemraEnabled"
-                                 << "CameraEnabled";
-    QTest::newRow("beginning misspelt") << "cammera"
-                                        << "CameraEnabled";
-    QTest::newRow("case") << "CAMERAENABLED"
-                          << "CameraEnabled";
-    QTest::newRow("middle") << "storage"
-                            << "UsbMassStorageEnabled";
-    QTest::newRow("exact") << "VpnEnabled"
-                           << "VpnEnabled";
-    QTest::newRow("nothing like it") << "frobnicate" << QString();
-    QTest::newRow("one letter") << "x" << QString();
-    QTest::newRow("one letter, the first") << "v"
-                                           << "VpnEnabled";
-    QTest::newRow("nothing") << "" << QString();
-}
-
-void TestGovctlText::nearestNames()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, first);
-    QCOMPARE(nearest(name, KnownPolicies::keys()).value(0), first);
-}
-
-void TestGovctlText::allThatAreNear()
-{
-    const QStringList usb = KnownPolicies::matching(QStringLiteral("Usb*"));
-    QVERIFY(usb.size() > 3);
-    QCOMPARE(nearest(QStringLiteral("Usb"), KnownPolicies::keys()).mid(0, usb.size()), usb);
-}
-
-void TestGovctlText::otherWords_data()
-{
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<QString>("keys");
-    const auto row = [](const char *word, const char *keys) {
-        QTest::newRow(word) << QString::fromLatin1(word) << QString::fromLatin1(keys);
-    };
-    row("wifi", "WlanEnabled");
-    row("WiFi", "WlanEnabled");
-    row("gps", "LocationEnabled");
-    row("mic", "MicrophoneEnabled");
-    row("tethering", "InternetSharingEnabled UsbNetworkEnabled");
-    row("sms", "MessagesEnabled");
-}
-
-void TestGovctlText::otherWords()
-{
-    QFETCH(QString, word);
-    QFETCH(QString, keys);
-    const Failure failure = unknownPolicy(word);
-    QCOMPARE(failure.nearest.mid(0, keys.count(QLatin1Char(' ')) + 1).join(QLatin1Char(' ')), keys);
-    QVERIFY(!failure.message.contains(QStringLiteral("--keys")));
-}
-
-void TestGovctlText::patterns()
-{
-    const auto found = [](const char *pattern) {
-        return KnownPolicies::matching(QString::fromLatin1(pattern)).join(QLatin1Char(' '));
-    };
-    QCOMPARE(found("VpnEnabled"), QStringLiteral("VpnEnabled"));
-    QCOMPARE(found("Vpn"), QString());
-    QCOMPARE(found("*Storage*"), QStringLiteral("UsbMassStorageEnabled UsbStorageEnabled"));
-    QCOMPARE(found("[VN][pf]?Enabled"), QStringLiteral("VpnEnabled NfcEnabled"));
-    QCOMPARE(KnownPolicies::matching(QStringList()), KnownPolicies::keys());
-}
-
 void TestGovctlText::longLinesAreFolded_data()
 {
     QTest::addColumn<QString>("text");
@@ -172,16 +88,6 @@ void TestGovctlText::longLinesAreFolded()
     QCOMPARE(Terminal::folded(text, columns), result);
 }
 
-void TestGovctlText::values()
-{
-    for (const char *word : {"on", "true", "yes", "1", "On", "TRUE"})
-        QCOMPARE(parseValue(QString::fromLatin1(word)), std::optional<bool>(true));
-    for (const char *word : {"off", "false", "no", "0", "No"})
-        QCOMPARE(parseValue(QString::fromLatin1(word)), std::optional<bool>(false));
-    for (const char *word : {"", "2", "ja", "on ", "onoff"})
-        QVERIFY(!parseValue(QString::fromLatin1(word)));
-}
-
 void TestGovctlText::namesCannotSteerTheTerminal()
 {
     QCOMPARE(printable(QStringLiteral("a b%1\"\\")), QStringLiteral("a b%1\"\\"));
@@ -189,17 +95,6 @@ void TestGovctlText::namesCannotSteerTheTerminal()
              QStringLiteral("\\u001b[2J\\u000a\\u0009\\u202e"));
     QCOMPARE(quoted(QStringLiteral("x\n")), QStringLiteral("\"x\\u000a\""));
     QCOMPARE(cited(QString(1000, QLatin1Char('x'))).size(), 65);
-}
-
-void TestGovctlText::keysAndTypes()
-{
-    const QStringList keys = KnownPolicies::keys();
-    QCOMPARE(keys.size(), 45);
-    for (const QString &key : keys)
-        QCOMPARE(KnownPolicies::key(KnownPolicies::type(key)), key);
-    for (const char *wrong : {"NoPolicy", "", "cameraenabled", "PolicyType::CameraEnabled"})
-        QCOMPARE(KnownPolicies::type(QString::fromLatin1(wrong)), 0);
-    QCOMPARE(KnownPolicies::key(999), QStringLiteral("999"));
 }
 
 QTEST_GUILESS_MAIN(TestGovctlText)

@@ -9,6 +9,7 @@ from testbed.files import POLICY_FILE, write
 
 CAMERA = "CameraEnabled"
 
+
 def test_status_is_content_with_a_fresh_daemon(process):
     process.start()
     text = govctl.run("status")

@@ -1,0 +1,66 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""How the client knows policies by their names, and what it makes of other words."""
+
+import pytest
+
+from testbed import govctl
+from testbed.policies import KEYS
+
+
+def near(name):
+    """The failure that a name gets which no policy has."""
+    outcome = govctl.run("get", name, "--json")
+    assert (outcome.code, outcome.error) == (2, "unknown-policy")
+    return outcome.document["error"]
+
+
+@pytest.mark.parametrize("name, first", [
+    ("camera", "CameraEnabled"), ("CamraEnabled", "CameraEnabled"),
+    ("CaemraEnabled", "CameraEnabled"), ("cammera", "CameraEnabled"),
+    ("CAMERAENABLED", "CameraEnabled"), ("storage", "UsbMassStorageEnabled"),
+    ("frobnicate", None), ("x", None), ("v", "VpnEnabled"), ("", None),
+], ids=["part of it", "a letter missing", "two swapped", "beginning misspelt", "case", "middle",
+        "nothing like it", "one letter", "one letter, the first", "nothing"])
+def test_nearest_name(name, first):
+    assert next(iter(near(name).get("nearest", [])), None) == first
+
+
+def test_all_that_are_near():
+    usb = [key for key in KEYS if key.startswith("Usb")]
+    assert len(usb) > 3
+    assert near("Usb")["nearest"][:len(usb)] == usb
+
+
+@pytest.mark.parametrize("word, keys", [
+    ("wifi", ["WlanEnabled"]), ("WiFi", ["WlanEnabled"]), ("gps", ["LocationEnabled"]),
+    ("mic", ["MicrophoneEnabled"]),
+    ("tethering", ["InternetSharingEnabled", "UsbNetworkEnabled"]), ("sms", ["MessagesEnabled"])])
+def test_other_words(word, keys):
+    failure = near(word)
+    assert failure["nearest"][:len(keys)] == keys
+    assert "--keys" not in failure["message"]
+
+
+@pytest.mark.parametrize("pattern, keys", [
+    ("VpnEnabled", ["VpnEnabled"]),
+    ("*Storage*", ["UsbMassStorageEnabled", "UsbStorageEnabled"]),
+    ("[VN][pf]?Enabled", ["VpnEnabled", "NfcEnabled"])])
+def test_patterns(pattern, keys):
+    assert govctl.run("list", "--keys", pattern).lines == keys
+
+
+def test_pattern_that_fits_nothing():
+    assert govctl.run("list --keys Vpn").code == 2
+
+
+def test_keys_and_types(process):
+    assert govctl.run("list --keys").lines == KEYS[1:]
+    process.start()
+    policies = govctl.result("list")["policies"]
+    assert [(policy["type"], policy["key"]) for policy in policies] == list(enumerate(KEYS))[1:]
+
+
+@pytest.mark.parametrize("wrong", ["NoPolicy", "", "cameraenabled", "PolicyType::CameraEnabled"])
+def test_wrong_keys(wrong):
+    assert near(wrong)
