@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "busloss.h"
 #include "busthread.h"
+#include "journal.h"
 #include "log.h"
 #include "names.h"
 #include "partitions.h"
@@ -57,6 +58,7 @@ int main(int argc, char **argv)
     if (argc > 1)
         return explain(argv[1]);
     Log::install();
+    JournalRecord::findJournal();
     QCoreApplication application(argc, argv);
     const BusLoss busLoss;
     QObject::connect(&busLoss, &BusLoss::lost, [] {

@@ -15,6 +15,7 @@ from testbed.bus import Client, read_of
 from testbed.waiting import wait_until
 
 UNIT = "govd.service"
+WRITE = "16b3c2249be6438e91cdc01023e34dbd"  # by this the journal knows records of writes
 DROP_INS = pathlib.Path("/run/systemd/system")
 
 
@@ -102,10 +103,20 @@ class Journal:
 
     def lines(self):
         """All lines so far, in their order."""
+        return [line_of(entry) for entry in self._entries()]
+
+    def records(self):
+        """The records of writes so far, in their order: their message, their priority, and the
+        fields that are the daemon's own."""
+        return [{name: value for name, value in entry.items()
+                 if name.startswith("GOVD_") or name in ("MESSAGE", "PRIORITY")}
+                for entry in self._entries() if entry.get("MESSAGE_ID") == WRITE]
+
+    def _entries(self):
         run("journalctl", "--sync")
         entries = run("journalctl", "-o", "json", "--all", "--no-pager", "-u", UNIT,
                       "-t", "govd", f"--after-cursor={self._cursor}")
-        return [line_of(json.loads(entry)) for entry in entries.splitlines()]
+        return [json.loads(entry) for entry in entries.splitlines()]
 
 
 def line_of(entry):

@@ -21,10 +21,6 @@ namespace {
 /// The longest text made at run time that a line holds whole, in bytes.
 constexpr int LongestText = 1024;
 
-/// Of the lines that callers without rights can cause, so many are written in so many milliseconds.
-constexpr int Burst = 20;
-constexpr int Period = 20'000;
-
 thread_local bool isLimited = false;
 
 int priority(QtMsgType type)
@@ -103,7 +99,8 @@ int endOfText(const QString &line, int start)
     return qMin(end, line.size());
 }
 
-QString shortened(const QString &line)
+/// @p line with each text in quotes, and each stretch between two of them, shortened.
+QString shortenedParts(const QString &line)
 {
     if (line.size() <= LongestText / 3) // the most bytes of a UTF-16 unit
         return line;
@@ -126,7 +123,7 @@ void write(QtMsgType type, const QMessageLogContext &context, const QString &mes
     const QString formatted = qFormatLogMessage(type, context, message);
     if (formatted.isNull())
         return; // by the pattern that the environment may set
-    QByteArray line = shortened(formatted).toLocal8Bit();
+    QByteArray line = shortenedParts(formatted).toLocal8Bit();
     if (isJournal) {
         const QByteArray prefix = '<' + QByteArray::number(priority(type)) + '>';
         line = prefix + line.replace('\n', '\n' + prefix);
@@ -139,7 +136,7 @@ std::atomic<int> limitedLines = 0; ///< of the present period
 
 void beginPeriod()
 {
-    const int leftOut = limitedLines.exchange(0) - Burst;
+    const int leftOut = limitedLines.exchange(0) - Log::Burst;
     if (leftOut > 0)
         qWarning("Left out %d log lines that callers caused", leftOut);
 }
@@ -150,9 +147,9 @@ bool takesAnotherLimitedLine()
     if (before == 0) // from the main thread, because another one may have no timers
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [] { QTimer::singleShot(Period, QCoreApplication::instance(), beginPeriod); },
+            [] { QTimer::singleShot(Log::Period, QCoreApplication::instance(), beginPeriod); },
             Qt::QueuedConnection);
-    return before < Burst;
+    return before < Log::Burst;
 }
 
 /// The bus library, in its own thread, writes a line for each odd value in a message, whoever sent
@@ -175,6 +172,15 @@ void handle(QtMsgType type, const QMessageLogContext &context, const QString &me
 void Log::install()
 {
     qInstallMessageHandler(handle);
+}
+
+QString Log::shortenedText(const QString &text)
+{
+    if (text.size() <= LongestText / 3) // the most bytes of a UTF-16 unit
+        return text;
+    QString result;
+    const QString mark = appendShortened(result, text);
+    return result + mark;
 }
 
 Log::Limited::Limited()

@@ -1,34 +1,25 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 #include "policymanager.h"
+#include "writerecord.h"
 
 #include <QDBusPendingCallWatcher>
 
 #include <syslog.h>
 
-namespace {
-
-QString toText(const QVariant &value)
-{
-    // Qt would turn a byte into the character of that number, and 0 would cut off the line.
-    return value.userType() == QMetaType::UChar ? QString::number(value.toUInt())
-                                                : value.toString();
-}
-
-} // namespace
-
 /// Records a change in the system log and with the system-log service; neither outcome is looked
-/// at. A null @p oldValue stands for the value of the policy as a reader sees it now.
-void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
-                                   const QVariant &oldValue)
+/// at. A null @p oldValue stands for the value of the policy as a reader sees it now. Returns the
+/// old value as text.
+QString PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
+                                      const QVariant &oldValue)
 {
-    const QVariant old = oldValue.isNull() ? policyValue(key) : oldValue;
+    const QString oldText = valueText(oldValue.isNull() ? policyValue(key) : oldValue);
     // One at a time on purpose: a "%2" in the key is filled in as well, and readers of the log know
     // the text so.
     const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
                              .arg(key)
-                             .arg(toText(old)) // clazy:exclude=qstring-arg
-                             .arg(toText(newValue));
+                             .arg(oldText) // clazy:exclude=qstring-arg
+                             .arg(valueText(newValue));
 
     syslog(LOG_INFO, "%s", text.toUtf8().constData());
 
@@ -38,4 +29,5 @@ void PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
     auto *watcher = new QDBusPendingCallWatcher(call, this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
             [](QDBusPendingCallWatcher *finished) { finished->deleteLater(); });
+    return oldText;
 }

@@ -18,6 +18,8 @@ namespace Pellora {
 class AccessSwitchPlugin;
 }
 
+class WriteRecord;
+
 /// The one central object: holds every policy's value, answers reads, and takes changes through
 /// their whole life: caller check, lock, file, audit event, store, enforcement, announcement.
 ///
@@ -98,10 +100,10 @@ private:
     void readSwitchFile(const QString &path);
     void storeDefaults();
 
-    bool isCallAllowed();
+    bool isCallAllowed(WriteRecord *record = nullptr);
     bool enforcePolicy(const QString &key, bool value);
     bool combineWithSwitch(const QString &key, bool value);
-    void createLogEvent(const QString &key, const QVariant &newValue, const QVariant &oldValue);
+    QString createLogEvent(const QString &key, const QVariant &newValue, const QVariant &oldValue);
 
     QHash<QString, QVariant> policies;
     ServiceProxy systemLogs;

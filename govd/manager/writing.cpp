@@ -5,6 +5,7 @@
 #include "policymanager.h"
 #include "policytypes.h"
 #include "replyvalue.h"
+#include "writerecord.h"
 
 #include <QDebug>
 
@@ -12,46 +13,52 @@
 
 bool PolicyManager::setPolicyValue(const QString &key, const QVariant &value, bool logEvent)
 {
-    if (!isCallAllowed())
-        return false;
-    if (!restriction.checkPolicy(key) || !canBeGivenBack(value))
-        return false;
+    WriteRecord record(WriteRecord::Policy, key, value);
+    if (!isCallAllowed(&record))
+        return record.refuse(WriteRecord::Denied);
+    if (!restriction.checkPolicy(key))
+        return record.refuse(WriteRecord::Locked);
+    if (!canBeGivenBack(value))
+        return record.refuse(WriteRecord::CannotBeHeld);
     if (!saveKeyValue(Names::PolicyFile, Names::ConfigurationGroup, key, value.toBool())) {
         // Log watchers know this line with the switch file's path, whichever file it was.
         qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
-        return false;
+        return record.refuse(WriteRecord::NotSaved);
     }
     if (logEvent)
-        createLogEvent(key, value, QVariant());
+        record.accept(createLogEvent(key, value, QVariant()));
     updatePolicyValue(key, value);
     return true;
 }
 
 bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
 {
-    if (!isCallAllowed())
-        return false;
+    WriteRecord record(WriteRecord::Switch, key, value);
+    if (!isCallAllowed(&record))
+        return record.refuse(WriteRecord::Denied);
     auto *plugin = switchPlugin();
-    if (!plugin || !canBeGivenBack(value))
-        return false;
+    if (!plugin)
+        return record.refuse(WriteRecord::NoPlugin);
+    if (!canBeGivenBack(value))
+        return record.refuse(WriteRecord::CannotBeHeld);
 
     // The plugin would keep, and announce, what is refused after it has been asked.
     if (!canSaveKey(Names::SwitchFile, Names::ConfigurationGroup, key)) {
         qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
-        return false;
+        return record.refuse(WriteRecord::NotSaved);
     }
 
     const QVariant oldValue = switchValue(key);
     if (const int code = plugin->setKeyValue(key, value)) {
         qWarning() << "AccessSwitch plugin failed to set value for key:" << key;
         qWarning() << "Return code:" << code;
-        return false;
+        return record.refuse(WriteRecord::RefusedByPlugin);
     }
     if (!saveKeyValue(Names::SwitchFile, Names::ConfigurationGroup, key, value.toBool())) {
         qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
-        return false;
+        return record.refuse(WriteRecord::NotSaved);
     }
-    createLogEvent(key, value, oldValue);
+    record.accept(createLogEvent(key, value, oldValue));
     return true;
 }
 

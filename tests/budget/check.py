@@ -6,8 +6,11 @@ check.py BUDGET PROGRAMS: fails when a quantity exceeds its limit, and when ther
 a quantity or a quantity without a limit.
 """
 
+import contextlib
 import pathlib
+import socket
 import sys
+import threading
 
 sys.dont_write_bytecode = True
 HERE = pathlib.Path(__file__).resolve().parent
@@ -26,12 +29,30 @@ OPERATIONS = {"read": ("read", {}),
               "camera": ("write", {"key": "CameraEnabled"}),
               "agent": ("write", {"user": "mdm"}),
               "refused": ("refused", {"user": "guest"})}
+JOURNAL = pathlib.Path("/run/systemd/journal/socket")
 
 
 def limits(path):
     """The limits by name."""
     lines = (line.partition("#")[0].split() for line in path.read_text("utf-8").splitlines())
     return {name: int(limit) for name, limit in filter(None, lines)}
+
+
+def read_all(listener):
+    """Reads what comes to a socket, without end."""
+    while True:
+        listener.recv(1 << 16)
+
+
+@contextlib.contextmanager
+def journal():
+    """A journal for a daemon that starts meanwhile."""
+    JOURNAL.parent.mkdir(parents=True, exist_ok=True)
+    with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as listener:
+        listener.bind(str(JOURNAL))
+        threading.Thread(target=read_all, args=(listener,), daemon=True).start()
+        yield
+        JOURNAL.unlink()
 
 
 def counts(programs):
@@ -45,6 +66,10 @@ def counts(programs):
             taken = profiler.call(operation, CALLS, **options)
             yield f"{name}.instructions", taken.instructions
             yield f"{name}.allocations", taken.allocations
+    with journal(), profiler.running():
+        taken = profiler.call("write", CALLS)
+        yield "recorded.instructions", taken.instructions
+        yield "recorded.allocations", taken.allocations
 
 
 def traffic(programs):

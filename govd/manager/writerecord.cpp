@@ -1,0 +1,153 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "writerecord.h"
+
+#include "journal.h"
+#include "log.h"
+
+#include <QDeadlineTimer>
+#include <QDebug>
+
+#include <array>
+#include <climits>
+
+#include <fcntl.h>
+#include <syslog.h>
+#include <unistd.h>
+
+namespace {
+
+/// By this the journal's catalogue, and whoever looks for records, knows them.
+const QString MessageId = QStringLiteral("16b3c2249be6438e91cdc01023e34dbd");
+
+int leftOut = 0; ///< records of writes since the last one that was sent
+
+bool takesAnotherDenied()
+{
+    static QDeadlineTimer period;
+    static int count = 0;
+    if (period.hasExpired()) {
+        period.setRemainingTime(Log::Period);
+        count = 0;
+    }
+    return ++count <= Log::Burst;
+}
+
+/// The file that a process runs, if that may be known, otherwise the name that it goes by.
+QString programOf(int pid)
+{
+    const QByteArray directory = "/proc/" + QByteArray::number(pid);
+    std::array<char, PATH_MAX> text;
+    auto size = readlink((directory + "/exe").constData(), text.data(), text.size());
+    if (size <= 0) {
+        const int file = open((directory + "/comm").constData(), O_RDONLY | O_CLOEXEC);
+        size = read(file, text.data(), text.size()) - 1; // without the line break
+        close(file);
+    }
+    return QString::fromUtf8(text.data(), qMax(0, static_cast<int>(size)));
+}
+
+/// In quotes and escaped, so that it forges no other text where records are shown as lines.
+QString quoted(const QString &text)
+{
+    QString result;
+    QDebug(&result).nospace() << Log::shortenedText(text);
+    return result;
+}
+
+QString nameOf(WriteRecord::Refusal reason)
+{
+    switch (reason) {
+    case WriteRecord::Denied:
+        return QStringLiteral("denied");
+    case WriteRecord::Locked:
+        return QStringLiteral("locked");
+    case WriteRecord::CannotBeHeld:
+        return QStringLiteral("cannot-be-held");
+    case WriteRecord::NotSaved:
+        return QStringLiteral("not-saved");
+    case WriteRecord::NoPlugin:
+        return QStringLiteral("no-plugin");
+    case WriteRecord::RefusedByPlugin:
+        return QStringLiteral("refused-by-plugin");
+    }
+    return QString();
+}
+
+void send(JournalRecord &record, JournalRecord::Patience patience)
+{
+    if (leftOut)
+        record.add("GOVD_LEFT_OUT", QString::number(leftOut));
+    leftOut = record.send(patience) ? 0 : leftOut + 1;
+}
+
+} // namespace
+
+QString valueText(const QVariant &value)
+{
+    // Qt would turn a byte into the character of that number, and 0 would cut off the line.
+    return value.userType() == QMetaType::UChar ? QString::number(value.toUInt())
+                                                : value.toString();
+}
+
+WriteRecord::WriteRecord(Kind kind, const QString &key, const QVariant &newValue)
+    : m_kind(kind)
+    , m_key(key)
+    , m_newValue(newValue)
+{
+}
+
+void WriteRecord::setCaller(const QString &busName, int pid, std::optional<uint> uid)
+{
+    if (!JournalRecord::hasJournal())
+        return;
+    m_caller = busName;
+    m_pid = pid;
+    m_uid = uid;
+    if (pid)
+        m_program = programOf(pid);
+}
+
+void WriteRecord::accept(const QString &oldText) const
+{
+    if (m_caller.isEmpty())
+        return;
+    JournalRecord record = withResult(QStringLiteral("accepted"), LOG_INFO);
+    record.add("GOVD_OLD_VALUE", oldText);
+    send(record, JournalRecord::Wait);
+}
+
+bool WriteRecord::refuse(Refusal reason) const
+{
+    if (m_caller.isEmpty())
+        return false;
+    if (reason == Denied && !takesAnotherDenied()) {
+        ++leftOut;
+        return false;
+    }
+    JournalRecord record = withResult(nameOf(reason), LOG_NOTICE);
+    send(record, JournalRecord::Drop);
+    return false;
+}
+
+JournalRecord WriteRecord::withResult(const QString &result, int priority) const
+{
+    const QString kind = m_kind == Policy ? QStringLiteral("policy") : QStringLiteral("switch");
+    JournalRecord record;
+    record.add("MESSAGE", QStringLiteral("Write %1: %2 ").arg(result, kind) + quoted(m_key));
+    record.add("MESSAGE_ID", MessageId);
+    record.add("PRIORITY", QString::number(priority));
+    record.add("SYSLOG_IDENTIFIER", QStringLiteral("govd"));
+    record.add("GOVD_KIND", kind);
+    record.add("GOVD_KEY", m_key);
+    record.add("GOVD_NEW_VALUE", valueText(m_newValue));
+    record.add("GOVD_RESULT", result);
+    record.add("GOVD_CALLER", m_caller);
+    if (m_pid)
+        record.add("GOVD_CALLER_PID", QString::number(m_pid));
+    if (m_uid)
+        record.add("GOVD_CALLER_UID", QString::number(*m_uid));
+    if (!m_program.isEmpty())
+        record.add("GOVD_CALLER_PROGRAM", m_program);
+    return record;
+}

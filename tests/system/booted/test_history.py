@@ -1,0 +1,175 @@
+# SPDX-FileCopyrightText: 2026 The govd authors
+# SPDX-License-Identifier: BSD-3-Clause
+"""Who wrote what, and what became of it, is one record in the journal for each write."""
+
+import pathlib
+
+import pytest
+
+from testbed import unit
+from testbed.bus import POLICY, SWITCH, Client, read_of, silent, write_of
+from testbed.files import write
+from testbed.plugins import FILE_LOCK, FILE_SWITCH, LOCK_PLUGINS, SWITCH_PLUGIN, installed
+from testbed.processes import held, processes_of
+from testbed.waiting import wait_until
+
+CAMERA = "CameraEnabled"
+ACCEPTED, REFUSED = "6", "5"  # priorities
+FLOOD = 400
+LONG = 5000
+
+
+@pytest.fixture
+def with_plugins(stopped):
+    """A daemon that knows one switch, of which it is not told a value, and one lock."""
+    write("/etc/govd/fileswitch.conf", "[lens]\npolicies=NfcEnabled\nvalue=true\n")
+    write("/etc/govd/filelock.conf", "[lock]\npolicies=VpnEnabled\n")
+    with installed(FILE_SWITCH, SWITCH_PLUGIN), \
+            installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
+        unit.start()
+        yield
+
+
+@pytest.fixture
+def agent():
+    """A client of somebody with the right to change everything."""
+    with Client("mdm") as client:
+        yield client
+
+
+def caller(client):
+    """The fields about a client. The daemon may not look at the files that other users run."""
+    return {"GOVD_CALLER": client.unique_name, "GOVD_CALLER_PID": f"{client.user.pid}",
+            "GOVD_CALLER_UID": f"{client.user.uid}",
+            "GOVD_CALLER_PROGRAM": pathlib.Path(f"/proc/{client.user.pid}/comm").read_text()[:-1]}
+
+
+def record(client, kind, key, new, result, **more):
+    """The record of a write."""
+    return {"MESSAGE": f'Write {result}: {kind} "{key}"',
+            "PRIORITY": ACCEPTED if result == "accepted" else REFUSED, "GOVD_KIND": kind,
+            "GOVD_KEY": key, "GOVD_NEW_VALUE": new, "GOVD_RESULT": result, **caller(client), **more}
+
+
+def records(journal, count):
+    """The records so far, when there are so many."""
+    return wait_until(lambda: len(found := journal.records()) >= count and found, 10)
+
+
+def has_accepted(found):
+    """Whether a write that was accepted is among these records."""
+    return "accepted" in [one["GOVD_RESULT"] for one in found]
+
+
+@pytest.mark.parametrize("name", ["root", "operator", "mdm"])
+def test_accepted(daemon, journal, name):
+    with Client(name) as client:
+        for value in (False, True):
+            assert client.ask(write_of(CAMERA, value)) == (True,)
+        assert records(journal, 2) == [
+            record(client, "policy", CAMERA, "false", "accepted", GOVD_OLD_VALUE="true"),
+            record(client, "policy", CAMERA, "true", "accepted", GOVD_OLD_VALUE="false")]
+
+
+def test_odd_values(daemon, agent, journal):
+    for value, signature in [(7, "y"), ("a\nb", "s"), ({}, "a{sv}")]:
+        assert agent.ask(write_of("com.example.Wish", value, signature)) == (True,)
+    assert [(found["GOVD_OLD_VALUE"], found["GOVD_NEW_VALUE"])
+            for found in records(journal, 3)] == [("", "7"), ("7", "a\nb"), ("a\nb", "")]
+
+
+@pytest.mark.parametrize("write_, expected", [
+    (write_of("VpnEnabled", True), ("policy", "VpnEnabled", "true", "locked")),
+    (write_of(CAMERA, "", "g"), ("policy", CAMERA, "", "cannot-be-held")),
+    (write_of("a=b", False), ("policy", "a=b", "false", "not-saved")),
+    (write_of("lens", "", "g", SWITCH), ("switch", "lens", "", "cannot-be-held")),
+    (write_of("a=b", True, address=SWITCH), ("switch", "a=b", "true", "not-saved")),
+    (write_of("ear", 1, "i", SWITCH), ("switch", "ear", "1", "refused-by-plugin")),
+], ids=lambda value: "-".join(value[::3]) if isinstance(value, tuple) else "write")
+def test_refused(with_plugins, agent, journal, write_, expected):
+    assert agent.ask(write_) == (False,)
+    assert records(journal, 1) == [record(agent, *expected)]
+
+
+def test_switch(with_plugins, agent, journal):
+    assert agent.ask(write_of("lens", False, address=SWITCH)) == (True,)
+    assert records(journal, 1) == [
+        record(agent, "switch", "lens", "false", "accepted", GOVD_OLD_VALUE="true")]
+
+
+def test_no_switches(daemon, agent, journal):
+    assert agent.ask(write_of("lens", False, address=SWITCH)) == (False,)
+    assert records(journal, 1) == [record(agent, "switch", "lens", "false", "no-plugin")]
+
+
+@pytest.mark.parametrize("address, kind", [(POLICY, "policy"), (SWITCH, "switch")],
+                         ids=["policy", "switch"])
+def test_denied(open_bus, daemon, guest, journal, address, kind):
+    guest.refusal(write_of(CAMERA, False, address=address))
+    assert records(journal, 1) == [record(guest, kind, CAMERA, "false", "denied")]
+
+
+def test_vanished_caller(daemon, agent, journal):
+    with held([daemon]):
+        agent.send(write_of(CAMERA, False))
+        agent.vanish()
+    assert records(journal, 1) == [{
+        "MESSAGE": f'Write denied: policy "{CAMERA}"', "PRIORITY": REFUSED, "GOVD_KIND": "policy",
+        "GOVD_KEY": CAMERA, "GOVD_NEW_VALUE": "false", "GOVD_RESULT": "denied",
+        "GOVD_CALLER": agent.unique_name}]
+
+
+def test_what_is_no_write_over_the_bus(with_plugins, root, agent, journal):
+    """Neither reads nor what the daemon reads and fills in at its start is recorded."""
+    unit.run("systemctl", "restart", unit.UNIT)
+    for message in (read_of(CAMERA), read_of("lens", SWITCH)):
+        root.ask(message)
+    assert agent.ask(write_of(CAMERA, False)) == (True,)
+    assert [found["GOVD_KEY"] for found in records(journal, 1)] == [CAMERA]
+
+
+def test_audit_line_stays(daemon, agent, journal):
+    assert agent.ask(write_of(CAMERA, False)) == (True,)
+    records(journal, 1)
+    text = f"Policy {CAMERA} changed. Old value true. New value false."
+    wait_until(lambda: [line.priority for line in journal.lines() if line.text == text] == [6], 10)
+
+
+def test_long_texts_are_cut(daemon, agent, journal):
+    assert agent.ask(write_of("k" * LONG, "v" * LONG, "s")) == (True,)
+    found, = records(journal, 1)
+    mark = f"[{LONG - 1024} more bytes]"
+    assert found["GOVD_KEY"] == "k" * 1024 + mark
+    assert found["GOVD_NEW_VALUE"] == "v" * 1024 + mark
+    assert len(found["MESSAGE"]) < 1100
+
+
+def test_callers_without_rights_are_limited(open_bus, daemon, agent, guest, journal):
+    guest.flood(silent(write_of(CAMERA, False)), FLOOD)
+    guest.settle()
+    assert agent.ask(write_of(CAMERA, False)) == (True,)
+    found = wait_until(lambda: has_accepted(found := journal.records()) and found, 10)
+    denied = [one for one in found if one["GOVD_RESULT"] == "denied"]
+    assert 0 < len(denied) < FLOOD / 2
+    assert len(denied) + sum(int(one.get("GOVD_LEFT_OUT", 0)) for one in found) == FLOOD
+
+
+def test_journal_that_hangs(open_bus, daemon, agent, guest, journal):
+    """As many records as it takes unread, and more, make nobody wait for longer than a second."""
+    with held(processes_of("systemd-journald.service")):
+        for _ in range(30):
+            guest.refusal(write_of(CAMERA, False))
+        assert agent.ask(write_of(CAMERA, False), 10) == (True,)
+        assert unit.answers()
+    wait_until(lambda: agent.ask(write_of(CAMERA, False)) and has_accepted(journal.records()), 10)
+    found = journal.records()
+    assert len(found) < 30
+    assert sum(int(one.get("GOVD_LEFT_OUT", 0)) for one in found) + len(found) >= 30
+
+
+def test_message_is_explained(daemon, agent, journal):
+    unit.run("journalctl", "--update-catalog")
+    assert agent.ask(write_of(CAMERA, False)) == (True,)
+    records(journal, 1)
+    explained = unit.run("journalctl", "--no-pager", "-x", f"MESSAGE_ID={unit.WRITE}")
+    assert f"Subject: Somebody wrote the policy {CAMERA}: accepted" in explained
