@@ -72,35 +72,44 @@ class LoopDevice(BlockDevice):
     it away; the kernel does so itself should the test be killed."""
 
     def __init__(self, file):
-        self._descriptor = wait_until(lambda: self._attach(file))
+        self._file = wait_until(lambda: self._attach(file))
 
     def __exit__(self, *arguments):
         super().__exit__(*arguments)
-        os.close(self._descriptor)
+        self._file.close()
+
+    def let_go(self):
+        """Has the kernel take it away with its last mount."""
+        self._file.close()
+
+    @property
+    def exists(self):
+        """Whether the kernel has not taken it away."""
+        return (KERNEL / self.name / "loop").exists()
 
     def _attach(self, file):
-        """Becomes a free device; the descriptor that keeps it. None when somebody else has taken
+        """Becomes a free device; the open file that keeps it. None when somebody else has taken
         that device first."""
         super().__init__(f"loop{free_loop_device()}")
-        descriptor = os.open(self.node, os.O_RDWR)
+        device = open(self.node, "r+b", buffering=0)
         try:
             with open(file, "r+b") as backing:
                 config = struct.pack("<I56xI", backing.fileno(),
                                      LO_FLAGS_AUTOCLEAR | LO_FLAGS_PARTSCAN)
-                fcntl.ioctl(descriptor, LOOP_CONFIGURE, config.ljust(LOOP_CONFIG_SIZE, b"\0"))
+                fcntl.ioctl(device, LOOP_CONFIGURE, config.ljust(LOOP_CONFIG_SIZE, b"\0"))
         except OSError as error:
-            os.close(descriptor)
+            device.close()
             if error.errno != errno.EBUSY:
                 raise
             return None
-        return descriptor
+        return device
 
     def add_partition(self, number):
         """Makes a partition; the kernel is told, and need not understand a partition table."""
         start, length = PARTITIONS[number - 1]
         partition = ctypes.create_string_buffer(
             struct.pack("<qqi", start, length, number), BLKPG_PARTITION_SIZE)
-        fcntl.ioctl(self._descriptor, BLKPG, struct.pack(
+        fcntl.ioctl(self._file, BLKPG, struct.pack(
             "iiiP", BLKPG_ADD_PARTITION, 0, BLKPG_PARTITION_SIZE, ctypes.addressof(partition)))
         return BlockDevice(f"{self.name}p{number}")
 

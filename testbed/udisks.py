@@ -27,17 +27,12 @@ RULE = ('SUBSYSTEM=="block", ATTRS{{loop/backing_file}}=="{}", IMPORT{{builtin}}
 class UDisks:
     """UDisks2 and the device manager (udev). A context that ends them.
 
-    The device manager gets rules about the loop devices of the tests only: what is on them, and
-    that one made of a file is no part of the system, while one made of another looks like one. It
-    takes no notice of other devices of the machine. Both programs hear and tell of devices in the
-    sandbox's network namespace, so that the machine's own device manager is not disturbed.
+    Both programs hear and tell of devices in the sandbox's network namespace, so that the machine's
+    own device manager is not disturbed.
     """
 
     def __init__(self):
-        for folder in RULES:
-            shutil.rmtree(folder, ignore_errors=True)
-        write(RULES[-1] / "50-govd-test.rules",
-              RULE.format(IMAGE, 0) + RULE.format("/dev/loop*", 1))
+        write_rules()
         self._client = Client()
         self._device_manager = subprocess.Popen(first_existing(DEVICE_MANAGERS, "udev"))
         wait_until(lambda: pathlib.Path("/run/udev/control").exists())
@@ -66,17 +61,32 @@ class UDisks:
 
     def places(self, device):
         """Where UDisks2 knows a device to be mounted; None when it knows no file system on it."""
-        question = new_method_call(DBusAddress(device.path, Storage.NAME, PROPERTIES), "Get", "ss",
-                                   (FILESYSTEM, "MountPoints"))
-        try:
-            return self._client.ask(question)[0][1]
-        except DBusErrorResponse:
-            return None
+        return known_places(self._client, device)
 
     def mount(self, device):
         """Has UDisks2 mount a device, as a file manager does. Raises DBusErrorResponse."""
         self._client.ask(new_method_call(DBusAddress(device.path, Storage.NAME, FILESYSTEM),
                                          "Mount", "a{sv}", ({},)))
+
+
+def known_places(client, device):
+    """Where UDisks2, if it is there, tells a client that a device is mounted; None when it knows no
+    file system on it."""
+    question = new_method_call(DBusAddress(device.path, Storage.NAME, PROPERTIES), "Get", "ss",
+                               (FILESYSTEM, "MountPoints"))
+    try:
+        return client.ask(question)[0][1]
+    except DBusErrorResponse:
+        return None
+
+
+def write_rules():
+    """Gives the device manager rules about the loop devices of the tests only: what is on them, and
+    that one made of a file is no part of the system, while one made of another looks like one. It
+    takes no notice of other devices of the machine."""
+    for folder in RULES:
+        shutil.rmtree(folder, ignore_errors=True)
+    write(RULES[-1] / "50-govd-test.rules", RULE.format(IMAGE, 0) + RULE.format("/dev/loop*", 1))
 
 
 def first_existing(programs, package):

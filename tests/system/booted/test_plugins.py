@@ -12,7 +12,7 @@ from jeepney import new_method_call
 from testbed import files, unit
 from testbed.bus import SWITCH, Client, read_of, write_of
 from testbed.files import CAMERA_MARKER, SWITCH_FILE
-from testbed.plugins import (BUILD, FILE_LOCK, FILE_SWITCH, LOCK_PLUGINS, SWITCH_PLUGIN, installed)
+from testbed.plugins import (FILE_LOCK, FILE_SWITCH, KIOSK, LOCK_PLUGINS, SWITCH_PLUGIN, installed)
 from testbed.users import run_as
 from testbed.waiting import wait_until
 
@@ -24,7 +24,7 @@ MOVED = pathlib.Path("/srv/govd/filelock.conf")
 FAMILY_ON = "[Family]\npolicies=CameraEnabled;BrowserEnabled\nvalue=true\n"
 CAMERA_LOCKED, BROWSER_LOCKED = (f"[lock]\npolicies={key}Enabled\n"
                                  for key in ("Camera", "Browser"))
-EXAMPLE = BUILD / "tests/integration/plugins/example"
+EXAMPLE = KIOSK.parent
 KIOSK_FOLDER = pathlib.Path("/run/kiosk")
 MARKER = KIOSK_FOLDER / "active"
 
