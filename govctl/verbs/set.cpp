@@ -19,6 +19,13 @@ struct Change
     bool requested;
     QStringList notes;
 
+    /// Whether the daemon's word and what can be seen are at odds.
+    bool isContradicted() const
+    {
+        const bool isForced = !after.policy.forcingSwitch().isNull();
+        return after.isContradicted() || (after.policy.value != requested && !isForced);
+    }
+
     bool isChange() const
     {
         return before.value != after.policy.value || before.stored != after.policy.stored;
@@ -137,6 +144,6 @@ ExitCode Verbs::set(const Request &request, Output &output)
         return output.fail(after.failure());
     Change change{policy, settledVerdicts(daemon, after->policies).constFirst(), requested, {}};
     change.notes = notesOn(change, *before) + limit->notes();
-    return output.write(change.after.isContradicted() ? ExitCode::NotInForce : ExitCode::Done,
+    return output.write(change.isContradicted() ? ExitCode::NotInForce : ExitCode::Done,
                         toJson(change), toText(change, output));
 }
