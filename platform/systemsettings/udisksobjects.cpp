@@ -43,6 +43,7 @@ void Objects::clear()
     m_objects.clear();
     m_mounted.clear();
     m_changed.clear();
+    m_partlyKnown.clear();
 }
 
 void Objects::add(const QString &path, const Interfaces &interfaces)
@@ -66,6 +67,7 @@ void Objects::remove(const QString &path, const QStringList &interfaces)
         m_objects.erase(object);
     if (!isPartition(path))
         m_mounted.remove(path);
+    m_partlyKnown.remove(path);
 }
 
 void Objects::change(const QString &path, const QString &interface, const QVariantMap &properties)
@@ -140,13 +142,19 @@ QVector<Partition> Objects::takeNews()
         const QStringList places = mountPoints(path);
         const auto known = m_mounted.constFind(path);
         const bool isNews = known == m_mounted.constEnd() || isMountedAnew(*known, places);
-        if (isNews && !isPlaceKnown(path)) {
+        const bool isComplete = isPlaceKnown(path, AllOfIt);
+        const bool isCompleteAtLast = isComplete && m_partlyKnown.remove(path);
+        if (isNews && !isComplete) {
             m_changed.insert(path);
-            continue;
+            if (!isPlaceKnown(path, SomeOfIt))
+                continue;
+            m_partlyKnown.insert(path);
         }
         m_mounted.insert(path, places);
-        if (isNews)
+        if (isNews || isCompleteAtLast)
             news += partitionsOf(path);
+        if (m_partlyKnown.contains(path))
+            m_changed.insert(path);
     }
     return news;
 }
@@ -210,7 +218,8 @@ QStringList Objects::blocksBelow(const QString &path) const
     const QString encrypted = block.value(QStringLiteral("CryptoBackingDevice")).toString();
     if (!encrypted.isEmpty() && encrypted != NoObject)
         return {encrypted};
-    QStringList below = devicesBelow(block.value(QStringLiteral("Device")).toString());
+    // The service does not show the inner devices of a volume, but the kernel does.
+    QStringList below = devicesBelow(block.value(QStringLiteral("Device"), path).toString());
     std::transform(below.begin(), below.end(), below.begin(),
                    [this](const QString &device) { return blockOf(device); });
     return below;
@@ -222,14 +231,16 @@ QStringList Objects::blocksAtBottom(const QString &path) const
     return foundations(path, [this](const QString &each) { return blocksBelow(each); });
 }
 
-/// Whether everything is known that tells where the block device at @p path is.
-bool Objects::isPlaceKnown(const QString &path) const
+/// Whether everything, or something, is known that tells where the block device at @p path is.
+bool Objects::isPlaceKnown(const QString &path, Extent extent) const
 {
     const QStringList all = blocksAtBottom(path);
-    return std::all_of(all.begin(), all.end(), [this](const QString &each) {
+    const auto isKnown = [this](const QString &each) {
         const QString drive = drivePath(each);
         return has(each, Block) && (drive.isEmpty() || has(drive, Drive));
-    });
+    };
+    return extent == AllOfIt ? std::all_of(all.begin(), all.end(), isKnown)
+                             : std::any_of(all.begin(), all.end(), isKnown);
 }
 
 /// The partition that the block device at @p path is, on the drive of @p bottom.

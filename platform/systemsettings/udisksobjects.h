@@ -68,12 +68,14 @@ private:
     QString blockOf(const QString &device) const;
     QStringList blocksBelow(const QString &path) const;
     QStringList blocksAtBottom(const QString &path) const;
-    bool isPlaceKnown(const QString &path) const;
+    enum Extent { SomeOfIt, AllOfIt };
+    bool isPlaceKnown(const QString &path, Extent extent) const;
     Partition partition(const QString &path, const QString &bottom) const;
 
     QMap<QString, Interfaces> m_objects;
     QHash<QString, QStringList> m_mounted; ///< where the partitions that were news were mounted
     QSet<QString> m_changed; ///< the objects that may be news
+    QSet<QString> m_partlyKnown; ///< news with a part of whose place nothing is known
 };
 
 } // namespace UDisks

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "common/statefile.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -29,16 +30,16 @@ QString keptPath(const QString &name)
     return QStringLiteral("%1/%2.conf").arg(KeptDirectory, name);
 }
 
-/// A file that is missing has neither content nor fault.
 struct Reading
 {
     QByteArray content;
     QString fault; ///< as the end of a sentence about the file
+    bool isMissing = false;
 };
 
 Reading faulty(const QString &fault)
 {
-    return {QByteArray(), fault};
+    return {QByteArray(), fault, false};
 }
 
 Reading readRegularFile(const QByteArray &path)
@@ -53,7 +54,8 @@ Reading readRegularFile(const QByteArray &path)
         return faulty(QStringLiteral("cannot be read (%1)").arg(file.errorString()));
     if (content.size() > MaximumSize)
         return faulty(QStringLiteral("is larger than a mebibyte"));
-    return content.isEmpty() ? faulty(QStringLiteral("is empty")) : Reading{content, QString()};
+    return content.isEmpty() ? faulty(QStringLiteral("is empty"))
+                             : Reading{content, QString(), false};
 }
 
 /// Opens regular files only. A link that leads nowhere is a fault: what it stands for may be there
@@ -66,11 +68,20 @@ Reading readFile(const QByteArray &path)
             return faulty(QStringLiteral("cannot be read (%1)").arg(qt_error_string(errno)));
         return lstat(path.constData(), &status) == 0
             ? faulty(QStringLiteral("is a link to what the daemon does not see"))
-            : Reading();
+            : Reading{QByteArray(), QString(), true};
     }
     if (!S_ISREG(status.st_mode))
         return faulty(QStringLiteral("is no regular file"));
     return readRegularFile(path);
+}
+
+/// Which directory stands at the place of the files now: after a mount or an unmount, another one.
+StateFile::DirectoryId directoryId()
+{
+    struct stat status;
+    if (stat(Directory.latin1(), &status) != 0)
+        return {};
+    return {status.st_dev, status.st_ino};
 }
 
 /// What is in force, as one word for programs and as the end of a sentence about the file.
@@ -98,13 +109,21 @@ Condition conditionOf(const QString &fault, bool isAnythingInForce)
 StateFile::StateFile(const QString &name, Check isSound)
     : m_name(name)
     , m_isSound(isSound)
+    , m_isDaemon(QCoreApplication::applicationName() == QLatin1String("govd"))
 {
-    QDir().mkpath(QFileInfo(KeptDirectory).path());
-    mkdir(qPrintable(KeptDirectory), 0700);
-    QDir().mkpath(ShownDirectory);
-    const QByteArray kept = readFile(keptPath(name).toLocal8Bit()).content;
-    if (!kept.isEmpty() && isSound(kept))
-        m_content = kept;
+    if (m_isDaemon) {
+        QDir().mkpath(QFileInfo(KeptDirectory).path());
+        mkdir(qPrintable(KeptDirectory), 0700);
+        QDir().mkpath(ShownDirectory);
+    }
+    const Reading kept = readFile(keptPath(name).toLocal8Bit());
+    if (!kept.content.isEmpty() && isSound(kept.content))
+        m_content = kept.content;
+    else if (!kept.isMissing)
+        qWarning().noquote() << name
+                + QStringLiteral(": the last good content is lost: %1 %2")
+                      .arg(keptPath(name),
+                           kept.fault.isEmpty() ? QStringLiteral("is malformed") : kept.fault);
     // The directory tells of a file that is replaced, the file of one that is written in place.
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &StateFile::update);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &StateFile::update);
@@ -117,7 +136,12 @@ QString StateFile::path() const
 
 void StateFile::follow()
 {
-    m_watcher.addPath(Directory);
+    if (!m_watcher.directories().contains(Directory) && !m_watcher.addPath(Directory)
+        && !m_isBlind) {
+        m_isBlind = true;
+        qWarning().noquote() << m_name
+                + QStringLiteral(": cannot watch %1: edits go unnoticed").arg(Directory);
+    }
     const QFileInfo file(path());
     if (file.isFile() && file.isReadable())
         m_watcher.addPath(path());
@@ -127,28 +151,31 @@ void StateFile::update()
 {
     follow(); // first, so that an edit made while reading is seen as the next one
     Reading file = readFile(path().toLocal8Bit());
-    if (!file.content.isEmpty() && !m_isSound(file.content))
+    // The parser of key files stops at a zero byte, as a loss of power leaves them.
+    if (!file.content.isEmpty() && (file.content.contains('\0') || !m_isSound(file.content)))
         file.fault = QStringLiteral("is malformed");
+    const DirectoryId directory = directoryId();
+    const bool isFollowed = directory == m_directory && directory != DirectoryId();
+    if (!file.isMissing)
+        m_directory = directory;
+    else if (!m_content.isEmpty() && !isFollowed)
+        file.fault = QStringLiteral("is not there");
 
     const QByteArray before = m_content;
-    if (file.fault.isEmpty())
-        keep(file.content);
+    keep(file.fault.isEmpty() ? file.content : m_content);
     tell(file.fault);
     if (m_content != before)
         Q_EMIT changed();
 }
 
+/// Puts a content in force and keeps it; what could not be kept the last time is tried again.
 void StateFile::keep(const QByteArray &content)
 {
-    if (content == m_content)
+    if (content == m_content && m_isKept)
         return;
     m_content = content;
     const QString path = keptPath(m_name);
-    if (!content.isEmpty())
-        store(path, content, 0600);
-    else if (unlink(qPrintable(path)) != 0 && errno != ENOENT)
-        qWarning().noquote() << m_name + QStringLiteral(": cannot forget") << path
-                             << qt_error_string(errno);
+    m_isKept = content.isEmpty() ? remove(path) : store(path, content, 0600);
 }
 
 /// Tells what is in force, and why, if that is news. A good start is no news for the log.
@@ -174,12 +201,23 @@ void StateFile::tell(const QString &fault)
 }
 
 /// Replaces the file at @p path as a whole.
-void StateFile::store(const QString &path, const QByteArray &content, int mode) const
+bool StateFile::store(const QString &path, const QByteArray &content, int mode) const
 {
     GError *error = nullptr;
-    if (!g_file_set_contents_full(qPrintable(path), content.constData(), content.size(),
-                                  G_FILE_SET_CONTENTS_CONSISTENT, mode, &error)) {
-        qWarning().noquote() << m_name + QLatin1Char(':') << error->message;
-        g_error_free(error);
-    }
+    if (!m_isDaemon
+        || g_file_set_contents_full(qPrintable(path), content.constData(), content.size(),
+                                    G_FILE_SET_CONTENTS_CONSISTENT, mode, &error))
+        return true;
+    qWarning().noquote() << m_name + QLatin1Char(':') << error->message;
+    g_error_free(error);
+    return false;
+}
+
+bool StateFile::remove(const QString &path) const
+{
+    if (!m_isDaemon || unlink(qPrintable(path)) == 0 || errno == ENOENT)
+        return true;
+    qWarning().noquote() << m_name + QStringLiteral(": cannot forget") << path
+                         << qt_error_string(errno);
+    return false;
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "common/statefile.h"
 
+#include <QFileInfo>
 #include <QMetaEnum>
 
 #include <glib.h>
@@ -12,6 +13,8 @@
 #include <memory>
 #include <optional>
 #include <utility>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -78,7 +81,15 @@ bool writeValue(const StateFile &stateFile, const QString &name, bool value)
     g_key_file_load_from_data(file.get(), text.constData(), static_cast<gsize>(text.size()),
                               G_KEY_FILE_KEEP_COMMENTS, nullptr);
     g_key_file_set_boolean(file.get(), qUtf8Printable(name), "value", value);
-    return g_key_file_save_to_file(file.get(), qPrintable(stateFile.path()), nullptr);
+    gsize size = 0;
+    const std::unique_ptr<char, decltype(&g_free)> data(
+        g_key_file_to_data(file.get(), &size, nullptr), g_free);
+    // A link stays one, and a file stays as private as it is.
+    const QByteArray path = QFileInfo(stateFile.path()).canonicalFilePath().toLocal8Bit();
+    struct stat status;
+    return stat(path.constData(), &status) == 0
+        && g_file_set_contents_full(path.constData(), data.get(), static_cast<gssize>(size),
+                                    G_FILE_SET_CONTENTS_CONSISTENT, status.st_mode & 0777, nullptr);
 }
 
 } // namespace

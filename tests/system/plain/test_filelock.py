@@ -8,12 +8,13 @@ import pathlib
 import shutil
 import signal
 import stat
+import subprocess
 
 import pytest
 
 from testbed import files
 from testbed.plugins import FILE_LOCK_FILE as FILE
-from testbed.plugins import KIOSK, LOCK_PLUGINS, installed
+from testbed.plugins import FILE_LOCK, KIOSK, LOCK_PLUGINS, installed
 from testbed.waiting import wait_until
 
 CAMERA, BROWSER, VPN = "CameraEnabled", "BrowserEnabled", "VpnEnabled"
@@ -25,6 +26,7 @@ MARKER = KIOSK_FOLDER / "active"
 
 DAMAGES = {  # kind of damage, and what the log says of it
     "malformed": "is malformed",
+    "zero bytes": "is malformed",
     "empty": "is empty",
     "of another owner": "cannot be read (Permission denied)",
     "pipe": "is no regular file",
@@ -49,6 +51,8 @@ def damage(kind):
     draft = FILE.with_suffix(".draft")
     if kind == "malformed":
         draft.write_text("[lock]\npolicies=NoSuchPolicy\n")
+    elif kind == "zero bytes":
+        draft.write_bytes(b"[lock]\npolicies=" + bytes(20))
     elif kind == "empty":
         draft.touch()
     elif kind == "of another owner":
@@ -192,6 +196,58 @@ def test_removed_file_is_forgotten(daemon, file_lock):
     assert daemon.set(CAMERA, True) is True
 
 
+def test_file_that_went_while_nobody_followed_it_keeps_what_it_held(daemon, file_lock):
+    """As after a mount that failed: a file that is damaged at the next start counts no less."""
+    FILE.write_text(CAMERA_LOCKED)
+    daemon.start()
+    assert daemon.stop() == 0
+    for lose in (FILE.unlink, lambda: FILE.parent.rename("/etc/govd.away")):
+        lose()
+        daemon.forget()
+        daemon.start_observed()
+        assert daemon.set(CAMERA, True) is False
+        assert kept("is not there") in lines(daemon)
+        assert daemon.stop() == 0
+    pathlib.Path("/etc/govd.away").rename(FILE.parent)
+    damage("empty")
+    daemon.start()
+    assert daemon.set(CAMERA, True) is False
+
+
+def test_directory_that_goes_keeps_what_its_file_held(daemon, file_lock):
+    with files.mounted(FILE.parent, "-t", "tmpfs", "locks"):
+        FILE.write_text(CAMERA_LOCKED)
+        daemon.start()
+        assert daemon.set(CAMERA, True) is False
+    daemon.signal(signal.SIGHUP)
+    FILE.with_suffix(".other").touch()  # the directory below is followed as well
+    assert daemon.set(CAMERA, True) is False
+    assert KEPT.read_text() == CAMERA_LOCKED
+
+
+def test_check_of_the_plugin_changes_nothing(daemon, file_lock):
+    FILE.write_text(CAMERA_LOCKED)
+    daemon.wrapper = ["setpriv", "--bounding-set=-all"]
+    daemon.start()
+    damage("of another owner")
+    daemon.wait_for_log(kept(DAMAGES["of another owner"]))
+    shown = pathlib.Path("/run/govd/filelock.json")
+    before = files.snapshot(KEPT), files.snapshot(shown)
+    subprocess.run(["govd-plugin-check", FILE_LOCK], check=True, stdout=subprocess.DEVNULL)
+    assert (files.snapshot(KEPT), files.snapshot(shown)) == before
+
+
+def test_state_that_could_not_be_kept_is_kept_later(daemon, file_lock):
+    daemon.start()
+    KEPT.parent.mkdir(parents=True, exist_ok=True)
+    with files.read_only("/var/lib/govd"):
+        files.replace(FILE, CAMERA_LOCKED)
+        wait_until(lambda: daemon.set(CAMERA, True) is False)
+    damage("malformed")
+    daemon.wait_for_log(kept("is malformed"))
+    wait_until(lambda: KEPT.exists() and KEPT.read_text() == CAMERA_LOCKED)
+
+
 def test_kill_loses_nothing(daemon, file_lock):
     daemon.start()
     files.replace(FILE, CAMERA_LOCKED)
@@ -232,7 +288,9 @@ def test_damaged_kept_state_counts_for_nothing(daemon, file_lock):
     files.write(KEPT, "[lock]\npolicies=NoSuchPolicy\n")
     damage("empty")
     daemon.start_observed()
-    assert lines(daemon) == [never_good("is empty")]
+    lost, bad = lines(daemon)
+    assert lost == (f"warning|default|filelock: the last good content is lost: {KEPT} is malformed")
+    assert bad == never_good("is empty")
     assert daemon.set(CAMERA, True) is True
 
 

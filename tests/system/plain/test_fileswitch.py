@@ -54,6 +54,17 @@ def test_write_is_kept_beside_comments(daemon):
     assert FILE.read_text() == f"# by the house\n\n{OFF}"
 
 
+def test_write_keeps_a_link_and_its_privacy(daemon):
+    profile = FILE.parent / "profile"
+    FILE.rename(profile)
+    profile.chmod(0o600)
+    FILE.symlink_to("profile")
+    daemon.start()
+    assert daemon.set_switch("lens", False) is True
+    assert FILE.is_symlink() and "value=false" in profile.read_text()
+    assert profile.stat().st_mode & 0o777 == 0o600
+
+
 def test_unknown_switch_is_refused(daemon):
     daemon.start()
     assert daemon.set_switch("ear", False) is False

@@ -126,6 +126,7 @@ def test_signals_older_than_the_listing_are_ignored(storage, partitions, transcr
     @on_loop
     def change():
         """What the service does after it can be heard and before it makes the listing."""
+        storage.appear()
         heard.wait(PATIENCE)
         storage.unplug(storage.plug(Block("passing")))
         storage.unplug(replugged)
@@ -140,7 +141,6 @@ def test_signals_older_than_the_listing_are_ignored(storage, partitions, transcr
     partitions.make_application()
     for _ in range(3):
         partitions.ask("events")
-    storage.appear()
     service = threading.Thread(target=change)
     service.start()
     wait_until(has_asked)

@@ -127,6 +127,28 @@ def test_partition_of_an_array(present, partitions):
     assert place(partitions.only()) == "external 1"
 
 
+def test_inner_device_that_the_service_does_not_show(present, partitions):
+    plug_drives(present)
+    add_device("dm-0", USB)
+    plug_stack(present, [Stacked(TOP, below=("dm-0",))])
+    partitions.make_application()
+    assert place(partitions.only()) == "external 1"
+
+
+def test_partly_known_place_is_announced_and_again_when_it_is_known(present, partitions):
+    partitions.run()
+    plug_drives(present)
+    plug_stack(present, [Stacked(TOP, below=(USB, "later0"))])
+    partitions.wait_for(TOP_PATH)
+    present.set_mount_points(TOP_PATH, PLACE)
+    partitions.wait_for(TOP_PATH, TOP_PATH)
+    card = present.plug(Drive("later", "sdio"))
+    present.plug(Block("later0", card, filesystem=False))
+    partitions.wait_for(*4 * [TOP_PATH])
+    found = [place(partition) for partition in partitions.announced()]
+    assert found == ["external 1", "external 1", "external 0", "external 1"]
+
+
 def test_drive_of_its_own_counts(present, partitions):
     plug_drives(present)
     add_device(TOP, USB)
