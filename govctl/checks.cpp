@@ -28,6 +28,7 @@ Outcome checkArgument(Argument::Kind kind, const QString &text)
                 QStringLiteral("a value is on or off (or true, false, yes, no, 1, 0), not %1")
                     .arg(cited(text)));
         return std::nullopt;
+    case Argument::Kind::Name:
     case Argument::Kind::Names: // only the daemon knows the switches
     case Argument::Kind::Switch:
     case Argument::Kind::Holds:

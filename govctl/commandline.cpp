@@ -77,12 +77,12 @@ CLI::Option *addArgument(CLI::App &app, const Argument &argument)
 {
     // As the usage line has it, but without what only says how often.
     QString name = argument.syntax();
-    name.remove(QLatin1Char('[')).remove(QLatin1String("...]"));
+    name.remove(QLatin1Char('[')).remove(QLatin1String("...")).remove(QLatin1Char(']'));
     CLI::Option *option = describedOption(app, name.toStdString(), argument.description());
     option->type_name("");
     if (argument.isOpen())
         return option->expected(1, -1)->allow_extra_args();
-    return option->required();
+    return option->required(!argument.isOptional());
 }
 
 QString verbTable()

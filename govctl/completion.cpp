@@ -75,6 +75,7 @@ QVector<Candidate> arguments(const Place &place, const QString &word,
     case Argument::Kind::Policy:
     case Argument::Kind::Policies:
         return described(KnownPolicies::keys(), QStringLiteral("policy"));
+    case Argument::Kind::Name:
     case Argument::Kind::Names:
         return described(KnownPolicies::keys(), QStringLiteral("policy"))
             + described(switchKeys(), QStringLiteral("access switch"));

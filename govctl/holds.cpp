@@ -91,23 +91,6 @@ QString freeId()
     return QString::number(id);
 }
 
-/// The value that @p step would have changed, as it is now.
-std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step)
-{
-    if (step.kind == Step::Kind::Switch) {
-        for (const Daemon::Switch &governor : snapshot.switches) {
-            if (governor.key == step.key)
-                return governor.value;
-        }
-        return std::nullopt;
-    }
-    for (const PolicyState &policy : snapshot.policies) {
-        if (policy.key == step.key)
-            return policy.stored ? policy.stored : policy.value;
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 QJsonObject Hold::toJson() const

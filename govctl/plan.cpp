@@ -107,6 +107,21 @@ void planSwitches(Plan &plan, const DesiredState &desired, const Snapshot &snaps
 
 } // namespace
 
+std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step)
+{
+    if (step.kind == Step::Kind::Policy) {
+        const PolicyState *policy = find(snapshot.policies, step.key);
+        if (!policy)
+            return std::nullopt;
+        return policy->stored ? policy->stored : policy->value;
+    }
+    for (const Daemon::Switch &governor : snapshot.switches) {
+        if (governor.key == step.key)
+            return governor.value;
+    }
+    return std::nullopt;
+}
+
 Outcome writeStep(Daemon &daemon, const Step &step, bool value)
 {
     const Result<bool> accepted = step.kind == Step::Kind::Switch

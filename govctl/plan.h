@@ -36,6 +36,9 @@ struct Plan
 /// both before and after. @p snapshot has all policies.
 Plan planFor(const DesiredState &desired, const Snapshot &snapshot);
 
+/// The value of what @p step is about; of a policy the stored one, if this user may know it.
+std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step);
+
 /// Writes @p value to what @p step is about.
 Outcome writeStep(Daemon &daemon, const Step &step, bool value);
 

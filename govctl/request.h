@@ -45,6 +45,8 @@ ExitCode diff(const Request &request, Output &output);
 ExitCode apply(const Request &request, Output &output);
 ExitCode holds(const Request &request, Output &output);
 ExitCode release(const Request &request, Output &output);
+ExitCode history(const Request &request, Output &output);
+ExitCode undo(const Request &request, Output &output);
 ExitCode watch(const Request &request, Output &output);
 ExitCode status(const Request &request, Output &output);
 ExitCode can(const Request &request, Output &output);

@@ -17,11 +17,18 @@ bool Argument::isOpen() const
         || kind == Kind::Words;
 }
 
+bool Argument::isOptional() const
+{
+    return isOpen() || kind == Kind::Name;
+}
+
 QString Argument::syntax() const
 {
     switch (kind) {
     case Kind::Policy:
         return QStringLiteral("KEY");
+    case Kind::Name:
+        return QStringLiteral("[KEY]");
     case Kind::Policies:
     case Kind::Names:
         return QStringLiteral("[KEY...]");
@@ -46,6 +53,8 @@ QString Argument::description() const
         return QStringLiteral("A policy; \"govctl list --keys\" names them.");
     case Kind::Policies:
         return QStringLiteral("Only these policies; *, ? and [...] stand for letters.");
+    case Kind::Name:
+        return QStringLiteral("Only this policy or access switch.");
     case Kind::Names:
         return QStringLiteral(
             "Only these policies and switches; *, ? and [...] stand for letters.");

@@ -13,6 +13,7 @@ struct Argument
     enum class Kind {
         Policy, ///< a policy of this platform
         Policies, ///< any number of patterns that name policies
+        Name, ///< a policy or a switch, or nothing
         Names, ///< any number of patterns that name policies or switches
         Switch, ///< a switch of the running daemon
         Value, ///< on or off
@@ -25,6 +26,9 @@ struct Argument
 
     /// Whether any number of words, none included, can stand here.
     bool isOpen() const;
+
+    /// Whether nothing at all can stand here.
+    bool isOptional() const;
 
     /// How help and messages write it.
     QString syntax() const;

@@ -112,6 +112,19 @@ QVector<Verb> switchVerbs()
     };
 }
 
+QVector<Verb> historyVerbs()
+{
+    return {
+        verb("history", "Print who changed or tried to change what, as the journal has it.",
+             {{Kind::Names}},
+             {option("since", "TIME", "Only from this time on, written as for journalctl."),
+              flag("denied", "Only what was denied to a caller without rights.")},
+             Verbs::history),
+        writer(verb("undo", "Set back the last change that was accepted.", {{Kind::Name}},
+                    {dryRunOption()}, Verbs::undo)),
+    };
+}
+
 QVector<Verb> systemVerbs()
 {
     return {
@@ -139,7 +152,8 @@ QVector<Verb> systemVerbs()
 
 const QVector<Verb> &verbs()
 {
-    static const QVector<Verb> all = policyVerbs() + switchVerbs() + fileVerbs() + systemVerbs();
+    static const QVector<Verb> all =
+        policyVerbs() + switchVerbs() + fileVerbs() + historyVerbs() + systemVerbs();
     return all;
 }
 

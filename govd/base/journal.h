@@ -7,6 +7,9 @@
 
 class QString;
 
+/// By this the journal's catalogue, and whoever looks for records of writes, knows them.
+inline constexpr char WriteMessageId[] = "16b3c2249be6438e91cdc01023e34dbd";
+
 /// A record of named fields for the system's journal, which keeps it beside the lines of the log.
 ///
 /// It goes to the journal's socket in the journal's own protocol and not through libsystemd, which

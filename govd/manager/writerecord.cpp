@@ -17,9 +17,6 @@
 
 namespace {
 
-/// By this the journal's catalogue, and whoever looks for records, knows them.
-constexpr char MessageId[] = "16b3c2249be6438e91cdc01023e34dbd";
-
 int leftOut = 0; ///< records of writes since the last one that was sent
 
 bool takesAnotherDenied()
@@ -135,7 +132,7 @@ JournalRecord WriteRecord::withResult(const QString &result, int priority) const
     const QString kind = m_kind == Policy ? QStringLiteral("policy") : QStringLiteral("switch");
     JournalRecord record;
     record.add("MESSAGE", QStringLiteral("Write %1: %2 ").arg(result, kind) + quoted(m_key));
-    record.add("MESSAGE_ID", QLatin1String(MessageId));
+    record.add("MESSAGE_ID", QLatin1String(WriteMessageId));
     record.add("PRIORITY", QString::number(priority));
     record.add("SYSLOG_IDENTIFIER", QStringLiteral("govd"));
     record.add("GOVD_KIND", kind);

@@ -1,0 +1,172 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/caller.h"
+#include "govctl/history.h"
+#include "govctl/knownpolicies.h"
+#include "govctl/planning.h"
+#include "govctl/request.h"
+#include "govctl/text.h"
+#include "govctl/writing.h"
+
+namespace {
+
+using Writes = QVector<RecordedWrite>;
+
+Failure cannotUndo(const QString &name, const QString &message)
+{
+    return {ExitCode::Refused, name, message + QStringLiteral("; nothing was changed"), {}};
+}
+
+Outcome checkKey(const QStringList &arguments, const Snapshot &snapshot)
+{
+    for (const QString &key : arguments) {
+        bool isKnown = KnownPolicies::type(key) != 0;
+        for (const Daemon::Switch &governor : snapshot.switches)
+            isKnown |= governor.key == key;
+        if (!isKnown)
+            return unknownPolicy(key);
+    }
+    return std::nullopt;
+}
+
+/// The number of the last change of what the user named, or of all; -1 when there is none.
+int lastChange(const Writes &writes, const QStringList &arguments)
+{
+    for (int i = writes.size() - 1; i >= 0; --i) {
+        if (writes[i].isChange() && (arguments.isEmpty() || arguments.contains(writes[i].key)))
+            return i;
+    }
+    return -1;
+}
+
+/// The value that @p governor had when the write @p number was made.
+bool valueThen(const Daemon::Switch &governor, const Writes &writes, int number)
+{
+    for (int i = number + 1; i < writes.size(); ++i) {
+        if (writes[i].kind == Step::Kind::Switch && writes[i].key == governor.key)
+            return RecordedWrite::parsed(writes[i].before).value_or(governor.value);
+    }
+    return governor.value;
+}
+
+/// The switch because of which the policy read off before the write @p number, or may have; a
+/// record tells how it read and not how it was stored.
+QString forcingSwitch(const Snapshot &snapshot, const Writes &writes, int number)
+{
+    for (const PolicyState &policy : snapshot.policies) {
+        if (policy.key != writes[number].key)
+            continue;
+        for (const Daemon::Switch &governor : policy.switches) {
+            if (!valueThen(governor, writes, number))
+                return governor.key;
+        }
+    }
+    return {};
+}
+
+/// What has to be written to take back the write @p number.
+Result<Step> stepBack(const Snapshot &snapshot, const Writes &writes, int number)
+{
+    const RecordedWrite &write = writes[number];
+    const QString notUndoable = QStringLiteral("not-undoable");
+    const std::optional<bool> before = RecordedWrite::parsed(write.before);
+    const std::optional<bool> value = RecordedWrite::parsed(write.value);
+    if (!before || !value)
+        return cannotUndo(notUndoable,
+                          QStringLiteral("the last change of %1 was %2, and only on and off can be "
+                                         "set back")
+                              .arg(write.name(), write.changeText()));
+    if (write.kind == Step::Kind::Policy && KnownPolicies::type(write.key) == 0)
+        return cannotUndo(notUndoable,
+                          QStringLiteral("the last change was that of %1, which is no "
+                                         "policy of this platform")
+                              .arg(write.name()));
+    const Step step{write.kind, write.key, value, *before};
+    if (const std::optional<bool> now = valueNow(snapshot, step); now != value)
+        return cannotUndo(QStringLiteral("changed-since"),
+                          QStringLiteral("%1 was set to %2 at %3, but is %4 now: something else "
+                                         "has changed it since")
+                              .arg(write.name(), onOff(value), write.when(), onOff(now)));
+    if (const QString governor = forcingSwitch(snapshot, writes, number);
+        write.kind == Step::Kind::Policy && !*before && !governor.isNull())
+        return cannotUndo(notUndoable,
+                          QStringLiteral("%1 read off before its last change because switch %2 was "
+                                         "off, so how it was stored is not on record")
+                              .arg(write.name(), cited(governor)));
+    return step;
+}
+
+QString announcement(const RecordedWrite &write)
+{
+    return QStringLiteral("taking back what %1 did with %2 at %3: %4: %5\n")
+        .arg(write.user(), write.programText(), write.when(), write.name(), write.changeText());
+}
+
+QJsonObject toJson(const Request &request, const QJsonValue &write, const QVector<Step> &steps,
+                   const QStringList &notes)
+{
+    return {{QStringLiteral("dryRun"), request.has(QStringLiteral("dry-run"))},
+            {QStringLiteral("write"), write},
+            {QStringLiteral("changes"), toJson(steps)},
+            {QStringLiteral("notes"), QJsonArray::fromStringList(notes)}};
+}
+
+/// Tells what was done by @p step, and looks whether it took.
+ExitCode report(const Request &request, Output &output, Daemon &daemon, const RecordedWrite &write,
+                const Step &step)
+{
+    QStringList notes;
+    bool isContradicted = false;
+    if (step.kind == Step::Kind::Policy) {
+        const Result<Snapshot> after = takeSnapshot(daemon, {step.key});
+        if (!after)
+            return output.fail(after.failure());
+        const Verdict verdict = settledVerdicts(daemon, after->policies).constFirst();
+        notes = forceNotes(verdict);
+        isContradicted = verdict.isContradicted();
+    }
+    QString text = stepsText({step}, output);
+    for (const QString &note : qAsConst(notes))
+        text += note + QLatin1Char('\n');
+    return output.write(isContradicted ? ExitCode::NotInForce : ExitCode::Done,
+                        toJson(request, write.toJson(), {step}, notes), text);
+}
+
+} // namespace
+
+ExitCode Verbs::undo(const Request &request, Output &output)
+{
+    Daemon daemon(request.timeout, waitingNote(output));
+    if (const auto owner = daemon.open(); !owner)
+        return output.fail(owner.failure());
+    const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
+    if (!snapshot)
+        return output.fail(snapshot.failure());
+    if (const Outcome failure = checkKey(request.arguments, *snapshot))
+        return output.fail(*failure);
+    if (const Outcome failure = checkRight(daemon))
+        return output.fail(*failure);
+
+    const Result<Writes> writes =
+        History::read(QStringLiteral("accepted"), QString(), request.timeout);
+    if (!writes)
+        return output.fail(writes.failure());
+    const int last = lastChange(*writes, request.arguments);
+    if (last < 0)
+        return output.write(ExitCode::Done, toJson(request, {}, {}, {}),
+                            QStringLiteral("the journal has no change to take back\n"));
+    const Result<Step> step = stepBack(*snapshot, *writes, last);
+    if (!step)
+        return output.fail(step.failure());
+
+    const RecordedWrite &write = writes->at(last);
+    if (request.has(QStringLiteral("dry-run")))
+        return output.write(ExitCode::Done, toJson(request, write.toJson(), {*step}, {}),
+                            QStringLiteral("dry run: nothing is changed\n") + announcement(write)
+                                + stepsText({*step}, output));
+    if (!output.isJson())
+        output.write(ExitCode::Done, {}, announcement(write));
+    if (const Outcome failure = writeStep(daemon, *step, step->value))
+        return output.fail(*failure);
+    return report(request, output, daemon, write, *step);
+}
