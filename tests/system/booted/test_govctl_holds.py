@@ -45,7 +45,7 @@ def restart_device(while_off=None):
     unit.run("systemctl", "stop", *timers(), AT_START, unit.UNIT)
     if while_off:
         while_off()
-    unit.run("systemctl", "start", AT_START)
+    unit.run("systemctl", "start", unit.UNIT, AT_START)
 
 
 def test_timer_takes_the_change_back(device):
