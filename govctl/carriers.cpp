@@ -15,7 +15,7 @@ using namespace PolicyTypes;
 
 namespace {
 
-const QString StorageService = QStringLiteral("org.freedesktop.UDisks2");
+const QLatin1String StorageService("org.freedesktop.UDisks2");
 
 Finding finding(bool holds, const QString &text)
 {

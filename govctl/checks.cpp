@@ -43,7 +43,7 @@ Outcome checkArguments(const Request &request)
 {
     for (int i = 0; i < request.arguments.size(); ++i) {
         const int place = std::min(i, request.verb->arguments.size() - 1);
-        if (const Outcome wrong =
+        if (Outcome wrong =
                 checkArgument(request.verb->arguments[place].kind, request.arguments[i]))
             return wrong;
     }
@@ -72,7 +72,7 @@ Outcome checkFields(const Request &request)
 
 Outcome checkRequest(const Request &request)
 {
-    if (const Outcome wrong = checkArguments(request))
+    if (Outcome wrong = checkArguments(request))
         return wrong;
     static const QStringList colours{QStringLiteral("auto"), QStringLiteral("always"),
                                      QStringLiteral("never")};
@@ -84,7 +84,7 @@ Outcome checkRequest(const Request &request)
         request.has(QStringLiteral("for")) && !parseDuration(duration))
         return usageFailure(QStringLiteral("--for takes a time like 90m, 3h or 1d12h, not %1")
                                 .arg(cited(duration)));
-    if (const Outcome wrong = checkFields(request))
+    if (Outcome wrong = checkFields(request))
         return wrong;
     if (!request.has(QStringLiteral("timeout")))
         return std::nullopt;

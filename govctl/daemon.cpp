@@ -22,10 +22,10 @@ const QLatin1String Daemon::SwitchInterface("org.kvt.PolicyManager.Switch");
 
 namespace {
 
-const QString KeyValue = QStringLiteral("KeyValue");
-const QString SetKeyValue = QStringLiteral("SetKeyValue");
-const QString KeyPolicyTypes = QStringLiteral("KeyPolicyTypes");
-const QString Keys = QStringLiteral("Keys");
+const QLatin1String KeyValue("KeyValue");
+const QLatin1String SetKeyValue("SetKeyValue");
+const QLatin1String KeyPolicyTypes("KeyPolicyTypes");
+const QLatin1String Keys("Keys");
 
 bool booleanOf(const QDBusMessage &reply)
 {

@@ -13,8 +13,8 @@
 
 namespace {
 
-const QString PolicyGroup = QStringLiteral("policy");
-const QString SwitchGroup = QStringLiteral("switch");
+const QLatin1String PolicyGroup("policy");
+const QLatin1String SwitchGroup("switch");
 
 using KeyFile = std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)>;
 using Strings = std::unique_ptr<gchar *, decltype(&g_strfreev)>;

@@ -16,9 +16,9 @@
 
 namespace {
 
-const QString Directory = QStringLiteral("/var/lib/govctl/holds");
-const QString Until = QStringLiteral("until");
-const QString Changes = QStringLiteral("changes");
+const QLatin1String Directory("/var/lib/govctl/holds");
+const QLatin1String Until("until");
+const QLatin1String Changes("changes");
 
 QString pathOf(const QString &id)
 {

@@ -10,12 +10,12 @@
 
 namespace {
 
-const QString PolicyKind = QStringLiteral("policy");
-const QString SwitchKind = QStringLiteral("switch");
-const QString Kind = QStringLiteral("kind");
-const QString Key = QStringLiteral("key");
-const QString Before = QStringLiteral("before");
-const QString Value = QStringLiteral("value");
+const QLatin1String PolicyKind("policy");
+const QLatin1String SwitchKind("switch");
+const QLatin1String Kind("kind");
+const QLatin1String Key("key");
+const QLatin1String Before("before");
+const QLatin1String Value("value");
 
 const PolicyState *find(const QVector<PolicyState> &policies, const QString &key)
 {
