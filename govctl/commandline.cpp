@@ -173,7 +173,8 @@ Outcome Parser::parse(const QStringList &arguments)
     // The library would take a "--" behind the first of any number of arguments for the end of the
     // verb, so the line is put in order.
     std::vector<std::string> reversed;
-    for (const QString &argument : inOrder(arguments))
+    const auto allArguments = inOrder(arguments);
+    for (const QString &argument : allArguments)
         reversed.insert(reversed.begin(), argument.toStdString());
     try {
         m_app.parse(std::move(reversed));
@@ -255,7 +256,8 @@ Result<Request> parseCommandLine(const QStringList &arguments)
 QString namedVerb(const QStringList &arguments)
 {
     Place place;
-    for (const QString &word : writtenOut(arguments))
+    const auto allWords = writtenOut(arguments);
+    for (const QString &word : allWords)
         place.pass(word);
     return place.verb ? place.verb->name : QString();
 }
@@ -263,7 +265,8 @@ QString namedVerb(const QStringList &arguments)
 bool asksForJson(const QStringList &arguments)
 {
     Place place;
-    for (const QString &word : writtenOut(arguments)) {
+    const auto allWords = writtenOut(arguments);
+    for (const QString &word : allWords) {
         if (place.isOption(word) && word == QLatin1String("--json"))
             return true;
         place.pass(word);

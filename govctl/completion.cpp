@@ -16,7 +16,8 @@ namespace {
 QVector<Candidate> options(const Place &place)
 {
     QVector<Candidate> result;
-    for (const Option &option : place.options()) {
+    const auto allOptions = place.options();
+    for (const Option &option : allOptions) {
         for (const QString &name : option.names)
             result.append({Option::spelled(name), option.description});
     }
@@ -26,7 +27,8 @@ QVector<Candidate> options(const Place &place)
 QVector<Candidate> verbWords(const Place &place)
 {
     QVector<Candidate> result;
-    for (const QString &word : nextWords(place.verbWords)) {
+    const auto allWords = nextWords(place.verbWords);
+    for (const QString &word : allWords) {
         const Verb *verb = findVerb((place.verbWords + QStringList{word}).join(QLatin1Char(' ')));
         result.append({word, verb ? verb->summary : QStringLiteral("Read or change switches.")});
     }
@@ -59,7 +61,8 @@ QVector<Candidate> files(const QString &path)
 QVector<Candidate> holds()
 {
     QVector<Candidate> result;
-    for (const Hold &hold : Holds::all())
+    const auto allHolds = Holds::all();
+    for (const Hold &hold : allHolds)
         result.append({hold.id, QStringLiteral("until ") + hold.until.toString(Qt::ISODate)});
     return result;
 }
@@ -109,12 +112,14 @@ QVector<Candidate> completeCommandLine(const QStringList &words,
                                        const std::function<QStringList()> &switchKeys)
 {
     Place place;
-    for (const QString &word : writtenOut(words.mid(0, words.size() - 1)))
+    const auto allWords = writtenOut(words.mid(0, words.size() - 1));
+    for (const QString &word : allWords)
         place.pass(word);
 
     const QString unfinished = words.isEmpty() ? QString() : words.last();
     QVector<Candidate> result;
-    for (const Candidate &candidate : candidates(place, unfinished, switchKeys)) {
+    const auto allCandidates = candidates(place, unfinished, switchKeys);
+    for (const Candidate &candidate : allCandidates) {
         // Shells get one candidate on each line, so a name that is no line of text stays out.
         if (candidate.word.startsWith(unfinished) && printable(candidate.word) == candidate.word)
             result.append(candidate);

@@ -99,7 +99,8 @@ Failure unknownPolicy(const QString &key)
         unknownName(QStringLiteral("unknown-policy"), QStringLiteral("policy"), key,
                     KnownPolicies::keys(), QStringLiteral("\"govctl list --keys\" names them"));
     QStringList meant;
-    for (const int type : otherWords().value(key.toLower()))
+    const auto allTypes = otherWords().value(key.toLower());
+    for (const int type : allTypes)
         meant.append(KnownPolicies::key(type));
     if (meant.isEmpty())
         return failure;

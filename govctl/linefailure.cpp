@@ -30,7 +30,8 @@ Failure misusedOption(const QStringList &arguments)
 Failure unknownOption(const QString &word, const Verb *verb)
 {
     QStringList known;
-    for (const Option &option : verb ? verb->options + commonOptions() : commonOptions())
+    const auto allOptions = verb ? verb->options + commonOptions() : commonOptions();
+    for (const Option &option : allOptions)
         known.append(Option::spelled(option.names.last()));
     return unknownName(QStringLiteral("usage"), QStringLiteral("option"), word, known,
                        QStringLiteral("see %1 --help").arg(programName()));

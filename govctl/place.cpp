@@ -51,7 +51,8 @@ void Place::pass(const QString &word)
     } else if (word == QLatin1String("--") && !optionsEnded) {
         optionsEnded = true;
     } else if (isOption(word)) {
-        for (const Option &option : options()) {
+        const auto allOptions = options();
+        for (const Option &option : allOptions) {
             for (const QString &name : option.names)
                 awaitsValue |= Option::spelled(name) == word && !option.valueName.isEmpty();
         }

@@ -47,7 +47,8 @@ QString foldedLine(const QString &line, int columns)
     const QStringList words = line.split(QLatin1Char(' '));
     QString result;
     QString row = words.first();
-    for (const QString &word : words.mid(1)) {
+    const auto rest = words.mid(1);
+    for (const QString &word : rest) {
         if (!row.trimmed().isEmpty() && widthOf(row) + 1 + widthOf(word) > columns) {
             result += row + QLatin1Char('\n');
             row = indent + word;
