@@ -35,9 +35,15 @@ public:
     /// Takes the name. False when that fails.
     [[nodiscard]] bool appear()
     {
-        auto bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_name);
-        return bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath)
-            && bus.registerService(m_name);
+        bool isThere = false;
+        const auto take = [&] {
+            auto bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_name);
+            isThere = bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath)
+                && bus.registerService(m_name);
+        };
+        // The bus library gives the object a child, which has to be in its thread.
+        QMetaObject::invokeMethod(this, take, Qt::BlockingQueuedConnection);
+        return isThere;
     }
 
     /// The number of calls so far.
