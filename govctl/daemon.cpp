@@ -73,7 +73,7 @@ Result<Daemon::Owner> Daemon::findOwner()
 
 Result<Daemon::Owner> Daemon::open()
 {
-    const Result<Owner> owner = findOwner();
+    Result<Owner> owner = findOwner();
     if (!owner)
         return owner;
     if (owner->user != 0)

@@ -126,7 +126,8 @@ Forecast forecastSwitch(const Snapshot &snapshot, const QString &key, bool value
 QStringList sharedModeNotes(const Snapshot &snapshot, int type, bool value)
 {
     QStringList notes;
-    for (const int other : sharingUsbMode(type)) {
+    const auto others = sharingUsbMode(type);
+    for (const int other : others) {
         const PolicyState &policy = stateOf(snapshot, KnownPolicies::key(other));
         if (policy.value.value_or(false) != value)
             notes.append(QStringLiteral("the USB mode is shared with %1, which reads %2: the mode "

@@ -1,6 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A daemon that hears nothing any more is started again; one that waits for services is not."""
+"""A daemon that hears nothing any more is started again; one that waits for services is not.
+
+The last module by name: dbus-broker, whose log was held back here, may not answer again whoever it
+refuses.
+"""
 
 import contextlib
 import os
