@@ -47,8 +47,7 @@ def test_memory_and_descriptors_stay_as_they_are(process, client):
     call(FIRST)
     memory, descriptors = resident(process.pid), open_descriptors(process.pid)
     call(EVERYTHING - FIRST)
-    growth = 16 if "ASAN_OPTIONS" in os.environ else 1  # mebibytes: a sanitizer's own books grow
-    assert resident(process.pid) - memory <= growth << 20
+    assert resident(process.pid) - memory <= 1 << 20
     assert open_descriptors(process.pid) == descriptors
     assert process.stop() == 0
 
