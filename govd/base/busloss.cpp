@@ -6,6 +6,7 @@
 
 BusLoss::BusLoss()
 {
+    // libdbus itself queues this signal when the connection ends.
     QDBusConnection::systemBus().connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                                          QStringLiteral("org.freedesktop.DBus.Local"),
                                          QStringLiteral("Disconnected"), this, SIGNAL(lost()));

@@ -5,7 +5,7 @@
 
 #include <QObject>
 
-/// Tells when the connection to the system bus is lost. Qt does not connect again.
+/// Signals the loss of the connection to the system bus, which Qt does not open again.
 class BusLoss : public QObject
 {
     Q_OBJECT

@@ -13,13 +13,13 @@
 
 void BusThread::catchUp()
 {
-    // The bus answers after what it has sent before, so after this the thread has received it. A
-    // call to the bus itself does not look through the list.
+    // The bus sends in order: when GetId returns, the thread has received NameAcquired, but may
+    // still have it in its event queue. QtDBus does not read the list for calls to the bus itself.
     QDBusConnection::systemBus().call(
         QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
                                        Names::BusDaemon.interface, QStringLiteral("GetId")));
-    // The thread makes connections, too, and only when it has done what came before. This one leads
-    // nowhere.
+    // connectToPeer() waits for an event of its own in the same queue, so NameAcquired has been
+    // handled when it returns. The empty address makes no connection.
     const QString nowhere = QStringLiteral("nowhere");
     QDBusConnection::connectToPeer(QString(), nowhere);
     QDBusConnection::disconnectFromPeer(nowhere);

@@ -6,19 +6,19 @@
 /// The connection to the system bus, and the thread in which Qt's bus library receives from it.
 namespace BusThread {
 
-/// Waits until the thread has dealt with all that the bus has sent by now; without a bus, returns.
+/// Waits until the thread has processed all that the bus has sent so far; without a bus, returns.
 ///
-/// To be called after each step that gives this process a name on the bus. The thread adds the name
-/// to a list that every call to a service looks through, and does so without the lock of that list:
-/// a call at the same moment, once in some ten thousand starts, crashes the process.
+/// Call it after each step that gives this process a name on the bus: the connection itself, and
+/// registerService(). On NameAcquired the thread adds the name to QtDBus's list of own names
+/// without taking that list's lock, while every call to a service reads the list. A call at that
+/// moment can crash the process (about one start in ten thousand).
 void catchUp();
 
-/// Has the connection take in whatever the bus sends; without a bus, does nothing.
+/// Lifts the connection's limits for received bytes and descriptors; without a bus, does nothing.
 ///
-/// With 63 MiB or 4,096 descriptors in messages that have not been dealt with, libdbus stops
-/// reading from its socket. It begins again in the thread that frees a message, which is the main
-/// thread, where Qt cannot switch the socket's watch on: the process would be deaf from then on. So
-/// memory, which the service manager limits, is the only limit.
+/// With 63 MiB or 4,096 descriptors in unprocessed messages, libdbus stops reading its socket. It
+/// resumes in the thread that frees a message, which is the main thread, where Qt cannot enable the
+/// socket's watch: the daemon would never read again. MemoryMax= of the unit is the limit instead.
 void liftLimits();
 
 } // namespace BusThread

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int Deferred[] = {SIGINT, SIGTERM, SIGHUP};
 
-volatile sig_atomic_t arrived = 0; ///< the last one; 0 for none
+volatile sig_atomic_t arrived = 0; ///< number of the last signal; 0 for none
 
 void note(int number)
 {

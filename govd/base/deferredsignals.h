@@ -5,9 +5,9 @@
 
 #include <QtGlobal>
 
-/// As long as the object lives, SIGINT, SIGTERM and SIGHUP wait. What came takes effect afterwards.
+/// Defers SIGINT, SIGTERM and SIGHUP while the object lives; then raises the last one that came.
 ///
-/// By handlers, not by a mask, which children would inherit. At most one object at a time.
+/// It uses handlers, because child processes would inherit a mask. At most one object at a time.
 class DeferredSignals
 {
     Q_DISABLE_COPY(DeferredSignals)

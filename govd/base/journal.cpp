@@ -18,7 +18,7 @@ constexpr sockaddr_un Address = {AF_UNIX, "/run/systemd/journal/socket"};
 constexpr timeval LongestWait = {1, 0};
 constexpr int UsualSize = 1024;
 
-int journal = -1; ///< a socket that is connected to nothing: the journal may be started anew
+int journal = -1; ///< not connected, so that a journal that was restarted still gets records
 
 } // namespace
 
@@ -45,16 +45,16 @@ void JournalRecord::add(const char *name, const QString &text)
     const QByteArray value = Log::shortenedText(text).toUtf8();
     const quint64 size = qToLittleEndian(static_cast<quint64>(value.size()));
     m_fields += name;
-    m_fields += '\n'; // the form for values that may hold line breaks
+    m_fields += '\n'; // then size and bytes: the form for values that may hold line breaks
     m_fields.append(reinterpret_cast<const char *>(&size), sizeof size);
     m_fields += value;
     m_fields += '\n';
 }
 
-bool JournalRecord::send(Patience patience) const
+bool JournalRecord::send(WhenFull whenFull) const
 {
     return sendto(journal, m_fields.constData(), static_cast<size_t>(m_fields.size()),
-                  MSG_NOSIGNAL | (patience == Drop ? MSG_DONTWAIT : 0),
+                  MSG_NOSIGNAL | (whenFull == Drop ? MSG_DONTWAIT : 0),
                   reinterpret_cast<const sockaddr *>(&Address), sizeof Address)
         >= 0;
 }

@@ -7,35 +7,35 @@
 
 class QString;
 
-/// By this the journal's catalogue, and whoever looks for records of writes, knows them.
+/// MESSAGE_ID of the records of writes, by which the journal's catalogue and searches find them.
 inline constexpr char WriteMessageId[] = "16b3c2249be6438e91cdc01023e34dbd";
 
-/// A record of named fields for the system's journal, which keeps it beside the lines of the log.
+/// A record of named fields for systemd's journal.
 ///
-/// It goes to the journal's socket in the journal's own protocol and not through libsystemd, which
-/// waits without end when nobody reads there.
+/// It goes to the journal's socket in the native protocol, because sd_journal_send() blocks without
+/// a limit when the journal does not read.
 class JournalRecord
 {
 public:
-    /// What to do when the journal takes no more.
-    enum Patience {
-        Drop, ///< nothing is sent
-        Wait, ///< for a second at most; then nothing is sent
+    /// What send() does when the journal's socket is full.
+    enum WhenFull {
+        Drop, ///< sends nothing
+        Wait, ///< waits for a second at most, then sends nothing
     };
 
-    /// Looks whether the system has a journal. To be called once, before anything else: where there
-    /// is none then, and in a build without libsystemd, nothing is ever sent.
+    /// Opens the socket if the system has a journal. Call it once, before any record is made.
+    /// Without a journal at that time, or without libsystemd in the build, nothing is ever sent.
     static void findJournal();
 
     static bool hasJournal();
 
     JournalRecord();
 
-    /// Adds a field. Of a long text it has the first KiB, with a mark.
+    /// Adds a field; @p text is cut at 1 KiB, with a mark.
     void add(const char *name, const QString &text);
 
-    /// Whether it was sent.
-    bool send(Patience patience) const;
+    /// Sends the record. False when it could not be sent.
+    bool send(WhenFull whenFull) const;
 
 private:
     QByteArray m_fields;

@@ -40,19 +40,19 @@ QString quoted(const QString &text)
     return result;
 }
 
-/// What would end a line or a key, begin a group, or name a translation: such a key could change
-/// others, or be taken for them.
+/// Characters that mean something in a key file: "=" ends the key, brackets enclose a group or a
+/// locale, control characters include the line break. A key with one could change other keys.
 bool isForbidden(QChar character)
 {
     return character.category() == QChar::Other_Control
         || QStringLiteral("=[]").contains(character);
 }
 
-/// Whether @p key reads back from a line of a key file. GLib's writer takes more than its parser,
-/// and one line that does not parse makes the whole file unreadable, with every policy in it.
+/// Whether @p key reads back from a line of a key file. GLib writes keys that its parser rejects,
+/// and one such line makes the whole file unreadable, with every policy in it.
 bool readsBack(const QByteArray &group, const QByteArray &key, bool isFirstGroup)
 {
-    // In the first group GLib takes "Encoding" for itself.
+    // GLib reads "Encoding" in the first group as the name of the file's character set.
     const QByteArray text = (isFirstGroup ? "[" : "[first]\n[") + group + "]\n" + key + "=true\n";
     const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(),
                                                                       g_key_file_unref);
@@ -68,7 +68,7 @@ bool isLetterOrDigit(QChar character)
         || (code >= '0' && code <= '9');
 }
 
-/// Whether each key file can hold the key, as it can those of policies: they need no proof.
+/// Fast path without a trial parse: ASCII letters and digits, as in policy keys, always read back.
 bool isPlain(const QString &key)
 {
     return !key.isEmpty() && key != QLatin1String("Encoding")
@@ -86,7 +86,7 @@ bool canHold(GKeyFile *file, const QByteArray &group, const QString &key)
     return readsBack(group, localKey, !first || group == first.get());
 }
 
-/// Whether saving went without an error; false after the warning that tells it.
+/// Whether saving succeeded; logs the error otherwise.
 bool hasSucceeded(const KeyFileError &error)
 {
     if (error)
@@ -103,7 +103,7 @@ KeyFile::KeyFile()
 
 bool KeyFile::exists(const QString &path)
 {
-    // Links that lead nowhere, in a circle or not, hold no values that could be lost.
+    // A dangling link (ENOENT) or a circular one (ELOOP) holds no values that could be lost.
     struct stat status;
     return stat(path.toLocal8Bit().constData(), &status) == 0
         || (errno != ENOENT && errno != ENOTDIR && errno != ELOOP);
@@ -111,8 +111,7 @@ bool KeyFile::exists(const QString &path)
 
 KeyFileError KeyFile::load(const QString &path)
 {
-    // GLib says the same of what is no regular file, but only after it has opened it, and opening
-    // a pipe waits until somebody writes into it.
+    // GLib checks this too, but after open(), which blocks on a pipe that has no writer.
     const QByteArray localPath = path.toLocal8Bit();
     struct stat status;
     if (stat(localPath.constData(), &status) == 0 && !S_ISREG(status.st_mode))
@@ -163,7 +162,7 @@ bool canSaveKey(const QString &path, const QString &group, const QString &key)
     if (isPlain(key))
         return true;
     KeyFile file;
-    file.load(path); // if that fails, saving will tell
+    file.load(path); // saveKeyValue() reports a failure
     return hasSucceeded(file.setBoolean(group, key, false));
 }
 

@@ -17,7 +17,7 @@ struct GErrorDeleter
     void operator()(GError *error) const { g_error_free(error); }
 };
 
-/// What went wrong in a key-file operation, as GLib tells it; null when nothing did.
+/// GLib's error of a key-file operation; null when it succeeded.
 using KeyFileError = std::unique_ptr<GError, GErrorDeleter>;
 
 /// A configuration file in the format of GLib's key files, in memory.
@@ -29,12 +29,12 @@ class KeyFile
 public:
     KeyFile();
 
-    /// Whether something is at @p path. What cannot be looked at counts as there: taken for
-    /// missing, it would be replaced by a new file, and every value in it would be lost.
+    /// Whether something is at @p path. True also when that cannot be found out, for example
+    /// without permission: a new file in its place would lose every value in it.
     static bool exists(const QString &path);
 
     /// Replaces the content by that of the file at @p path. Fails when it is missing, unreadable,
-    /// no regular file, or malformed; of a malformed file, what stands before the fault is kept.
+    /// no regular file, or malformed; of a malformed file, the keys before the fault are kept.
     KeyFileError load(const QString &path);
 
     /// Writes the content to a new file and renames it to @p path.
@@ -46,8 +46,8 @@ public:
     /// The keys of @p group that are booleans, in file order; none when there is no such group.
     std::vector<std::pair<QString, bool>> booleans(const QString &group) const;
 
-    /// Sets @p key, at its place or at the end of its group. Fails, and changes nothing, when a
-    /// key file cannot hold such a key and give it back.
+    /// Sets @p key, at its place or at the end of its group. Fails, and changes nothing, when the
+    /// key would not read back from a key file.
     KeyFileError setBoolean(const QString &group, const QString &key, bool value);
 
 private:
@@ -59,15 +59,15 @@ private:
     std::unique_ptr<GKeyFile, Deleter> m_file;
 };
 
-/// Whether the file at @p path, there or not, can hold @p key in @p group and give it back. False
-/// after the warning of saveKeyValue(), which would refuse it; it can still fail for other reasons.
+/// Whether @p key in @p group would read back from the file at @p path, which need not exist. If
+/// not, logs the same warning as saveKeyValue(), which can still fail for other reasons.
 bool canSaveKey(const QString &path, const QString &group, const QString &key);
 
-/// Records the boolean @p value of @p key in the file at @p path, which is created if need be, and
-/// keeps all its other keys and groups.
+/// Sets @p key to @p value in the file at @p path, creates the file if there is none, and keeps its
+/// other keys and groups.
 ///
-/// False, after a warning that says why, when the file exists and cannot be loaded, when it cannot
-/// hold the key, or when it cannot be written; the file is then as it was.
+/// False, after a warning with the reason, when the file exists and cannot be loaded, when the key
+/// would not read back, or when the file cannot be written; the file is then unchanged.
 bool saveKeyValue(const QString &path, const QString &group, const QString &key, bool value);
 
 #endif

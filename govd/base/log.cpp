@@ -18,7 +18,7 @@
 
 namespace {
 
-/// The longest text made at run time that a line holds whole, in bytes.
+/// The longest text that is not cut, in bytes of UTF-8.
 constexpr int LongestText = 1024;
 
 thread_local bool isLimited = false;
@@ -40,7 +40,7 @@ int priority(QtMsgType type)
     return LOG_NOTICE;
 }
 
-/// Whether stderr is the journal's stream: the service manager leaves its device and inode number.
+/// Whether stderr is the journal's stream, whose device and inode systemd puts in JOURNAL_STREAM.
 bool isStderrJournal()
 {
     struct stat status;
@@ -68,7 +68,7 @@ int unitLength(const QString &text, int at)
     }
 }
 
-/// Appends what of @p text may stand in a line. Returns a mark if that is not all.
+/// Appends as much of @p text as the limit allows. Returns the mark for the rest, if any.
 QString appendShortened(QString &line, const QString &text)
 {
     const int size = text.toUtf8().size();
@@ -90,7 +90,7 @@ QString appendShortened(QString &line, const QString &text)
     return QStringLiteral("[%1 more bytes]").arg(size - bytes);
 }
 
-/// Where the text in quotes, or between two of them, ends that begins at @p start.
+/// The end of the part, in quotes or between two such texts, that begins at @p start.
 int endOfText(const QString &line, int start)
 {
     int end = start;
@@ -99,7 +99,7 @@ int endOfText(const QString &line, int start)
     return qMin(end, line.size());
 }
 
-/// @p line with each text in quotes, and each stretch between two of them, shortened.
+/// @p line with each text in quotes, and each part between two of them, cut at the limit.
 QString shortenedParts(const QString &line)
 {
     if (line.size() <= LongestText / 3) // the most bytes of a UTF-16 unit
@@ -122,7 +122,7 @@ void write(QtMsgType type, const QMessageLogContext &context, const QString &mes
     static const bool isJournal = isStderrJournal();
     const QString formatted = qFormatLogMessage(type, context, message);
     if (formatted.isNull())
-        return; // by the pattern that the environment may set
+        return; // QT_MESSAGE_PATTERN can suppress a line
     QByteArray line = shortenedParts(formatted).toLocal8Bit();
     if (isJournal) {
         const QByteArray prefix = '<' + QByteArray::number(priority(type)) + '>';
@@ -132,7 +132,7 @@ void write(QtMsgType type, const QMessageLogContext &context, const QString &mes
     (void)fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
 }
 
-std::atomic<int> limitedLines = 0; ///< of the present period
+std::atomic<int> limitedLines = 0; ///< in the present period, those left out included
 
 void beginPeriod()
 {
@@ -144,7 +144,7 @@ void beginPeriod()
 bool takesAnotherLimitedLine()
 {
     const int before = limitedLines++;
-    if (before == 0) // from the main thread, because another one may have no timers
+    if (before == 0) // in the main thread, because a timer needs an event loop
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [] { QTimer::singleShot(Log::Period, QCoreApplication::instance(), beginPeriod); },
@@ -152,9 +152,8 @@ bool takesAnotherLimitedLine()
     return before < Log::Burst;
 }
 
-/// The bus library, in its own thread, writes a line for each odd value in a message, whoever sent
-/// it.
-bool isCausedByAnybody()
+/// QtDBus logs a line in its own thread for each malformed value in a message of any caller.
+bool canAnyCallerCauseIt()
 {
     const QCoreApplication *application = QCoreApplication::instance();
     return isLimited || (application && QThread::currentThread() != application->thread());
@@ -163,7 +162,7 @@ bool isCausedByAnybody()
 void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
-    if (isSevere || !isCausedByAnybody() || takesAnotherLimitedLine())
+    if (isSevere || !canAnyCallerCauseIt() || takesAnotherLimitedLine())
         write(type, context, message);
 }
 

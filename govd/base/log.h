@@ -7,26 +7,26 @@
 
 class QString;
 
-/// How messages of Qt's message system become lines on stderr.
+/// Writes the messages of Qt's logging to stderr, with limits on their length and number.
 ///
-/// Each text in quotes, and each stretch between two of them, is cut at 1 KiB with a mark: only
-/// what was made at run time is that long. Where stderr is the journal, each line carries its
-/// priority, in the form that the journal takes off again.
+/// Each text in quotes, and each part between two of them, is cut at 1 KiB with a mark; only texts
+/// made at run time are that long. When stderr is the journal's stream, each line begins with its
+/// priority as "<N>", which the journal removes.
 namespace Log {
 
-/// Of what callers without rights can cause, so many lines are written in so many milliseconds.
+/// Lines that callers without rights can cause: at most Burst in Period milliseconds.
 constexpr int Burst = 20;
 constexpr int Period = 20'000;
 
-/// To be called first of all in main().
+/// Installs the message handler. Call it first in main().
 void install();
 
-/// @p text as a line would have it: cut at 1 KiB, with the mark.
+/// @p text cut at 1 KiB of UTF-8, with a mark; a shorter text is returned unchanged.
 QString shortenedText(const QString &text);
 
-/// As long as an object lives, what this thread logs is caused by a caller that needs no right: of
-/// such lines a burst is written, and then one line that says how many were left out. The same
-/// holds for all threads but the main one. Critical and fatal messages are always written.
+/// While an object lives, the lines of this thread count as caused by a caller without rights, like
+/// those of every thread other than the main one. Of such lines Burst are written in each Period,
+/// then one that gives the number left out. Critical and fatal messages are always written.
 class Limited
 {
     Q_DISABLE_COPY(Limited)

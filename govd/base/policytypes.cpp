@@ -15,7 +15,7 @@ QString typeToKey(Pellora::PolicyValue::PolicyType type)
 
 Pellora::PolicyValue::PolicyType keyToType(const QString &key)
 {
-    // Qt takes a qualified name too. As a second name of a policy it would get past its lock.
+    // QMetaEnum also accepts a key with its class in front, under which no lock would be found.
     if (key.contains(QLatin1String("::")))
         return PolicyTypes::None;
     const int value = PolicyTypes::enumeration().keyToValue(key.toUtf8().constData());

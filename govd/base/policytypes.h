@@ -10,8 +10,8 @@
 
 using PolicyType = Pellora::PolicyValue::PolicyType;
 
-/// The policies that the daemon acts on, by number: their keys are the platform's business, and a
-/// platform may spell them as it likes.
+/// The policies that the daemon acts on, by number. Their keys come from the platform's
+/// enumeration.
 namespace PolicyTypes {
 
 inline constexpr auto None = static_cast<PolicyType>(0);
@@ -30,7 +30,7 @@ inline constexpr auto UserReport = static_cast<PolicyType>(41);
 inline constexpr auto DeveloperMode = static_cast<PolicyType>(42);
 inline constexpr auto UsbDevices = static_cast<PolicyType>(45);
 
-/// The platform's enumeration of policies, looked up afresh.
+/// The platform's enumeration of policies, looked up in its meta-object by each call.
 QMetaEnum enumeration();
 
 } // namespace PolicyTypes

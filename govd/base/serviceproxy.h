@@ -10,9 +10,9 @@
 
 /// Proxy of a service's object on the system bus.
 ///
-/// As Qt's code generator makes them, and unlike QDBusInterface, it does not read the service's
-/// introspection data: a hostile service could exhaust the daemon's memory with it, and a silent
-/// one would cost a second time-out.
+/// Like the proxies that qdbusxml2cpp generates, and unlike QDBusInterface, it does not read the
+/// service's introspection data: a hostile service could exhaust the daemon's memory with it, and
+/// a silent one would cost a second time-out.
 class ServiceProxy : public QDBusAbstractInterface
 {
 public:

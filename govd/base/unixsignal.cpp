@@ -13,12 +13,12 @@
 
 namespace {
 
-/// For each signal number, where its handler reports it.
+/// By signal number, the eventfd that its handler writes.
 std::array<int, NSIG> descriptors;
 
 void report(int number)
 {
-    const int error = errno; // of whatever the signal interrupts
+    const int error = errno; // the interrupted code may be about to read it
     eventfd_write(descriptors.at(static_cast<size_t>(number)), 1);
     errno = error;
 }
@@ -39,7 +39,7 @@ UnixSignal::UnixSignal(int number, QObject *parent)
     , m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (m_descriptor < 0)
-        return; // the default meaning is better than none
+        return; // the signal keeps its default action
     m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
         eventfd_t count;
@@ -53,6 +53,6 @@ UnixSignal::UnixSignal(int number, QObject *parent)
 UnixSignal::~UnixSignal()
 {
     setHandler(m_number, SIG_DFL);
-    m_notifier.reset(); // before its descriptor can become another file's
+    m_notifier.reset(); // before close(), after which the number can be reused
     close(m_descriptor);
 }

@@ -31,7 +31,7 @@ milliseconds readTimeAllowed()
     return milliseconds(microseconds / 1000);
 }
 
-/// How long the process may go without a report; zero when nobody watches it.
+/// The longest time between two reports; zero when there is no watchdog.
 milliseconds timeAllowed()
 {
     static const milliseconds time = readTimeAllowed();

@@ -5,23 +5,21 @@
 
 #include <QObject>
 
-/// Keeps the service manager's watchdog (WatchdogSec= of the unit) from ending the process.
+/// Reports to the service manager's watchdog (WatchdogSec= of the unit) after the bus has answered.
 ///
-/// It reports to it only after the bus has answered a question. So a connection that hears nothing
-/// any more and a main thread that is stuck both end in a restart. Where no service manager
-/// watches, or without libsystemd, it asks and reports nothing.
+/// So the service manager restarts a daemon whose connection receives nothing any more, or whose
+/// main thread is stuck. Without a watchdog or libsystemd, the class calls and reports nothing.
 class Watchdog : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Checks the bus before each event of the main thread, so that a flood of calls, which keeps
-    /// timers from running, does not count as being stuck; and has an event come when there is
-    /// none.
+    /// Checks the bus before each event of the main thread: during a flood of calls timers do not
+    /// run. A timer makes an event when there is none.
     Watchdog();
 
-    /// Asks the bus, waits for its answer and reports, if the last report is an eighth of the time
-    /// allowed ago. To be called after each call that may have kept the main thread waiting.
+    /// Calls the bus, waits for its reply and reports, if the last report is an eighth of the time
+    /// allowed ago. Call it after each call that may have blocked the main thread.
     static void checkBus();
 
     bool eventFilter(QObject *receiver, QEvent *event) override;

@@ -17,7 +17,7 @@
 
 namespace {
 
-int leftOut = 0; ///< records of writes since the last one that was sent
+int leftOut = 0; ///< records not sent since the last one that was
 
 bool takesAnotherDenied()
 {
@@ -30,7 +30,7 @@ bool takesAnotherDenied()
     return ++count <= Log::Burst;
 }
 
-/// The file that a process runs, if that may be known, otherwise the name that it goes by.
+/// The path of the program that a process runs; the process's name if the path may not be read.
 QString programOf(int pid)
 {
     const QByteArray directory = "/proc/" + QByteArray::number(pid);
@@ -44,7 +44,7 @@ QString programOf(int pid)
     return QString::fromUtf8(text.data(), qMax(0, static_cast<int>(size)));
 }
 
-/// In quotes and escaped, so that it forges no other text where records are shown as lines.
+/// @p text in quotes and escaped, so that a key cannot imitate other parts of the message.
 QString quoted(const QString &text)
 {
     QString result;
@@ -71,18 +71,18 @@ QString nameOf(WriteRecord::Refusal reason)
     return QString();
 }
 
-void send(JournalRecord &record, JournalRecord::Patience patience)
+void send(JournalRecord &record, JournalRecord::WhenFull whenFull)
 {
     if (leftOut)
         record.add("GOVD_LEFT_OUT", QString::number(leftOut));
-    leftOut = record.send(patience) ? 0 : leftOut + 1;
+    leftOut = record.send(whenFull) ? 0 : leftOut + 1;
 }
 
 } // namespace
 
 QString valueText(const QVariant &value)
 {
-    // Qt would turn a byte into the character of that number, and 0 would cut off the line.
+    // toString() makes a byte the character with that code, and 0 would end the audit line.
     return value.userType() == QMetaType::UChar ? QString::number(value.toUInt())
                                                 : value.toString();
 }
