@@ -21,7 +21,7 @@
 
 namespace {
 
-/// Answers a command line, which the daemon has no use for. The exit code.
+/// Prints the version or the usage, because the daemon takes no arguments. Returns the exit code.
 int explain(const char *argument)
 {
     if (std::strcmp(argument, "--version") == 0) {
@@ -41,7 +41,7 @@ int explain(const char *argument)
     return isAsked ? 0 : 2;
 }
 
-/// Has signals take effect in the event loop, as long as @p manager lives.
+/// While @p manager lives, SIGINT and SIGTERM end the event loop and SIGHUP enforces all policies.
 void handleSignals(PolicyManager *manager)
 {
     for (const int number : {SIGINT, SIGTERM})
@@ -65,8 +65,8 @@ int main(int argc, char **argv)
         qWarning() << "Lost the connection to the system bus";
         QCoreApplication::quit();
     });
-    // A new connection holds back what it receives, the loss of the bus included, until this event
-    // of it is delivered: a blocking call before that would never return.
+    // QtDBus dispatches nothing on a new connection, not even the loss of the bus, before this
+    // event is delivered: a blocking call would never return if the bus ended before.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
     BusThread::liftLimits();
     BusThread::catchUp();
@@ -76,12 +76,12 @@ int main(int argc, char **argv)
                      &PolicyManager::processPartition);
     manager.setupPolicies();
 
-    // Until here a signal ends the start at once, whatever service it waits for: the files are
-    // whole at any time. From here on nothing is waited for but the bus.
+    // Not earlier, so that a signal ends a start that waits for a service: files are replaced by
+    // renaming, so none is left incomplete. From here on only calls to the bus itself block.
     handleSignals(&manager);
 
-    // All values are loaded and enforced by now, and the object is there before the name: the
-    // first client that sees the name finds everything in place.
+    // The object comes before the name, and both after all values are loaded and enforced: a client
+    // that sees the name can use the object at once.
     QDBusConnection bus = QDBusConnection::systemBus();
     if (!bus.registerObject(Names::ObjectPath, &manager, QDBusConnection::ExportAdaptors)
         || !bus.registerService(Names::Service)) {

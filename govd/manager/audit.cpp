@@ -7,15 +7,14 @@
 
 #include <syslog.h>
 
-/// Records a change in the system log and with the system-log service; neither outcome is looked
-/// at. A null @p oldValue stands for the value of the policy as a reader sees it now. Returns the
-/// old value as text.
+/// Sends the audit line to syslog and to the system-log service, and ignores both results. A null
+/// @p oldValue stands for the policy's effective value. Returns the old value as text.
 QString PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
                                       const QVariant &oldValue)
 {
     const QString oldText = valueText(oldValue.isNull() ? policyValue(key) : oldValue);
-    // One at a time on purpose: a "%2" in the key is filled in as well, and readers of the log know
-    // the text so.
+    // Chained arg() also replaces a "%2" in the key, unlike one call with three texts: the audit
+    // line is fixed to the letter.
     const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
                              .arg(key)
                              .arg(oldText) // clazy:exclude=qstring-arg

@@ -12,13 +12,13 @@
 
 #include <pelloraaccesscontrol/accesscontrol.h>
 
-/// Whether the caller of the present bus call may change anything: one whose process runs as the
-/// group "privileged" or the user root, or whose user belongs to the management group. A caller
-/// that may not has got its error reply when this returns. The daemon's own work is allowed.
-/// @p record is told who the caller is.
+/// Whether the caller of the present bus call may write: its process runs as the group "privileged"
+/// or the user root, or its user belongs to the management group. Always true outside a bus call.
+/// A caller without rights has been sent its error reply when this returns. @p record, if any, is
+/// given the caller.
 ///
-/// Every check asks afresh, also when one call runs several of them: a caller can be gone, or be
-/// another program, from one to the next.
+/// Nothing is cached, even within one bus call: between two checks the caller's process can end or
+/// execute another program.
 bool PolicyManager::isCallAllowed(WriteRecord *record)
 {
     if (!calledFromDBus())
@@ -29,8 +29,8 @@ bool PolicyManager::isCallAllowed(WriteRecord *record)
         return false; // the bus is lost, and with it every caller
     const QString sender = message().service();
 
-    // A query that fails gives 0. No process has that id, and root, whose user id it is, belongs
-    // to the management group only by mistake: a caller that is gone is refused.
+    // For a caller that has gone, both queries fail and give 0. There is no /proc/0, and user 0 is
+    // root, which no device puts in the management group: the caller is refused.
     const int pid = static_cast<int>(bus->servicePid(sender).value());
     const QFileInfo process(QStringLiteral("/proc/%1").arg(pid));
     if (process.group() == Names::PrivilegedGroup || process.owner() == Names::RootUser) {

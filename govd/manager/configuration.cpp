@@ -10,21 +10,22 @@
 
 void PolicyManager::readConfiguration()
 {
-    if (switchPlugin()) // without it nobody could keep the values
+    if (switchPlugin()) // the values live in the plugin only
         readFiles(Names::SwitchFile, Names::SwitchDirectory, &PolicyManager::readSwitchFile);
     readFiles(Names::PolicyFile, Names::PolicyDirectory, &PolicyManager::readPolicyFile);
 }
 
 /// Reads the single file alone if it exists, otherwise every entry of the directory, sorted by name
-/// without regard to case. The directory is a seed for the file, never merged.
+/// without regard to case. The two are never merged: the first value from the directory is saved,
+/// which creates the file.
 void PolicyManager::readFiles(const QString &file, const QString &directory, FileReader read)
 {
     if (KeyFile::exists(file)) {
         (this->*read)(file);
         return;
     }
-    // The first value makes the file, and a later start does not look at the directory: one that
-    // ended in between would lose the other values.
+    // Later starts read only the file: if a signal ended this one after the first value, the others
+    // would be lost.
     const DeferredSignals deferred;
     const QFileInfoList entries = QDir(directory).entryInfoList();
     for (const QFileInfo &entry : entries)
@@ -34,7 +35,7 @@ void PolicyManager::readFiles(const QString &file, const QString &directory, Fil
 void PolicyManager::readPolicyFile(const QString &path)
 {
     KeyFile file;
-    file.load(path); // of a malformed file, what stands before the fault still counts
+    file.load(path); // of a malformed file, the keys before the fault count
     const QMetaEnum types = PolicyTypes::enumeration();
     for (int i = 0; i < types.keyCount(); ++i) {
         const QString key = QString::fromLatin1(types.key(i));

@@ -5,8 +5,8 @@
 
 #include <systemsettings/partitionmanager.h>
 
-/// Announces the partitions that appear while the daemon runs; processPartition() unmounts through
-/// it. It begins with the event loop, so it can be there before the application object.
+/// Signals the partitions that appear while the daemon runs; processPartition() unmounts through
+/// it. It may exist before the application object, because it uses the bus from the event loop on.
 extern PartitionManager partitionManager;
 
 #endif

@@ -15,8 +15,8 @@ QDBusVariant PolicyAdaptor::KeyValue(const QString &key)
 {
     const Log::Limited limited;
     const QVariant value = m_manager->policyValue(key);
-    // An invalid variant cannot be sent. Marked as answered later, the call gets no reply either,
-    // and the bus library writes no warnings, with which everybody could fill the log.
+    // QtDBus cannot send an invalid variant and logs two warnings for each attempt, with which any
+    // caller could fill the log. With a delayed reply nothing is sent either, and nothing logged.
     if (!value.isValid())
         m_manager->setDelayedReply(true);
     return QDBusVariant(value);

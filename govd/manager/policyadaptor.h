@@ -10,9 +10,9 @@ class PolicyManager;
 
 /// The bus interface org.kvt.PolicyManager.Policy: reads and writes policies.
 ///
-/// Each method is one call of the manager, which is also the parent and so gets the context of the
-/// bus call, by which it judges the caller. Reading needs no right, so what is logged meanwhile is
-/// limited. The order of members is part of the interface.
+/// Each method is one call of the manager. The manager is the adaptor's parent, so QtDBus gives it
+/// the context of the bus call, by which it checks the caller. Reading needs no right, so the
+/// number of lines logged meanwhile is limited. The order of members is fixed.
 class PolicyAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -38,15 +38,15 @@ public:
     explicit PolicyAdaptor(PolicyManager *manager);
 
 Q_SIGNALS:
-    /// A policy was changed, or what decides about it was; see PolicyManager::policyChanged().
+    /// A policy, a switch that governs it, or its lock changed; see PolicyManager::policyChanged().
     void PolicyChanged(const QString &key, const QDBusVariant &value);
 
 public Q_SLOTS:
-    /// The effective value of a policy. A key without a value gets no reply at all.
+    /// The effective value of a policy. For a key without a value, no reply is sent.
     QDBusVariant KeyValue(const QString &key);
 
-    /// Sets a policy. False when it is locked or cannot be saved; the error AccessDenied for a
-    /// caller that may not.
+    /// Sets a policy. False when it is locked, or its value cannot be saved or sent in replies; the
+    /// error AccessDenied for a caller without rights.
     bool SetKeyValue(const QString &key, const QDBusVariant &value);
 
 private:

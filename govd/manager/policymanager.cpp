@@ -16,9 +16,9 @@ namespace {
 /// The one policy whose default depends on the device.
 const QLatin1String UserReportKey("UserReportExportEnabled");
 
-/// Whether user reports may be exported unless somebody decides otherwise: only from a device that
-/// says that its operating system is not certified. Numbers and texts count as Qt reads them as
-/// booleans; any other answer says nothing.
+/// The default of that policy: true when the device says that its operating system is not
+/// certified. Numbers and texts count by Qt's boolean reading; any other reply, and none, gives
+/// false.
 bool userReportDefault()
 {
     ServiceProxy features(Names::DeviceFeatureProperties);
@@ -51,7 +51,7 @@ void PolicyManager::exportInterfaces()
     auto *policyAdaptor = new PolicyAdaptor(this);
     connect(this, &PolicyManager::policyChanged, policyAdaptor,
             [policyAdaptor](const QString &key, const QVariant &value) {
-                if (value.isValid()) // an invalid one cannot be sent
+                if (value.isValid()) // QtDBus cannot send an invalid one
                     Q_EMIT policyAdaptor->PolicyChanged(key, QDBusVariant(value));
             });
     auto *switchAdaptor = new SwitchAdaptor(this);
@@ -84,7 +84,7 @@ void PolicyManager::storeDefaults()
 void PolicyManager::setupPolicies()
 {
     static const QMetaEnum types = PolicyTypes::enumeration();
-    for (int value = 1; value < types.keyCount(); ++value) { // 0 is "no policy"; none is left out
+    for (int value = 1; value < types.keyCount(); ++value) { // dense from 0, which is no policy
         const QString key = typeToKey(static_cast<PolicyType>(value));
         enforcePolicy(key, policyValue(key).toBool());
     }

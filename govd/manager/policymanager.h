@@ -20,22 +20,22 @@ class AccessSwitchPlugin;
 
 class WriteRecord;
 
-/// The one central object: holds every policy's value, answers reads, and takes changes through
-/// their whole life: caller check, lock, file, audit event, store, enforcement, announcement.
+/// Holds the stored value of every policy, answers reads, and carries out writes in this order:
+/// caller check, lock, file, audit event, store, enforcement, signal.
 ///
 /// Built once, before the daemon is on the bus; main thread only. Its definition is split by
 /// concern: construction (policymanager.cpp), configuration files (configuration.cpp), reading
 /// (reading.cpp), the write path (writing.cpp), the caller check (authorisation.cpp), audit events
 /// (audit.cpp) and removable storage (partitions.cpp).
 ///
-/// The order of members, signals and slots is part of the interface: queued calls go by index.
+/// The order of signals and slots is fixed, because meta-calls name them by their number in it.
 class PolicyManager final : public EnforcerManager, public QDBusContext
 {
     Q_OBJECT
 
 public:
-    /// Builds everything, reads the configuration, and fills in and persists defaults. Each value
-    /// that comes to be stored here is enforced at once.
+    /// Loads the plugins, reads the configuration, and stores and saves a default for each policy
+    /// without a value. Each value is enforced when it is stored.
     explicit PolicyManager(QObject *parent);
     ~PolicyManager() override;
 
@@ -46,42 +46,43 @@ public:
     /// locks it, otherwise the stored value; invalid when there is none.
     QVariant policyValue(const QString &key) override;
 
-    /// The value of an access switch as its plugin tells it; false, after a warning, when the
-    /// plugin fails, and false without a plugin.
+    /// The value of an access switch, from the plugin; false, after a warning, when the plugin
+    /// returns no boolean, and false without a plugin.
     QVariant switchValue(const QString &key);
 
-    /// The access switches that the plugin knows, in its order.
+    /// The access switches that the plugin lists, in the order of its hash.
     QStringList switches();
 
     /// The numbers of the policies that the access switch @p key governs; empty for an unknown one.
     QList<int> switchPolicyTypes(const QString &key);
 
-    /// Takes a new policy value. True when it was accepted: allowed, not locked, and saved.
-    /// An audit event is recorded if @p logEvent is set.
+    /// Sets a policy. True when the value was accepted: the caller has the right, the policy is not
+    /// locked, and the value could be saved. An audit event is made if @p logEvent is set.
     bool setPolicyValue(const QString &key, const QVariant &value, bool logEvent);
 
-    /// Takes a new switch value. True when it was accepted: allowed, taken by the plugin, and
-    /// saved. A key that the file cannot hold is refused before the plugin is asked; a switch that
-    /// could not be saved for another reason keeps its new value all the same.
+    /// Sets an access switch. True when the value was accepted: the caller has the right, the
+    /// plugin took the value, and it could be saved. A key that the file cannot hold is refused
+    /// before the plugin is asked; if saving fails otherwise, the plugin keeps the new value.
     bool setSwitchValue(const QString &key, const QVariant &value);
 
     /// Unmounts @p partition if it is a mounted external one whose bus a policy forbids.
     void processPartition(const Partition &partition);
 
 Q_SIGNALS:
-    /// A policy was stored, a switch that governs it changed, or its lock did. @p value is what
-    /// was enforced, or after a change of the lock what readers see. It can be the old one.
+    /// A policy was stored, a switch that governs it changed, or its lock changed. @p value is the
+    /// enforced value, or the effective one after a change of the lock. It can be the old one.
     void policyChanged(const QString &key, const QVariant &value);
 
     /// The plugin announced @p value for the access switch @p key.
     void switchChanged(const QString &key, const QVariant &value);
 
 public Q_SLOTS:
-    /// Stores a value that differs from the stored one, enforces its effect and announces it.
+    /// If @p value differs from the stored value, stores it, enforces it, combined with the first
+    /// switch that governs the policy, and emits policyChanged().
     void updatePolicyValue(const QString &key, const QVariant &value);
 
-    /// Enforces and announces every policy that the access switch @p key governs, then announces
-    /// the switch itself.
+    /// Enforces every policy that the access switch @p key governs and emits policyChanged() for
+    /// each, then switchChanged().
     void enforceSwitchPolicies(const QString &key, const QVariant &value);
 
 private Q_SLOTS:

@@ -58,8 +58,8 @@ QList<int> PolicyManager::switchPolicyTypes(const QString &key)
 
 void PolicyManager::onPolicyIsLockedChanged(const QString &key, bool isLocked)
 {
-    // Another source may still lock the policy, or the lock may have moved again: only news that
-    // still holds is passed on. A lock changes what readers see, not what is enforced.
+    // Passed on only while it holds: another plugin may still lock the policy, or the lock may have
+    // changed again. A lock changes the effective value, not the enforced one.
     if (isLocked == !restriction.checkPolicy(key))
         Q_EMIT policyChanged(key, policyValue(key));
 }

@@ -12,8 +12,8 @@ namespace {
 
 bool holdsDescriptor(const QVariant &value);
 
-// QDBusArgument frees the message only if each container that was begun is ended as well: so all of
-// them are read to their end.
+// QDBusArgument frees the message only when each container that was begun has been ended, so every
+// container is read to its end, also after a descriptor has been found.
 
 bool restHoldsDescriptor(const QDBusArgument &container)
 {
@@ -74,7 +74,7 @@ bool holdsDescriptor(const QVariant &value)
 {
     if (value.userType() == qMetaTypeId<QDBusVariant>())
         return holdsDescriptor(value.value<QDBusVariant>().variant());
-    // A copy, which has a place of its own in the message: reading moves it.
+    // A copy has a read position of its own, so that of @p value does not move.
     if (value.userType() == qMetaTypeId<QDBusArgument>())
         return containerHoldsDescriptor(value.value<QDBusArgument>());
     return value.userType() == qMetaTypeId<QDBusUnixFileDescriptor>();

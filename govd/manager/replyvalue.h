@@ -5,11 +5,11 @@
 
 class QVariant;
 
-/// Whether readers can be given @p value, which came over the bus.
+/// Whether replies can hold @p value, which came over the bus.
 ///
-/// QtDBus receives an empty signature but cannot send it: stored, it would leave every reader of
-/// its policy without an answer. A value that holds descriptors, however deep, would take one more
-/// of the daemon's for each reader.
+/// QtDBus receives an empty signature but cannot send it: every read of the policy would stay
+/// without a reply. A value that holds descriptors, at any depth, would take one more of the
+/// daemon's descriptors for each reply.
 bool canBeGivenBack(const QVariant &value);
 
 #endif

@@ -13,8 +13,8 @@ class PolicyManager;
 /// The bus interface org.kvt.PolicyManager.Switch: reads and writes access switches and tells which
 /// policies each governs. Built like PolicyAdaptor.
 ///
-/// The introspection text gives the result of SetKeyValue as "i" while the reply is a boolean:
-/// clients were generated from this text, so it stays.
+/// The introspection text declares the result of SetKeyValue as "i", but the reply is a boolean.
+/// Both are fixed: the text is served as it stands, and the reply follows the slot's type.
 class SwitchAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -47,15 +47,15 @@ public:
     explicit SwitchAdaptor(PolicyManager *manager);
 
 Q_SIGNALS:
-    /// The access-switch plugin announced a value.
+    /// The access-switch plugin reported a new value.
     void SwitchChanged(const QString &key, const QDBusVariant &value);
 
 public Q_SLOTS:
     /// The value of a switch; false for one that cannot be read, and without a plugin.
     QDBusVariant KeyValue(const QString &key);
 
-    /// Sets a switch. False without a plugin, when it refuses, and when the value cannot be saved;
-    /// the error AccessDenied for a caller that may not.
+    /// Sets a switch. False without a plugin, when it refuses, and when the value cannot be saved
+    /// or sent in replies; the error AccessDenied for a caller without rights.
     bool SetKeyValue(const QString &key, const QDBusVariant &value);
 
     /// The numbers of the policies that a switch governs; empty for an unknown switch.

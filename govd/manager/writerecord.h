@@ -10,12 +10,12 @@
 
 class JournalRecord;
 
-/// A value as audit events and records have it.
+/// @p value as text, as in audit events and journal records.
 QString valueText(const QVariant &value);
 
-/// What the journal is told of one write that came over the bus: who wanted which value, and what
-/// became of that. Without a caller, as for the daemon's own writes, and on a system without a
-/// journal, it is told nothing. Each record tells how many before it could not be sent.
+/// The journal's record of one write that came over the bus: caller, value and result. Nothing is
+/// sent for the daemon's own writes, which have no caller, or without a journal. A record holds the
+/// number of those before it that were left out.
 class WriteRecord
 {
 public:
@@ -25,7 +25,7 @@ public:
     };
 
     enum Refusal {
-        Denied, ///< a caller without rights: of these records only so many are sent in so much time
+        Denied, ///< a caller without rights; limited like log lines, see Log::Burst
         Locked,
         CannotBeHeld,
         NotSaved,
@@ -35,13 +35,13 @@ public:
 
     WriteRecord(Kind kind, const QString &key, const QVariant &newValue);
 
-    /// @p pid is 0, and @p uid is missing, if the bus does not know any more.
+    /// @p pid is 0, and @p uid is empty, when the bus no longer knows the caller.
     void setCaller(const QString &busName, int pid, std::optional<uint> uid);
 
-    /// Tells that the value was accepted.
+    /// Sends the record of an accepted value.
     void accept(const QString &oldText) const;
 
-    /// Tells that it was refused, and why; false, for the caller of the function that refuses.
+    /// Sends the record of a refused value. Always false, for the refusing function to return.
     bool refuse(Refusal reason) const;
 
 private:

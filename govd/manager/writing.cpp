@@ -21,7 +21,7 @@ bool PolicyManager::setPolicyValue(const QString &key, const QVariant &value, bo
     if (!canBeGivenBack(value))
         return record.refuse(WriteRecord::CannotBeHeld);
     if (!saveKeyValue(Names::PolicyFile, Names::ConfigurationGroup, key, value.toBool())) {
-        // Log watchers know this line with the switch file's path, whichever file it was.
+        // The line is fixed with the switch file's path, although the policy file has failed.
         qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
         return record.refuse(WriteRecord::NotSaved);
     }
@@ -42,7 +42,7 @@ bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
     if (!canBeGivenBack(value))
         return record.refuse(WriteRecord::CannotBeHeld);
 
-    // The plugin would keep, and announce, what is refused after it has been asked.
+    // Checked first, because the plugin would keep and announce a value that is refused later.
     if (!canSaveKey(Names::SwitchFile, Names::ConfigurationGroup, key)) {
         qWarning() << "Failed to save configuration to file" << Names::SwitchFile;
         return record.refuse(WriteRecord::NotSaved);
@@ -76,8 +76,8 @@ void PolicyManager::updatePolicyValue(const QString &key, const QVariant &value)
     Q_EMIT policyChanged(key, effective);
 }
 
-/// Forces @p value to false when the first switch that governs the policy is off. Readers see all
-/// governing switches and the locks as well; what is enforced follows the first switch alone.
+/// The value to enforce for the stored @p value: false when the first switch that governs the
+/// policy is off. The effective value also depends on other switches that govern it, and on locks.
 bool PolicyManager::combineWithSwitch(const QString &key, bool value)
 {
     auto *plugin = switchPlugin();
