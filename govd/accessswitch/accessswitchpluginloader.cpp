@@ -14,7 +14,7 @@ namespace Pellora {
 
 AccessSwitchPluginLoader *AccessSwitchPluginLoader::instance()
 {
-    // Never destroyed: whoever holds the plugin may use it until the process ends.
+    // Never destroyed, so that the plugin can be used until the process ends.
     static auto *const loader = new AccessSwitchPluginLoader;
     return loader;
 }

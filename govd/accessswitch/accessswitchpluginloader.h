@@ -11,8 +11,8 @@ namespace Pellora {
 
 /// Finds and loads the platform's one access-switch plugin.
 ///
-/// The plugin is looked for once, when the loader is first asked for; one that is installed later
-/// is seen at the next start. Main thread only.
+/// The plugin is loaded once, by the first call of instance(); one that is installed later is
+/// loaded at the daemon's next start. Main thread only.
 class AccessSwitchPluginLoader : public QObject
 {
     Q_OBJECT
@@ -23,7 +23,7 @@ public:
 
     ~AccessSwitchPluginLoader() override;
 
-    /// The plugin, owned by the loader, or null when there is none that can be used.
+    /// The plugin, owned by the loader; null when there is none or it could not be loaded.
     AccessSwitchPlugin *plugin();
 
 private:

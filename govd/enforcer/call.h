@@ -9,10 +9,9 @@
 #include <QDBusError>
 #include <QVariantList>
 
-/// Calls @p method of a service and waits for the reply, of which only the outcome matters.
+/// Calls @p method of a service, waits for the reply and returns whether it is no error.
 ///
-/// Each failure has words of its own, in which some name the error and some do not: an error is
-/// handed to @p report, which logs it. Returns whether the call succeeded.
+/// @p report gets the error and logs it: the lines are fixed, and only some contain the error.
 template <typename Report>
 bool callOrReport(ServiceProxy &proxy, const QString &method, const QVariantList &arguments,
                   Report report)

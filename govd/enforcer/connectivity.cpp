@@ -14,12 +14,12 @@ void switchUsbDevices(PolicyEnforcementTask task)
                  {Names::UsbManager, QStringLiteral("Enabled"),
                   QVariant::fromValue(QDBusVariant(task.value))},
                  [](const QDBusError &) {
-                     // Said of enabling too: log watchers know this one line.
+                     // The line is fixed; it says "disable" for both values.
                      qWarning() << "Failed to disable USB devices connection.";
                  });
 }
 
-/// Allowing developer mode does not switch remote access on: that is left to the user.
+/// Allowing developer mode does not enable remote access, which is the user's setting.
 void disableRemoteAccess(PolicyEnforcementTask task)
 {
     if (task.value)
@@ -31,8 +31,8 @@ void disableRemoteAccess(PolicyEnforcementTask task)
                  });
 }
 
-/// Looks at the type although its row holds no other one: a row added to the service's types must
-/// not cut the tethering.
+/// Checks the type although its row holds no other one: a policy that is added to that row must not
+/// switch tethering off.
 void disableTethering(PolicyEnforcementTask task)
 {
     if (task.type != PolicyTypes::InternetSharing || task.value)

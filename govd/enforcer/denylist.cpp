@@ -7,8 +7,8 @@
 
 #include <QDebug>
 
-/// A policy that stands for no application sends an empty list all the same: the sandbox has always
-/// been told of each change of these policies.
+/// For a policy without applications in the table (microphone, user report) the call is fixed too:
+/// it sends an empty list.
 void updateDenylist(PolicyEnforcementTask task)
 {
     const QStringList applications = policyApplications.value(task.type);

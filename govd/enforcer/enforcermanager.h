@@ -6,7 +6,7 @@
 #include <QObject>
 #include <QVariant>
 
-/// The manager of an enforcer, as handlers see it: they ask it for the values of other policies.
+/// The manager of an enforcer as handlers see it: the source of other policies' effective values.
 class EnforcerManager : public QObject
 {
 public:

@@ -5,7 +5,7 @@
 
 #include "policyenforcementtask.h"
 
-// Every handler, by family. Which runs for which policy, and how, is in tables.cpp.
+// The handlers, by family. tables.cpp assigns them to policies and routes.
 
 // Marker files (markerfiles.cpp)
 void markCamera(PolicyEnforcementTask task);

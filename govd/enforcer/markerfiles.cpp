@@ -15,11 +15,11 @@ bool createEmptyFile(const QString &path)
     return QFile(path).open(QIODevice::WriteOnly);
 }
 
-/// Keeps a file that is there while a feature is allowed.
+/// Creates or removes a file that exists while a feature is allowed.
 void markEnabled(const QString &path, bool enabled)
 {
     if (enabled) {
-        QDir().mkpath(QFileInfo(path).path()); // if that failed, so does the next step, and tells
+        QDir().mkpath(QFileInfo(path).path()); // after a failure the next step fails and logs it
         if (!QFile::exists(path) && !createEmptyFile(path))
             qWarning() << "Failed to create file:" << path;
     } else if (QFile::exists(path) && !QFile::remove(path)) {
@@ -47,7 +47,7 @@ void markUserReport(PolicyEnforcementTask task)
     markEnabled(Names::UserReportMarker, task.value);
 }
 
-/// The other way round than the markers above: the shell's own file says that it is disabled.
+/// The reverse of the markers above: the file exists while the shell is forbidden.
 void markDeveloperShell(PolicyEnforcementTask task)
 {
     const bool isDisabled = QFile::exists(Names::DeveloperShellMarker);

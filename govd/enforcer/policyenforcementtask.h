@@ -5,18 +5,19 @@
 
 #include "policytypes.h"
 
-/// One change to be carried out on the running system.
+/// One policy to enforce on the running system.
 struct PolicyEnforcementTask
 {
-    PolicyType type; ///< the policy that changed
-    bool value; ///< its effective value: true when the feature is allowed
+    PolicyType type;
+    bool value; ///< the value to enforce: true when the feature is allowed
 };
 
 Q_DECLARE_TYPEINFO(PolicyEnforcementTask, Q_PRIMITIVE_TYPE);
 
-/// Carries out a task. A handler reports its failures in the log itself. The enforcer's lock may be
-/// held: a handler never calls back into the enforcer, and neither may what it asks, such as the
-/// plugins behind another policy's value.
+/// A handler: enforces one policy and logs its own failures.
+///
+/// On the service route the enforcer's mutex is held, which is not recursive: a handler, or a
+/// plugin that it asks for another policy's value, deadlocks if it calls back into the enforcer.
 using PolicyHandler = void (*)(PolicyEnforcementTask task);
 
 #endif

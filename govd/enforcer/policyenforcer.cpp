@@ -18,8 +18,8 @@ PolicyEnforcer::PolicyEnforcer(EnforcerManager *manager)
     : QObject(manager)
 {
     enforcerManager = manager;
-    // The signal has three arguments and the slot takes the first: whatever happened to a name,
-    // it is worth an attempt, and who owns it does not matter.
+    // The slot takes only the first of three arguments, the name: any change of its owner, even the
+    // loss, marks the service as seen. Its tasks are then tried and, if it is absent, fail.
     QDBusConnection::systemBus().connect(
         Names::BusDaemon.service, Names::BusDaemon.path, Names::BusDaemon.interface,
         QStringLiteral("NameOwnerChanged"), this, SLOT(applyServicePolicies(QString)));
@@ -42,7 +42,6 @@ void PolicyEnforcer::buildServices()
 
 void PolicyEnforcer::applyPoliciesOfPresentServices()
 {
-    // Asked without a proxy: building one would ask for introspection data that nobody needs.
     const QDBusReply<QStringList> names = QDBusConnection::systemBus().call(
         QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
                                        Names::BusDaemon.interface, QStringLiteral("ListNames")));

@@ -14,25 +14,28 @@
 
 class EnforcerManager;
 
-/// Carries out policies on the running system, by the handlers in tables.cpp.
+/// Enforces policies on the running system, through the handlers in tables.cpp.
 ///
 /// A task runs its policy's direct handler at once, then the handler of each service that enforces
-/// the policy. For a service that has not been seen on the bus yet the task waits, and runs, in its
-/// turn, when the service appears. Main thread only.
+/// the policy. For a service that has not been seen on the bus yet, the task waits until the
+/// service appears; tasks for one service run in order.
+///
+/// Every call comes from the main thread. The mutex is held while a service's handler runs, so a
+/// handler that calls back deadlocks: no other task can run in the middle of one.
 class PolicyEnforcer : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Starts to watch the bus, and looks who is there already.
+    /// Subscribes to changes of names on the bus, then marks the services that are there already.
     explicit PolicyEnforcer(EnforcerManager *manager);
     ~PolicyEnforcer() override;
 
     void enforcePolicy(PolicyEnforcementTask task);
 
 public Q_SLOTS:
-    /// Notes that the service has been seen on the bus and runs the tasks that waited for it. A
-    /// name that is not watched is ignored.
+    /// Marks the service as seen on the bus and runs the tasks that waited for it. Names of other
+    /// services are ignored.
     void applyServicePolicies(const QString &serviceName);
 
 private:
@@ -41,7 +44,7 @@ private:
         QVector<PolicyType> types;
         QList<PolicyEnforcementTask> pendingTasks;
         PolicyHandler handler = nullptr;
-        bool registered = false; ///< never goes back: a service that left gets its tasks, and fails
+        bool registered = false; ///< stays true when the service leaves: its tasks then fail
     };
 
     void buildServices();
@@ -49,7 +52,7 @@ private:
 
     QHash<PolicyType, QStringList> m_typeServices;
     QHash<QString, ServiceInfo> m_services;
-    QMutex m_mutex; ///< guards pendingTasks and registered, and is held while their handler runs
+    QMutex m_mutex; ///< not recursive; for pendingTasks and registered, held while a handler runs
 };
 
 #endif

@@ -27,14 +27,15 @@ bool isMountedExternally(const Partition &partition)
 
 void unmountRemovableStorage(PolicyEnforcementTask task)
 {
-    // A manager of its own, which lives until the process ends: to ask the other one would have it
-    // watch the bus before the event loop runs, with which it is to begin.
+    // Not the manager in partitions.h: partitions() makes a manager follow UDisks2 at once, and
+    // that one would announce partitions before all policies are enforced. Kept until the process
+    // ends.
     static auto *const manager = new PartitionManager;
     if (task.value)
         return;
 
     const auto partitions = manager->partitions(Partition::Any | Partition::ExcludeParents);
-    Watchdog::checkBus(); // the storage service may have been waited for
+    Watchdog::checkBus(); // partitions() may have blocked
     for (const Partition &partition : partitions) {
         if (governingPolicy(partition) == task.type && isMountedExternally(partition))
             manager->unmount(partition, QVariantMap());

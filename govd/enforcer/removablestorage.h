@@ -11,7 +11,7 @@
 
 /// The policy that governs storage on the drive's bus; none for a bus that no policy governs.
 ///
-/// A drive that does not tell its bus counts as being on the memory-card bus, the number 0.
+/// Storage whose drive has no "connectionBus" counts as being on the memory-card bus, number 0.
 std::optional<PolicyType> governingPolicy(const Partition &partition);
 
 bool isMountedExternally(const Partition &partition);

@@ -7,7 +7,7 @@
 
 using namespace PolicyTypes;
 
-// NOLINTBEGIN(cert-err58-cpp): built before main; without memory for them the start ends
+// NOLINTNEXTLINE(cert-err58-cpp): throws only without memory, which ends the start anyway
 const QHash<PolicyType, PolicyHandler> policyHandlers{
     {Camera, markCamera},
     {Browser, terminateBrowsers},
@@ -20,8 +20,9 @@ const QHash<PolicyType, PolicyHandler> policyHandlers{
     {UsbDevices, switchUsbDevices},
 };
 
-// Developer mode stands on both routes on purpose: remote access is cut at once, and again when
-// the service appears, which may have come up with the access enabled.
+// Developer mode is on both routes: remote access is disabled at once, and again when the service
+// appears, because it may start with remote access enabled.
+// NOLINTNEXTLINE(cert-err58-cpp): throws only without memory, which ends the start anyway
 const QHash<QString, QPair<QVector<PolicyType>, PolicyHandler>> serviceHandlers{
     {Names::ApplicationSandbox.service,
      {{Camera, Browser, Microphone, VoiceCalls, Messages, UserReport}, updateDenylist}},
@@ -32,6 +33,7 @@ const QHash<QString, QPair<QVector<PolicyType>, PolicyHandler>> serviceHandlers{
     {Names::DeveloperMode.service, {{DeveloperMode}, disableRemoteAccess}},
 };
 
+// NOLINTNEXTLINE(cert-err58-cpp): throws only without memory, which ends the start anyway
 const QHash<PolicyType, QStringList> policyApplications{
     {Camera, {Names::CameraLockScreenApplication, Names::CameraApplication}},
     {Browser, {Names::BrowserApplication, Names::WebApplication}},
@@ -39,9 +41,9 @@ const QHash<PolicyType, QStringList> policyApplications{
     {VoiceCalls, {Names::VoiceCallApplication}},
 };
 
+// NOLINTNEXTLINE(cert-err58-cpp): throws only without memory, which ends the start anyway
 const QHash<PolicyType, const char *> usbModeNames{
     {UsbDeveloperMode, "developer_mode"},
     {UsbMediaTransfer, "mtp_mode"},
     {DeveloperMode, "developer_mode"},
 };
-// NOLINTEND(cert-err58-cpp)

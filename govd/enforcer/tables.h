@@ -14,7 +14,7 @@
 extern const QHash<PolicyType, PolicyHandler> policyHandlers;
 
 /// Service route: for a service on the system bus, the policies that it enforces and the handler
-/// that tells it. Tasks wait until the service has been seen on the bus.
+/// that calls it. Tasks wait until the service has been seen on the bus.
 extern const QHash<QString, QPair<QVector<PolicyType>, PolicyHandler>> serviceHandlers;
 
 /// The applications that a policy allows or forbids to start.

@@ -14,7 +14,7 @@ void terminate(const QStringList &applications)
     for (const QString &application : applications) {
         callOrReport(runtimeManager, QStringLiteral("Terminate"), {application},
                      [&](const QDBusError &error) {
-                         // A notice, no warning: most often the application was not running.
+                         // No warning, because an application that is not running is an error too.
                          qInfo() << "Terminating" << application << error.message();
                      });
     }

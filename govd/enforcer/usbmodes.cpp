@@ -12,7 +12,8 @@
 
 namespace {
 
-/// Set when the service has taken the whole whitelist; from then on each change is sent alone.
+/// Whether the service has accepted the full whitelist. After that only changes of single modes are
+/// sent, also when the service restarts.
 bool usbWhitelistSent = false;
 
 /// The modes that policies allow now, joined; a mode that two policies allow is there twice.
@@ -50,7 +51,7 @@ void sendMode(ServiceProxy &usbModes, const QString &mode, bool allowed)
 
 } // namespace
 
-/// Two policies share one mode: the one that changed last decides, whatever the other says.
+/// Two policies share the mode "developer_mode": the one that is enforced last decides.
 void updateUsbModes(PolicyEnforcementTask task)
 {
     ServiceProxy usbModes(Names::UsbModes);

@@ -35,7 +35,7 @@ QHash<QString, SourceRestriction *> PolicyRestriction::initSourceRestrictions()
     const QStringList files =
         directory.entryList({QStringLiteral("*.so")}, QDir::Files, QDir::Unsorted);
     for (const QString &file : files) {
-        // Of two plugins of one name the later stays, and the earlier is ignored from then on.
+        // Of two plugins with one name, the one loaded later replaces the other.
         if (auto *source = loadPlugin(directory.absolutePath() + QDir::separator() + file))
             sources.insert(source->name(), source);
     }

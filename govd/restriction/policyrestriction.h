@@ -20,12 +20,12 @@ class PolicyRestriction : public QObject
 public:
     explicit PolicyRestriction(QObject *parent);
 
-    /// True when @p policy is free, false when a plugin that covers it locks it now.
+    /// False when a plugin that lists @p policy locks it now, otherwise true.
     bool checkPolicy(const QString &policy) const;
 
 Q_SIGNALS:
-    /// A plugin has announced a change, passed on as it came: the policy can still be locked by
-    /// another plugin, or not have changed at all.
+    /// A plugin has announced a change. Passed on unchecked: another plugin may still lock the
+    /// policy, or the lock may not have changed.
     void policyIsLockedChanged(const QString &policy, bool isLocked);
 
 private:
