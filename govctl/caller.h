@@ -8,7 +8,7 @@
 #include <QJsonObject>
 #include <QString>
 
-/// This process as the daemon would judge it if it asked for a change.
+/// Whether the daemon would accept a write from this process, and by which rule.
 struct Caller
 {
     enum class Right {
@@ -21,20 +21,20 @@ struct Caller
     QString user; ///< names, or numbers where there is no name
     QString group;
     Right right = Right::None;
-    std::optional<bool> bus; ///< whether the bus passes writes on; nothing when it was not asked
+    std::optional<bool> bus; ///< whether the bus policy allows writes; empty when not asked
 
     bool isAllowed() const { return right != Right::None && bus.value_or(true); }
     QJsonObject toJson() const;
 };
 
-/// Judges this process by the rules of the daemon, in their order, without asking the bus.
+/// Applies the daemon's rules to this process, in the daemon's order, without asking the bus.
 Caller describeCaller();
 
-/// The same, and lets the bus judge as well, which goes by what this process was when it connected.
+/// The same, and asks the bus too. The bus uses the ids that this process had when it connected.
 /// @p daemon is open.
 Caller describeCaller(Daemon &daemon);
 
-/// Fails when this process may not change anything. @p daemon is open.
+/// Fails when this process may not write policies and switches. @p daemon is open.
 Outcome checkRight(Daemon &daemon);
 
 #endif

@@ -22,7 +22,7 @@ Finding finding(bool holds, const QString &text)
     return {holds ? Finding::Kind::Holds : Finding::Kind::Fails, text};
 }
 
-/// @p isThere says whether the file at @p path should be there.
+/// Holds if the file at @p path exists exactly when @p isThere is true.
 Finding lookForFile(const QString &path, bool isThere)
 {
     const QFileInfo directory(QFileInfo(path).path());
@@ -54,7 +54,7 @@ Finding silent(const QString &service)
     return {Finding::Kind::Unseen, QStringLiteral("%1 does not tell").arg(service)};
 }
 
-/// A service that can be told, but not asked.
+/// A service whose interface has no way to read its state: only its presence can be checked.
 Finding toldService(Surroundings &surroundings, const Carrier &carrier, bool)
 {
     return surroundings.isOnBus(carrier.name) ? silent(carrier.name) : absent(carrier.name);
@@ -72,7 +72,7 @@ Finding usbManager(Surroundings &surroundings, const Carrier &carrier, bool valu
                             : QStringLiteral("USB devices are disabled"));
 }
 
-/// Allowing it leaves tethering to the user.
+/// When the policy is on, tethering may be on or off: the user decides.
 Finding tethering(Surroundings &surroundings, const Carrier &carrier, bool value)
 {
     if (!surroundings.isOnBus(carrier.name))
@@ -157,7 +157,7 @@ QStringList Surroundings::mounts(int type)
     QStringList result;
     const auto partitions = manager.partitions(Partition::Any | Partition::ExcludeParents);
     for (const Partition &partition : partitions) {
-        // A drive that does not tell its bus counts as a memory card, as it does for the daemon.
+        // A drive without a ConnectionBus counts as a memory card, as it does for the daemon.
         if (partition.drive().value(QStringLiteral("connectionBus")).toInt() == bus
             && partition.storageType() == Partition::External
             && partition.status() == Partition::Mounted)

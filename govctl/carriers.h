@@ -8,7 +8,7 @@
 
 #include <QDBusMessage>
 
-/// The services around the daemon, as far as they let one look. Asks each at most once.
+/// The state of the services that the daemon calls, where it can be read. Reads each at most once.
 class Surroundings
 {
 public:
@@ -19,11 +19,11 @@ public:
 
     bool isOnBus(const QString &service);
 
-    /// A property of the USB manager, or of the Wi-Fi technology; nothing when it does not tell.
+    /// A property of the USB manager, or of the Wi-Fi technology; empty when it cannot be read.
     std::optional<bool> usbEnabled();
     std::optional<bool> tethering();
 
-    /// Where removable storage on the bus that the policy @p type governs is mounted.
+    /// The mount points of removable storage on the bus that the policy @p type governs.
     QStringList mounts(int type);
 
 private:
@@ -31,7 +31,7 @@ private:
     std::optional<QStringList> m_names;
 };
 
-/// Something that carries a policy out, and how to look at it.
+/// A marker file or a service by which a policy is enforced, and how to check it.
 struct Carrier
 {
     int type;
@@ -39,7 +39,7 @@ struct Carrier
     Finding (*look)(Surroundings &surroundings, const Carrier &carrier, bool value);
 };
 
-/// All of them; a policy can have several.
+/// All carriers; a policy can have several.
 const QVector<Carrier> &carriers();
 
 #endif

@@ -75,7 +75,7 @@ CLI::Option *addOption(CLI::App &app, const Option &option)
 
 CLI::Option *addArgument(CLI::App &app, const Argument &argument)
 {
-    // As the usage line has it, but without what only says how often.
+    // As in the usage line, without the brackets and dots that tell how often it may stand there.
     QString name = argument.syntax();
     name.remove(QLatin1Char('[')).remove(QLatin1String("...")).remove(QLatin1Char(']'));
     CLI::Option *option = describedOption(app, name.toStdString(), argument.description());
@@ -170,8 +170,8 @@ const CLI::App &Parser::appOf(const Verb *verb) const
 
 Outcome Parser::parse(const QStringList &arguments)
 {
-    // The library would take a "--" behind the first of any number of arguments for the end of the
-    // verb, so the line is put in order.
+    // The library takes a "--" behind the first of repeated arguments for the end of the verb, so
+    // the options are moved to the front.
     std::vector<std::string> reversed;
     const auto allArguments = inOrder(arguments);
     for (const QString &argument : allArguments)
@@ -186,7 +186,7 @@ Outcome Parser::parse(const QStringList &arguments)
     return std::nullopt;
 }
 
-/// What was read of the verb's name.
+/// The words that were parsed as the verb's name.
 QStringList Parser::words() const
 {
     QStringList result;
@@ -220,7 +220,7 @@ Request Parser::request() const
     return result;
 }
 
-/// The library says what is wrong in its own words; these are the program's.
+/// Replaces the library's message for @p error by the program's own failure.
 Failure Parser::failure(const QStringList &arguments, const CLI::ParseError &error) const
 {
     QStringList rest;

@@ -8,9 +8,9 @@
 /// Reads a command line: @p arguments without the name of the program.
 ///
 /// Options may stand before and after the verb. The arguments of the request have the right number
-/// and, except for switches, which only the daemon knows, the right kind. Without any verb it is
-/// that of the summary. With the option "help" or "version" nothing else is checked, and the verb
-/// is null when none is named.
+/// and the right kind; keys of switches are not checked, because only the daemon knows them. A line
+/// without a verb is that of the summary. With the option "help" or "version" nothing else is
+/// checked, and the verb is null when none is named.
 Result<Request> parseCommandLine(const QStringList &arguments);
 
 /// The name of the verb in @p arguments, even if they are wrong otherwise; null when there is none.

@@ -52,7 +52,7 @@ void CommandQueue::runNext()
     if (m_waiting.isEmpty())
         return;
     const Event event = m_waiting.dequeue();
-    // The command inherits this process's environment, which nothing else here reads.
+    // The command inherits this process's environment; nothing else in the program reads it.
     qputenv("GOVCTL_KIND", event.kindName().toUtf8());
     qputenv("GOVCTL_KEY", event.key.toUtf8());
     qputenv("GOVCTL_VALUE", onOff(event.value).toUtf8());

@@ -24,14 +24,14 @@ public:
     void add(const Event &event);
 
 Q_SIGNALS:
-    /// The command for the oldest event has ended. @p complaint tells of a failure, if any.
+    /// The command for the oldest event has ended. @p complaint is empty unless it failed.
     void ended(const QString &complaint);
 
 private:
     void runNext();
     void onEnded(const QString &complaint);
 
-    /// Redirects its standard output if so told.
+    /// Redirects its standard output to standard error when @p toStandardError is true.
     class Process : public QProcess
     {
     public:

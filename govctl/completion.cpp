@@ -43,7 +43,7 @@ QVector<Candidate> described(const QStringList &words, const QString &descriptio
     return result;
 }
 
-/// The files that a path may become; a folder ends with a slash, so that more can follow.
+/// The files that complete a path; a folder ends with a slash, so that its files can follow.
 QVector<Candidate> files(const QString &path)
 {
     const QString folder = path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
@@ -120,7 +120,7 @@ QVector<Candidate> completeCommandLine(const QStringList &words,
     QVector<Candidate> result;
     const auto allCandidates = candidates(place, unfinished, switchKeys);
     for (const Candidate &candidate : allCandidates) {
-        // Shells get one candidate on each line, so a name that is no line of text stays out.
+        // Shells read one candidate from each line, so a name with control characters is left out.
         if (candidate.word.startsWith(unfinished) && printable(candidate.word) == candidate.word)
             result.append(candidate);
     }

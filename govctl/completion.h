@@ -9,16 +9,16 @@
 
 #include <functional>
 
-/// Something that a word of the command line can become.
+/// A word that completes the last one of the command line.
 struct Candidate
 {
     QString word;
     QString description;
 };
 
-/// Returns what the last of @p words can become, as the words before it stand. The name of the
-/// program is none of them; the last one can be empty. @p switchKeys is asked for the switches if
-/// one can stand there.
+/// Returns the completions of the last of @p words, which can be empty, after the words before it.
+/// @p words leave out the name of the program. @p switchKeys is called only where a switch can
+/// stand.
 QVector<Candidate> completeCommandLine(const QStringList &words,
                                        const std::function<QStringList()> &switchKeys);
 

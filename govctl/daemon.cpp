@@ -51,7 +51,7 @@ Daemon::~Daemon()
 void Daemon::settle(const QDBusConnection &bus)
 {
     constexpr int Patience = 1000;
-    // The answer comes to that thread behind everything that was under way.
+    // The bus library's thread works in order, so this reply comes after all that is queued.
     bus.call(QDBusMessage::createMethodCall(Names::BusDaemon.service, Names::BusDaemon.path,
                                             Names::BusDaemon.interface, QStringLiteral("GetId")),
              QDBus::Block, Patience);
@@ -88,8 +88,8 @@ Result<Daemon::Reading> Daemon::read(const QStringList &keys)
     for (const QString &key : keys)
         calls.append(send(PolicyInterface, KeyValue, {key}));
 
-    // The daemon sends nothing at all for a policy without a value. But it answers in order: once
-    // this last question is answered, no answer to an earlier one is still to come.
+    // The daemon sends no reply for a policy without a value. But it replies in order: after the
+    // reply to this last call, no reply to an earlier one can come.
     const auto switchKeys = await(send(SwitchInterface, Keys, {}), {QStringLiteral("as")});
     if (!switchKeys)
         return switchKeys.failure();
@@ -165,7 +165,8 @@ Outcome Daemon::reload()
                    {}};
 }
 
-/// The bus looks at the name of a method alone; the daemon has none of that name without arguments.
+/// The bus policy looks at the method's name only. The daemon has no SetKeyValue without arguments,
+/// so a call that the bus passes on ends in an error and changes nothing.
 Result<bool> Daemon::busPassesWrites()
 {
     const QDBusPendingCall call = send(PolicyInterface, SetKeyValue, {});
@@ -205,7 +206,7 @@ QDBusPendingCall Daemon::send(const QString &interface, const QString &method,
     return dispatch(message);
 }
 
-/// Sends @p message with a time-out of the bus library that comes later than our own deadline.
+/// Sends @p message with a time-out of the bus library that is longer than the deadline.
 QDBusPendingCall Daemon::dispatch(QDBusMessage message) const
 {
     constexpr int Later = 10'000;
@@ -213,7 +214,7 @@ QDBusPendingCall Daemon::dispatch(QDBusMessage message) const
     return m_bus.asyncCall(message, static_cast<int>(m_timeout.count()) + Later);
 }
 
-/// Returns when @p call is finished, and after @p deadline in any case.
+/// Returns when @p call is finished or @p deadline is over.
 void Daemon::waitFor(const QDBusPendingCall &call, QDeadlineTimer deadline) const
 {
     constexpr std::chrono::seconds Patience(2);
@@ -248,7 +249,7 @@ Result<QDBusMessage> Daemon::await(const QDBusPendingCall &call,
 
 Result<bool> Daemon::write(const QString &interface, const QString &key, bool value)
 {
-    // The switch interface announces a number and sends a boolean; either will do.
+    // The switch interface declares a number as result and sends a boolean; both are accepted.
     const QVariantList arguments{key, QVariant::fromValue(QDBusVariant(value))};
     const auto reply =
         await(send(interface, SetKeyValue, arguments), {QStringLiteral("b"), QStringLiteral("i")});

@@ -20,15 +20,16 @@
 
 /// The daemon, as its bus interfaces show it.
 ///
-/// One deadline, which starts with the object, covers everything that is asked of it. Calls go to
-/// the connection that owns the daemon's name, so nobody else can answer them, and only if that
-/// connection belongs to root. Methods wait in an event loop of their own. Main thread only.
+/// One deadline, which starts with the object, covers all its calls. Calls go to the unique name of
+/// the connection that owns the daemon's name, so that no other process can answer them, and only
+/// if that connection belongs to root. Methods wait in an event loop of their own. To be used in
+/// the main thread only.
 class Daemon
 {
     Q_DISABLE_COPY(Daemon)
 
 public:
-    /// Who has the daemon's name on the bus.
+    /// The owner of the daemon's name on the bus.
     struct Owner
     {
         QString connection; ///< unique name on the bus
@@ -43,27 +44,26 @@ public:
         QList<int> types; ///< numbers of the policies it governs
     };
 
-    /// What one question about policies gives.
+    /// The replies of one read().
     struct Reading
     {
-        /// One for each key that was asked for; nothing for a policy that has no value.
+        /// The effective value of each key that was asked for; empty where there is none.
         QVector<std::optional<bool>> values;
         QStringList switchKeys;
     };
 
-    /// @p onWait is called once when an answer has been waited for longer than a person expects.
+    /// @p onWait is called once, when a reply takes longer than two seconds.
     explicit Daemon(std::chrono::milliseconds timeout, std::function<void()> onWait = {});
     ~Daemon();
 
-    /// Waits, for a second at most, until the thread of the bus library has done all that it was
-    /// given so far. That thread runs to the very end of the process, and what it did then would
-    /// find half of the process gone.
+    /// Waits, for a second at most, until the bus library's thread has done all its queued work.
+    /// That thread runs until the process ends; work left then would use objects already destroyed.
     static void settle(const QDBusConnection &bus);
 
-    /// Connects to the system bus and finds the owner of the name, whoever it is.
+    /// Connects to the system bus and finds the owner of the name, of whichever user.
     Result<Owner> findOwner();
 
-    /// Connects to the system bus and to the daemon. To be called before everything below; fails
+    /// Connects to the system bus and finds the daemon. Call it before the functions below. Fails
     /// when the name has no owner, or one that is not root.
     Result<Owner> open();
 
@@ -73,19 +73,19 @@ public:
     /// Reads the switches @p keys.
     Result<QVector<Switch>> readSwitches(const QStringList &keys);
 
-    /// Asks for a new value. False when the daemon refuses it without an error.
+    /// Writes a policy or a switch. False when the daemon refuses the value without an error.
     Result<bool> setPolicy(const QString &key, bool value);
     Result<bool> setSwitch(const QString &key, bool value);
 
-    /// Asks another service, and waits for two seconds at most. The reply can be an error, or no
-    /// message at all.
+    /// Calls another service, and waits for two seconds at most. The result can be an error reply,
+    /// or an invalid message when no reply came.
     QDBusMessage ask(const Names::RemoteObject &object, const QString &method,
                      const QVariantList &arguments) const;
 
-    /// Has the running daemon enforce all policies once more. Root can do that alone.
+    /// Has the running daemon enforce all policies again, by SIGHUP; only root may send it.
     Outcome reload();
 
-    /// Whether the bus passes on what this process writes, found out without writing.
+    /// Whether the bus policy lets this process write; found out without writing.
     Result<bool> busPassesWrites();
 
     /// The interfaces of the daemon's object.

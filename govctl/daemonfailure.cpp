@@ -80,7 +80,7 @@ Failure DaemonFailure::fromError(const QDBusError &error, bool ofBus)
     switch (error.type()) {
     case QDBusError::AccessDenied:
         return ofBus ? busRefuses() : notAllowed();
-    // The bus says so of a caller whose partner has left. Waiting too long never ends here, because
+    // The bus sends NoReply when the called connection has closed. It cannot be a time-out here:
     // the program's own deadline comes first.
     case QDBusError::NoReply:
     case QDBusError::ServiceUnknown:

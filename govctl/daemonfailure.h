@@ -7,7 +7,7 @@
 
 class QDBusError;
 
-/// What can go wrong between this program and the daemon, in the words that users read.
+/// Failures of calls to the daemon, with the messages that users read.
 namespace DaemonFailure {
 
 Failure noBus(const QString &reason);
@@ -19,7 +19,7 @@ Failure noAnswer(double seconds);
 Failure notAllowed();
 Failure busRefuses();
 
-/// The failure behind an error reply, which the bus itself has sent when @p ofBus is true.
+/// The failure for an error reply; @p ofBus is true when the bus itself has sent it.
 Failure fromError(const QDBusError &error, bool ofBus);
 
 } // namespace DaemonFailure

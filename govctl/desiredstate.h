@@ -7,7 +7,7 @@
 
 #include <QMap>
 
-/// How a device shall be: what is not named is left alone.
+/// The wanted values of policies and switches; those that are not named stay as they are.
 struct DesiredState
 {
     QMap<QString, bool> policies;
@@ -18,12 +18,12 @@ struct DesiredState
     QJsonObject toJson() const;
 };
 
-/// Reads a file that toText() could have written, @p path, or standard input for "-". Values are
-/// taken as on the command line. Whether there are such policies and switches is not looked at.
+/// Reads the file @p path, or standard input for "-", in the form of toText(). Values are written
+/// as on the command line. Whether the policies and switches exist is not checked.
 Result<DesiredState> readDesiredState(const QString &path);
 
-/// How the device is. A policy that only a switch forces off is as it is stored, because the switch
-/// is named as well; one that a lock forces off is off.
+/// The present state. A policy that only a switch forces off has its stored value, because the
+/// switch is part of the state as well; one that a lock forces off is off.
 DesiredState currentState(const Snapshot &snapshot);
 
 #endif

@@ -6,11 +6,11 @@
 #include <QStringList>
 #include <QVector>
 
-/// What the daemon does on the device when it enforces the policy @p type as @p value, one line of
-/// words for each action. Empty when it does nothing beyond telling the value to those who ask.
+/// What the daemon does on the device when it enforces the policy @p type as @p value, one line for
+/// each action. Empty when the policy has no handler.
 QStringList enforcementEffects(int type, bool value);
 
-/// The other policies that allow and forbid the same USB mode as the policy @p type.
+/// The other policies that govern the same USB mode as the policy @p type.
 QVector<int> sharingUsbMode(int type);
 
 #endif

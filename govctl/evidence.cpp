@@ -43,7 +43,7 @@ QString Verdict::text() const
     return texts.join(QStringLiteral("; "));
 }
 
-QString Verdict::troubleText() const
+QString Verdict::failureText() const
 {
     QStringList texts;
     for (const Finding &finding : findings) {

@@ -5,18 +5,18 @@
 
 #include "govctl/policystate.h"
 
-/// One thing that was looked at to tell whether a policy is in force.
+/// The result of one check whether a policy is in force.
 struct Finding
 {
     enum class Kind {
         Holds, ///< it is as the policy wants it
-        Fails, ///< it is otherwise
-        Absent, ///< the service that carries the policy out is not on the bus
-        Unseen, ///< it cannot be seen
+        Fails, ///< it differs from what the policy wants
+        Absent, ///< the service that the policy's handler calls is not on the bus
+        Unseen, ///< it cannot be read
     };
 
     Kind kind;
-    QString text; ///< what was seen, or why nothing was
+    QString text; ///< what was found, or why it could not be read
 };
 
 /// Whether a policy is in force.
@@ -25,19 +25,19 @@ struct Verdict
     enum class State { InForce, NotInForce, NotEnforced, Unseen };
 
     PolicyState policy;
-    QVector<Finding> findings; ///< empty when the daemon does nothing for the policy
+    QVector<Finding> findings; ///< empty when the policy has no handler
 
-    /// A service that is missing counts against a policy that forbids.
+    /// An absent service means "not in force" for a policy that is off.
     State state() const;
 
-    /// Whether something was seen to be otherwise, not only a service to be missing.
+    /// Whether a check has failed; an absent service alone does not count.
     bool isContradicted() const;
 
-    /// What was found, in one line.
+    /// The texts of all findings, in one line.
     QString text() const;
 
-    /// The same, but only what speaks against it.
-    QString troubleText() const;
+    /// The texts of the findings Fails and Absent, in one line.
+    QString failureText() const;
     QJsonObject toJson() const;
 };
 
@@ -45,8 +45,8 @@ struct Verdict
 QString stateName(Verdict::State state);
 QString stateText(Verdict::State state);
 
-/// Looks at the device and judges @p policies. @p daemon is open; each service gets at most two
-/// seconds of its deadline.
+/// Checks on the device whether @p policies are in force. @p daemon is open; a call to a service
+/// takes at most two seconds of its deadline.
 QVector<Verdict> judge(Daemon &daemon, const QVector<PolicyState> &policies);
 
 #endif

@@ -5,10 +5,10 @@
 
 #include "govctl/policystate.h"
 
-/// Columns of a list of policies, for those who cut text into pieces.
+/// Columns of the list of policies with --fields, for scripts.
 namespace Fields {
 
-/// The names of all of them.
+/// The names of all columns.
 QStringList names();
 
 /// The fields @p names of @p policy, with tabs between.

@@ -18,7 +18,7 @@ const PolicyState &stateOf(const Snapshot &snapshot, const QString &key)
                          [&key](const PolicyState &policy) { return policy.key == key; });
 }
 
-/// What the daemon has in memory, as far as that shows.
+/// The stored value if this user may read it, otherwise the effective value.
 bool storedIn(const PolicyState &policy)
 {
     return policy.stored.value_or(policy.value.value_or(false));
@@ -97,7 +97,7 @@ Forecast forecastPolicy(const Snapshot &snapshot, const QString &key, bool value
             QStringLiteral("it would be saved and recorded again, and not enforced"));
         return forecast;
     }
-    // A write asks only the first switch that governs the policy.
+    // On a write the daemon asks only the first switch that governs the policy.
     const bool isForced = !policy.switches.isEmpty() && !policy.switches.first().value;
     addEnforcement(forecast, snapshot, policy, value && !isForced);
     return forecast;
@@ -117,7 +117,7 @@ Forecast forecastSwitch(const Snapshot &snapshot, const QString &key, bool value
             continue;
         const bool isLocked = policy.reason() == Reason::Lock;
         addReading(forecast, policy, storedIn(policy) && allOn(after) && !isLocked);
-        // A switch that changes asks neither locks nor other switches.
+        // On a change of a switch the daemon asks neither locks nor other switches.
         addEnforcement(forecast, snapshot, policy, storedIn(policy) && value);
     }
     return forecast;

@@ -5,10 +5,10 @@
 
 #include "govctl/policystate.h"
 
-/// What a write would do, told without making it.
+/// What a write would do, worked out without making it.
 struct Forecast
 {
-    /// A policy that would read otherwise.
+    /// A policy whose effective value would change.
     struct Reading
     {
         QString key;
@@ -25,8 +25,8 @@ struct Forecast
     };
 
     QVector<Reading> readings;
-    QVector<Enforcement> enforcements; ///< in their order, changed or not
-    QStringList notes; ///< what may surprise
+    QVector<Enforcement> enforcements; ///< in the daemon's order, of changed and unchanged values
+    QStringList notes; ///< side effects on other policies, for people
 
     QJsonObject toJson() const;
     QString toText() const;
@@ -36,8 +36,8 @@ struct Forecast
 Forecast forecastPolicy(const Snapshot &snapshot, const QString &key, bool value);
 Forecast forecastSwitch(const Snapshot &snapshot, const QString &key, bool value);
 
-/// Words for policies that share a USB mode with one that is enforced as @p value, and that read
-/// otherwise: the mode follows what was enforced last.
+/// A note for each policy that shares a USB mode with one that is enforced as @p value, and whose
+/// effective value differs: the policy that is enforced last decides about the mode.
 QStringList sharedModeNotes(const Snapshot &snapshot, int type, bool value);
 
 #endif

@@ -22,8 +22,8 @@ Failure noJournal(const QString &message)
     return {ExitCode::NoDaemon, QStringLiteral("no-journal"), message, {}};
 }
 
-/// Looks for the system's files: whoever may not read them would be shown a journal without any
-/// records.
+/// Checks that the system's journal files are readable: otherwise journalctl shows no records and
+/// no error.
 Outcome checkJournal()
 {
     QFile idFile(QStringLiteral("/etc/machine-id"));
@@ -51,7 +51,7 @@ QStringList argumentsFor(const QString &result, const QString &since)
                           QStringLiteral("--system"), QStringLiteral("--all"),
                           QStringLiteral("--output=json"),
                           QStringLiteral("MESSAGE_ID=") + QLatin1String(WriteMessageId),
-                          // Everybody can send such a record; this field is the journal's own.
+                          // Any process can send such a record, but the journal sets _UID itself.
                           QStringLiteral("_UID=0")};
     if (!result.isNull())
         arguments.append(QStringLiteral("GOVD_RESULT=") + result);
@@ -154,7 +154,7 @@ QString RecordedWrite::user() const
 {
     if (!uid)
         return QStringLiteral("unknown");
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): the bus library's thread asks for no users
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the bus library's thread looks up no users
     const passwd *entry = getpwuid(*uid);
     return entry ? printable(QString::fromUtf8(entry->pw_name)) : QString::number(*uid);
 }

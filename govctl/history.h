@@ -9,27 +9,27 @@
 
 #include <chrono>
 
-/// What the journal tells of one write that came over the bus.
+/// The journal's record of one write over the bus.
 struct RecordedWrite
 {
     QDateTime time;
     Step::Kind kind = Step::Kind::Policy;
     QString key;
-    QString before; ///< what readers saw; only of an accepted write
-    QString value; ///< what was to be written
+    QString before; ///< the effective value before; only of an accepted write
+    QString value; ///< the value that the caller wrote
     QString result;
-    QString caller; ///< its name on the bus
+    QString caller; ///< its unique name on the bus
     int pid = 0; ///< 0 when it is not known
     std::optional<uint> uid;
     QString program; ///< empty when it is not known
-    int leftOut = 0; ///< so many writes before this one have no record
+    int leftOut = 0; ///< number of writes before this one that have no record
 
     bool isAccepted() const;
 
-    /// Whether it was accepted, and another value than before.
+    /// Whether it was accepted and changed the value.
     bool isChange() const;
 
-    /// What is in a record's text as on or off; nothing when it is neither.
+    /// A value of a record as a boolean; empty when it is none.
     static std::optional<bool> parsed(const QString &text);
 
     // For people.
@@ -44,8 +44,8 @@ struct RecordedWrite
 
 namespace History {
 
-/// The records with the result @p result, or all, since the time @p since, or the journal's
-/// beginning; the newest last.
+/// The records with the result @p result (all when it is empty) since the time @p since (the
+/// journal's beginning when it is empty), the newest last.
 Result<QVector<RecordedWrite>> read(const QString &result, const QString &since,
                                     std::chrono::milliseconds timeout);
 

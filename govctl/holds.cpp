@@ -39,7 +39,7 @@ Failure noHold(ExitCode code, const QString &message)
             {}};
 }
 
-/// Fails with what the program says, because it says it to nobody else.
+/// Fails with what the program prints as message.
 Outcome run(const QString &program, const QStringList &arguments)
 {
     QProcess process;
@@ -82,7 +82,7 @@ Outcome save(const Hold &hold)
         QStringLiteral("%1 cannot be written: %2").arg(file.fileName(), file.errorString()));
 }
 
-/// A number that no hold has.
+/// An unused number for a new hold.
 QString freeId()
 {
     int id = 1;
@@ -120,7 +120,7 @@ Result<Hold> Holds::begin(const QVector<Step> &steps, qint64 seconds)
         return noHold(ExitCode::NotAllowed,
                       QStringLiteral("only root can change something for a while"));
     const Hold hold{freeId(), QDateTime::currentDateTimeUtc().addSecs(seconds), steps};
-    // The file first: a change that nothing would end must not be made.
+    // The file is written before the change: a change without a hold would never be taken back.
     if (const Outcome failure = save(hold))
         return *failure;
     if (const Outcome failure = setTimer(hold)) {
@@ -137,7 +137,7 @@ Outcome Holds::setTimer(const Hold &hold)
                {QStringLiteral("--quiet"), QStringLiteral("--unit=") + unitOf(hold),
                 QStringLiteral("--on-calendar=%1 UTC").arg(when),
                 QStringLiteral("--timer-property=AccuracySec=1s"),
-                // The daemon may be away just then, or refuse as long as a lock is on.
+                // The daemon may be absent when the timer runs, or refuse while a lock is active.
                 QStringLiteral("--property=After=govd.service"),
                 QStringLiteral("--property=StartLimitIntervalSec=0"),
                 QStringLiteral("--property=Restart=on-failure"),
@@ -148,7 +148,7 @@ Outcome Holds::setTimer(const Hold &hold)
 void Holds::forget(const Hold &hold)
 {
     QFile::remove(pathOf(hold.id));
-    // Without a timer there is nothing to stop.
+    // It fails when the timer does not run, which is no failure here.
     (void)run(QStringLiteral("systemctl"),
               {QStringLiteral("stop"), unitOf(hold) + QStringLiteral(".timer")});
 }

@@ -7,8 +7,8 @@
 
 #include <QDateTime>
 
-/// Changes that are made for a while. A file keeps them over restarts of the device, and a timer of
-/// systemd ends them.
+/// Changes with a time limit. A file keeps them over restarts of the device, and a systemd timer
+/// ends them.
 struct Hold
 {
     QString id;
@@ -21,26 +21,26 @@ struct Hold
 
 namespace Holds {
 
-/// All of them, the first to end first.
+/// All holds, the first to end first.
 QVector<Hold> all();
 
-/// Writes down that @p steps, which are still to be made, hold for @p seconds, and sets the timer.
+/// Saves a hold of @p seconds for @p steps, which are not yet made, and sets its timer.
 Result<Hold> begin(const QVector<Step> &steps, qint64 seconds);
 
 /// Sets the timer of @p hold.
 Outcome setTimer(const Hold &hold);
 
-/// Forgets @p hold and its timer.
+/// Removes the file and the timer of @p hold.
 void forget(const Hold &hold);
 
-/// Takes back what @p hold has changed and what still has its value, the last first. @p daemon is
-/// open, @p snapshot has all policies.
+/// Takes back the changes of @p hold that still have the hold's value, the last one first.
+/// @p daemon is open, @p snapshot has all policies.
 Application takeBack(Daemon &daemon, const Snapshot &snapshot, const Hold &hold);
 
 } // namespace Holds
 
-/// The seconds that a text like "90m", "3h" or "1d12h" stands for; nothing when it stands for none,
-/// or for more than ten years.
+/// The seconds of a duration like "90m", "3h" or "1d12h"; empty when it is no duration, or longer
+/// than ten years.
 std::optional<qint64> parseDuration(const QString &text);
 
 #endif

@@ -6,15 +6,15 @@
 #include "govctl/plugincondition.h"
 #include "govctl/policystate.h"
 
-/// As much of the daemon as can be found out, and where finding out ended.
+/// What could be read from the daemon, and the failure that ended it.
 struct Inspection
 {
-    std::optional<Daemon::Owner> owner; ///< of the daemon's name, whoever it is
-    PluginConditions plugins; ///< nothing without a daemon, too
+    std::optional<Daemon::Owner> owner; ///< of the daemon's name, root or not
+    PluginConditions plugins; ///< empty also without a daemon
     std::optional<Snapshot> snapshot; ///< of all policies
-    Outcome failure; ///< nothing when all was found out
+    Outcome failure; ///< empty when all could be read
 
-    /// The owner for programs; null when there is none.
+    /// The owner as JSON; null when there is none.
     QJsonValue ownerToJson() const;
 };
 

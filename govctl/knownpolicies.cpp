@@ -18,8 +18,7 @@ QMetaEnum enumeration()
     return meta.enumerator(meta.indexOfEnumerator("PolicyType"));
 }
 
-/// Words that people have for what a policy, given by its number, is about, where its key is spelt
-/// otherwise.
+/// Other words for the subject of a policy, given by its number, than its key has.
 const QHash<QString, QVector<int>> &otherWords()
 {
     static const QHash<QString, QVector<int>> words{
@@ -66,7 +65,7 @@ QStringList KnownPolicies::keys()
 
 int KnownPolicies::type(const QString &key)
 {
-    // The enumeration's own look-up would also take names with a scope in front.
+    // QMetaEnum::keyToValue() would also accept scope-qualified names.
     return keys().contains(key) ? enumeration().keyToValue(key.toUtf8().constData()) : 0;
 }
 

@@ -30,8 +30,8 @@ QStringList matching(const QStringList &patterns);
 
 } // namespace KnownPolicies
 
-/// The failure that names the unknown policy @p key, with those that may be meant: their keys look
-/// like it, or it is another word for what they are about.
+/// The failure for the unknown policy @p key, with the policies whose keys look like it or whose
+/// subject has that name.
 Failure unknownPolicy(const QString &key);
 
 #endif

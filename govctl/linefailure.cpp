@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The option of a wrong line that has a value and takes none, or has none and takes one.
+/// The failure for the first option that has a value and takes none, or needs one and has none.
 Failure misusedOption(const QStringList &arguments)
 {
     Place place;

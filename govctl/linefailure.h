@@ -5,8 +5,8 @@
 
 #include "govctl/result.h"
 
-/// What is wrong with the command line @p arguments, of which @p verbWords were read as a verb and
-/// @p rest could not be read. @p isIncomplete says that it ends too early.
+/// The failure for the command line @p arguments, of which @p verbWords were parsed as a verb and
+/// @p rest could not be parsed. @p isIncomplete: required arguments are missing at its end.
 Failure lineFailure(const QStringList &arguments, const QStringList &verbWords,
                     const QStringList &rest, bool isIncomplete);
 

@@ -111,7 +111,7 @@ QString Output::toText(const Failure &failure)
 
 void Output::note(const QString &line) const
 {
-    // There is no place left to complain about a failure here.
+    // A failed write to standard error cannot be reported anywhere.
     const QString text = QStringLiteral("%1: %2\n").arg(programName(), line);
     Terminal::write(STDERR_FILENO,
                     Terminal::folded(text, Terminal::columns(STDERR_FILENO)).toUtf8());
@@ -144,7 +144,7 @@ void Output::print(const QJsonObject &document)
         print(QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n');
 }
 
-/// Once the reader has gone, there is nobody to tell anything, not even that it has gone.
+/// A closed pipe (EPIPE) is not reported: its reader needs no more output.
 void Output::print(const QByteArray &bytes)
 {
     if (!m_open)

@@ -10,11 +10,11 @@
 
 #include <optional>
 
-/// The two ways in which a program speaks: text for people and JSON for programs.
+/// The two forms of the output: text for people and JSON for programs.
 ///
 /// In JSON, standard output holds one document on each line and nothing else, failures included.
 /// As text, results go to standard output and failures to standard error. Everything is UTF-8,
-/// whatever the locale. A reader that has gone is no error.
+/// whatever the locale. A reader that has closed the pipe is no error.
 class Output
 {
 public:
@@ -25,7 +25,7 @@ public:
 
     enum class Colour { Auto, Always, Never };
 
-    /// How the program is to speak.
+    /// The options of the output.
     struct Form
     {
         bool json = false;
@@ -35,31 +35,31 @@ public:
 
     explicit Output(Form form);
 
-    /// From now on writes JSON also without --json, laid out for people then.
+    /// From now on writes JSON also without --json; in that case it is indented.
     void alwaysJson();
 
     bool isJson() const { return m_json; }
 
-    /// False once a reader has gone or a write has failed.
+    /// False once a reader has closed the pipe or a write has failed.
     bool isOpen() const { return m_open; }
 
     /// @p code, or NoOutput when something could not be written.
     ExitCode finish(ExitCode code) const;
 
-    /// Writes a result: @p result for programs, @p text for people. Returns @p code.
+    /// Writes a result: @p result with --json, otherwise @p text. Returns @p code.
     ExitCode write(ExitCode code, const QJsonObject &result, const QString &text);
 
-    /// Writes why there is no result. Returns the code of @p failure.
+    /// Writes @p failure and returns its code.
     ExitCode fail(const Failure &failure);
 
-    /// Writes what could be found out in spite of @p failure, and the failure.
+    /// Writes a partial result and the @p failure that ended it.
     ExitCode fail(const Failure &failure, const QJsonObject &result, const QString &text);
 
-    /// A failure for people, on one line, and for programs.
+    /// A failure as one line for people, and as JSON.
     static QString toText(const Failure &failure);
     static QJsonObject toJson(const Failure &failure);
 
-    /// Writes a line for people beside the result, to standard error, whatever the form.
+    /// Writes a line for people to standard error, with --json too.
     void note(const QString &line) const;
 
     /// @p text in a colour, where colours are wanted.
@@ -79,7 +79,7 @@ private:
     bool m_open = true;
     bool m_failed = false;
     QString m_verb;
-    int m_columns = 0; // of the terminal that results go to; 0 for none
+    int m_columns = 0; // width of the terminal on standard output; 0 for none
 };
 
 #endif

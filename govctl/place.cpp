@@ -4,8 +4,8 @@
 
 namespace {
 
-/// The only one of @p known that begins with @p word; @p word itself when it is known or there is
-/// no only one.
+/// The one of @p known that begins with @p word; @p word itself when it is known, or when none or
+/// several begin with it.
 QString completed(const QString &word, const QStringList &known)
 {
     if (word.isEmpty() || known.contains(word))

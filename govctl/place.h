@@ -5,13 +5,13 @@
 
 #include "govctl/verb.h"
 
-/// Where on a command line a word stands, as the words before it say.
+/// The parser's state at a word of the command line, after the words before it.
 struct Place
 {
     QStringList verbWords;
-    const Verb *verb = nullptr; ///< once its name is complete
+    const Verb *verb = nullptr; ///< null until its name is complete
     int argument = 0; ///< number of arguments before
-    bool awaitsValue = false; ///< of the option before
+    bool awaitsValue = false; ///< the word before is an option that takes a value
     bool optionsEnded = false;
 
     /// The options that can stand here.
@@ -23,16 +23,16 @@ struct Place
     /// Whether @p word, here, is part of a verb's name.
     bool isVerbWord(const QString &word) const;
 
-    /// Goes on behind @p word.
+    /// Moves on to the word after @p word.
     void pass(const QString &word);
 };
 
-/// @p arguments with short forms of verbs and long options written out. What is the beginning of
-/// several, or of none, stays as it is.
+/// @p arguments with abbreviated verbs and long options written out. An abbreviation of several
+/// words, or of none, stays as it is.
 QStringList writtenOut(const QStringList &arguments);
 
-/// A line that means the same as @p arguments, which are written out, with the verb first, then the
-/// options, then the arguments.
+/// The words of @p arguments, which are written out, reordered: the verb first, then the options,
+/// then the arguments.
 QStringList inOrder(const QStringList &arguments);
 
 #endif

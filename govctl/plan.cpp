@@ -30,7 +30,7 @@ Failure obstacle(const QString &name, const QString &message)
     return {ExitCode::Refused, name, message, {}};
 }
 
-/// The first switch that keeps @p policy off although the file does not want it off.
+/// The first switch that forces @p policy off and is not named in the file.
 QString unwantedSwitch(const PolicyState &policy, const DesiredState &desired)
 {
     for (const Daemon::Switch &governor : policy.switches) {
@@ -40,7 +40,7 @@ QString unwantedSwitch(const PolicyState &policy, const DesiredState &desired)
     return {};
 }
 
-/// Why @p policy cannot become @p wanted.
+/// The failure why @p policy cannot become @p wanted, if it cannot.
 Outcome obstacleTo(const PolicyState &policy, bool wanted, const DesiredState &desired)
 {
     if (!wanted)

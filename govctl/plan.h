@@ -24,33 +24,34 @@ struct Step
 
 QJsonArray toJson(const QVector<Step> &steps);
 
-/// What has to be written so that a device becomes as desired.
+/// The writes that bring the device to the desired state.
 struct Plan
 {
     QVector<Step> steps; ///< in the order in which they are made
-    int kept = 0; ///< what is as desired already
-    QVector<Failure> obstacles; ///< because of which nothing should be begun
+    int kept = 0; ///< number of policies and switches that are as desired already
+    QVector<Failure> obstacles; ///< failures known before any write: none is then made
 };
 
-/// What forbids comes before what allows, so that nothing is allowed for a moment that is forbidden
-/// both before and after. @p snapshot has all policies.
+/// Writes of "off" come before those of "on", so that nothing that is forbidden both before and
+/// after is allowed in between. @p snapshot has all policies.
 Plan planFor(const DesiredState &desired, const Snapshot &snapshot);
 
-/// The value of what @p step is about; of a policy the stored one, if this user may know it.
+/// The present value of the policy or switch of @p step; of a policy the stored value, if this user
+/// may read it.
 std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step);
 
-/// Writes @p value to what @p step is about.
+/// Writes @p value to the policy or switch of @p step.
 Outcome writeStep(Daemon &daemon, const Step &step, bool value);
 
-/// What became of a plan.
+/// The result of making the steps of a plan.
 struct Application
 {
-    QVector<Step> done; ///< and still so
-    QVector<Step> takenBack; ///< in the order in which that was done
-    Outcome failure; ///< why it ended early
+    QVector<Step> done; ///< made and not taken back
+    QVector<Step> takenBack; ///< in the order of taking back
+    Outcome failure; ///< the failure of the step that ended it
 };
 
-/// Makes @p steps. At the first that fails, what was done is taken back.
+/// Makes @p steps. When one fails, takes back those that were made.
 Application carryOut(Daemon &daemon, const QVector<Step> &steps);
 
 #endif

@@ -6,10 +6,10 @@
 #include "govctl/output.h"
 #include "govctl/plan.h"
 
-/// Opens @p daemon and finds out what the file @p path wants changed.
+/// Opens @p daemon and plans the changes for the file @p path.
 Result<Plan> planFromFile(Daemon &daemon, const QString &path);
 
-/// Steps as lines, one each: what they are about, from which value, to which.
+/// One line for each step: its policy or switch, the old value and the new one.
 QString stepsText(const QVector<Step> &steps, const Output &output);
 
 QString obstaclesText(const Plan &plan);

@@ -9,24 +9,24 @@
 
 #include <optional>
 
-/// What a plugin with a file of its own tells of that file.
+/// The state of a plugin's own file, as the plugin reports it.
 struct PluginCondition
 {
     QString name; ///< of the plugin
     QString state; ///< "good", "absent", "kept" or "never-good"
     QString message; ///< the same for people
 
-    /// Whether the plugin goes by its file as it is.
+    /// Whether the plugin uses its file as it is now.
     bool isGood() const;
 };
 
 using PluginConditions = std::optional<QVector<PluginCondition>>;
 
-/// What the plugins of the running daemon tell, in the order of their names; nothing when this user
-/// may not read it.
+/// The reports of the running daemon's plugins, sorted by name; empty when this user may not read
+/// them.
 PluginConditions readPluginConditions();
 
-/// For programs; null when nothing is known.
+/// The reports as JSON; null when they cannot be read.
 QJsonValue toJson(const PluginConditions &conditions);
 
 #endif

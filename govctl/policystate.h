@@ -12,23 +12,23 @@
 
 #include <optional>
 
-/// Why a policy reads as it does.
+/// Why a policy has its effective value.
 enum class Reason {
-    Stored, ///< as it is stored
+    Stored, ///< it is the stored value
     Switch, ///< a switch that is off forces it off
     Lock, ///< a lock forces it off
-    File, ///< the file says otherwise: somebody edited it behind the daemon's back
+    File, ///< the file has another value: it was edited while the daemon ran
     NoValue, ///< it has no value: it was locked, or could not be saved, when the daemon started
     Unknown, ///< the stored value is not known, so it can be off by itself or by a lock
 };
 
-/// One policy with everything that decides how it reads.
+/// One policy with all that decides its effective value.
 struct PolicyState
 {
     QString key;
     int type = 0;
-    std::optional<bool> value; ///< as it reads now
-    std::optional<bool> stored; ///< as the daemon's file has it
+    std::optional<bool> value; ///< the effective value
+    std::optional<bool> stored; ///< the stored value, from the daemon's file
     QVector<Daemon::Switch> switches; ///< those that govern it
 
     Reason reason() const;
@@ -36,10 +36,10 @@ struct PolicyState
     /// The key of the first switch that forces it off, or a null text.
     QString forcingSwitch() const;
 
-    /// Whether it reads otherwise than it is stored.
+    /// Whether the effective value differs from the stored one.
     bool differs() const { return stored && value != stored; }
 
-    /// Whether the daemon does something on the device for it.
+    /// Whether the policy has a handler.
     bool isEnforced() const;
 
     /// The reason in a few words; empty when there is nothing to explain.
@@ -52,7 +52,7 @@ struct PolicyState
 QString reasonName(Reason reason);
 
 /// The policies that were asked for, all switches, and the file. They are read one after the other,
-/// so what changes meanwhile can show in one and not in another.
+/// so a change in between can show in some of them only.
 struct Snapshot
 {
     StoredValues file;
@@ -60,10 +60,10 @@ struct Snapshot
     QVector<Daemon::Switch> switches;
 };
 
-/// Asks @p daemon, which is open, for the policies @p keys and for everything that decides them.
+/// Reads the policies @p keys, all switches and the file. @p daemon is open.
 Result<Snapshot> takeSnapshot(Daemon &daemon, const QStringList &keys);
 
-/// A value for programs: true, false, or null when there is none.
+/// A value as JSON: true, false, or null when there is none.
 QJsonValue valueToJson(std::optional<bool> value);
 
 #endif

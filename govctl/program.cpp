@@ -16,8 +16,8 @@
 
 namespace {
 
-/// Fills the places of closed standard descriptors. Otherwise a connection to the bus could take
-/// one, and what is printed would be written into it.
+/// Opens /dev/null on closed standard descriptors. Otherwise the connection to the bus could get
+/// one of these numbers, and the output would be written into it.
 void occupyStandardDescriptors()
 {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
@@ -26,7 +26,7 @@ void occupyStandardDescriptors()
     }
 }
 
-/// The arguments. A caller may leave out even the program's name, with which they begin.
+/// The arguments without the program's name, which is missing where execve() got an empty list.
 QStringList argumentsOf(int argc, char **argv)
 {
     QStringList result;
@@ -35,7 +35,7 @@ QStringList argumentsOf(int argc, char **argv)
     return result;
 }
 
-/// Help and version are for people, with --json as without.
+/// Prints help or version, which are text with --json as well.
 ExitCode print(const QString &text)
 {
     Output output(Output::Form{});
@@ -55,10 +55,10 @@ Output::Colour colourOf(const Request &request)
 int runMain(int argc, char **argv)
 {
     occupyStandardDescriptors();
-    // A reader that leaves shows as an error of the write, however this process was started.
+    // A closed pipe is then reported by write() as EPIPE, even if SIGPIPE was not ignored before.
     std::signal(SIGPIPE, SIG_IGN);
 
-    // Qt looks for options of its own in what it is given.
+    // Qt would take its own options out of the real arguments.
     int ownArgc = 1;
     char ownName[] = "govctl";
     char *ownArgv[] = {ownName, nullptr};
@@ -69,8 +69,8 @@ int runMain(int argc, char **argv)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
     const ExitCode code = runProgram(argumentsOf(argc, argv));
-    // Who did not answer in time could keep the bus library waiting in an orderly end as well, even
-    // that of a verb that can do without the answer.
+    // Without an answer in time, the bus library's destructors could wait for it without end; the
+    // completion gives up on the bus too, although it succeeds.
     if (code == ExitCode::NoAnswer || SystemBus::isGivenUp())
         std::_Exit(static_cast<int>(code));
     return static_cast<int>(code);

@@ -10,7 +10,7 @@
 /// All that main() does. Returns the exit code, or ends the process with it.
 int runMain(int argc, char **argv);
 
-/// Does what @p arguments, without the name of the program, ask for.
+/// Runs the verb that @p arguments, without the name of the program, ask for.
 ExitCode runProgram(const QStringList &arguments);
 
 #endif

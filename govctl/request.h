@@ -53,8 +53,7 @@ ExitCode can(const Request &request, Output &output);
 ExitCode dump(const Request &request, Output &output);
 ExitCode complete(const Request &request, Output &output);
 
-/// Prints the value of what the request names, or answers with the exit code alone: what the two
-/// verbs that get something have in common.
+/// The common part of "get" and "switch get": prints a value, or tells it by the exit code alone.
 ExitCode answer(const Request &request, Output &output, std::optional<bool> value);
 
 } // namespace Verbs

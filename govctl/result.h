@@ -10,7 +10,7 @@
 #include <utility>
 #include <variant>
 
-/// What a program tells its caller by its exit code. Scripts rely on the numbers.
+/// The exit codes. Scripts rely on the numbers.
 enum class ExitCode : int {
     Done = 0, ///< done, or there was nothing to do
     No = 1, ///< a question was asked, and the answer is no
@@ -20,22 +20,22 @@ enum class ExitCode : int {
     NoDaemon = 5, ///< no bus, no daemon, or something else under its name
     NoAnswer = 6, ///< no answer in time
     NoOutput = 7, ///< the result could not be written
-    NotInForce = 8, ///< changed, but seen not to be in force
+    NotInForce = 8, ///< changed, but not in force on the device
 };
 
-/// Why a verb could not do what it was asked.
+/// The reason why a verb failed.
 struct Failure
 {
     ExitCode code;
     QString name; ///< for programs; listed in the schema of the output
-    QString message; ///< one line for people, which says what to do
+    QString message; ///< one line for people, with what they can do
     QStringList nearest; ///< known names that look like the unknown one
 };
 
-/// Why something failed, if it did.
+/// The failure, or nothing on success.
 using Outcome = std::optional<Failure>;
 
-/// A value, or the reason why there is none.
+/// A value, or the failure to get it.
 template <typename Value> class Result
 {
 public:

@@ -53,14 +53,14 @@ StoredValues readStoredValues(const QString &path)
     StoredValues result{path, StoredValues::State::Missing, {}};
     const QFileInfo info(path);
     const QFileInfo directory(info.path());
-    // In a directory that this user may not enter, nothing seems to exist.
+    // Without search permission on the directory, stat() fails as if the file were missing.
     const bool closed = directory.isDir() && !directory.isExecutable();
     if (!info.exists() && !closed)
         return result;
 
     QFile file(path);
     result.state = StoredValues::State::Unreadable;
-    // Opening a pipe would wait until somebody writes into it.
+    // Opening a pipe blocks until a process writes into it.
     if (!info.isFile() || !file.open(QIODevice::ReadOnly))
         return result;
 

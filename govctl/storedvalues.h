@@ -6,7 +6,7 @@
 #include <QMap>
 #include <QString>
 
-/// The values of one of the daemon's files, as far as this user may read it.
+/// The values in one of the daemon's files, if this user may read it.
 struct StoredValues
 {
     enum class State { Read, Missing, Unreadable, Malformed };
@@ -19,8 +19,8 @@ struct StoredValues
     QString stateName() const;
 };
 
-/// Reads the booleans of the one group that the daemon uses. What is no boolean is left out, as
-/// the daemon leaves it out. Keys are decoded as the daemon decodes them.
+/// Reads the booleans of the group that the daemon uses. Other values are left out and keys are
+/// decoded in the same way as in the daemon.
 StoredValues readStoredValues(const QString &path);
 
 #endif

@@ -14,14 +14,14 @@ bool givenUp = false;
 
 } // namespace
 
-/// Connecting blocks, so it is left to a thread that can be given up.
+/// Connecting blocks without a time limit, so it runs in a thread that can be abandoned.
 bool SystemBus::connect(QDeadlineTimer deadline)
 {
     if (givenUp)
         return false;
     QThread *const home = QThread::currentThread();
     std::unique_ptr<QThread> thread(QThread::create([home] {
-        // The library's own object would stay behind in this thread and get no more events.
+        // The library's interface object belongs to this thread, whose event loop never runs.
         if (auto *interface = QDBusConnection::systemBus().interface();
             interface && interface->thread() == QThread::currentThread())
             interface->moveToThread(home);

@@ -5,17 +5,17 @@
 
 #include <QDeadlineTimer>
 
-/// How the command-line programs reach the system bus, which may be stuck itself.
+/// Connects to the system bus within a time limit: a bus that hangs blocks the bus library.
 namespace SystemBus {
 
 /// Connects this process to the system bus, unless it is connected. False when the bus has not
-/// answered before @p deadline: then QDBusConnection::systemBus() must not be called any more,
-/// because it waits as long as the bus does. True says only that it does not wait; whether there
-/// is a bus, the connection tells. Main thread only.
+/// answered before @p deadline: after that QDBusConnection::systemBus() must not be called, because
+/// it would block. True means only that it does not block; isConnected() of the connection tells
+/// whether there is a bus. Main thread only.
 [[nodiscard]] bool connect(QDeadlineTimer deadline);
 
-/// Whether connecting was ever given up. The bus library then waits without end in an orderly end
-/// of the process, so it has to be left by std::_Exit().
+/// Whether connecting was given up. The bus library's destructors would then block, so the process
+/// has to end by std::_Exit().
 bool isGivenUp();
 
 } // namespace SystemBus

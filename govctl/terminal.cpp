@@ -12,22 +12,22 @@
 
 namespace {
 
-/// The number of places that @p text takes on a line.
+/// The number of columns that @p text takes on a line.
 int widthOf(const QString &text)
 {
     int result = 0;
-    bool steers = false;
-    for (const QChar letter : text) {
-        steers = steers || letter == QLatin1Char('\033');
-        // Half a letter takes no place of its own.
-        if (!steers && !letter.isLowSurrogate() && !letter.isMark())
+    bool inColourCode = false;
+    for (const QChar unit : text) {
+        inColourCode = inColourCode || unit == QLatin1Char('\033');
+        // The second half of a surrogate pair and combining marks take no column of their own.
+        if (!inColourCode && !unit.isLowSurrogate() && !unit.isMark())
             ++result;
-        steers = steers && letter != QLatin1Char('m');
+        inColourCode = inColourCode && unit != QLatin1Char('m');
     }
     return result;
 }
 
-/// Where the text of the last column of @p line begins, if that leaves it half of @p columns.
+/// The indent of the text in the last column of @p line, if it leaves half of @p columns for it.
 int indentOf(const QString &line, int columns)
 {
     static const QRegularExpression gaps(QStringLiteral("  +(?=[^ ])"));

@@ -6,22 +6,22 @@
 #include <QByteArray>
 #include <QString>
 
-/// The streams that the program writes to.
+/// Standard output and standard error.
 namespace Terminal {
 
-/// Whether standard output is a terminal whose user has nothing against colours.
+/// Whether standard output is a terminal and neither NO_COLOR nor TERM forbids colours.
 bool wantsColours();
 
-/// How many letters a line of the terminal at @p descriptor takes; 0 when it is none, or does not
-/// tell.
+/// The width in columns of the terminal at @p descriptor; 0 when it is no terminal or the width is
+/// not known.
 int columns(int descriptor);
 
-/// The lines of @p text, broken at blanks where they are longer than @p columns, unless that is 0.
-/// What is broken off stands below the last column of the line. Colours take no place.
+/// The lines of @p text, wrapped at blanks where they are longer than @p columns, unless that is 0.
+/// Continuation lines are indented to the line's last column. Colour codes have no width.
 QString folded(const QString &text, int columns);
 
-/// Writes without a buffer, so that each result reaches its reader at once and no way to end the
-/// program loses one. Returns 0 or the error number.
+/// Writes without a buffer, so that each result reaches its reader at once and none is lost however
+/// the program ends. Returns 0 or the error number.
 int write(int descriptor, const QByteArray &bytes);
 
 } // namespace Terminal

@@ -14,8 +14,8 @@ namespace {
 
 constexpr int LongestCited = 60;
 
-/// The number of letters to insert, delete, replace or swap with their neighbour until @p a is
-/// @p b.
+/// The number of characters to insert, delete, replace or swap with the next one to make @p b of
+/// @p a.
 int editDistance(const QString &a, const QString &b)
 {
     QVector<int> before(b.size() + 1);
@@ -35,9 +35,9 @@ int editDistance(const QString &a, const QString &b)
     return row.last();
 }
 
-/// How unlike @p name a known name is, or nothing when it is too unlike to be meant. Whoever types
-/// part of a name means that name rather than one that is spelt like the part.
-std::optional<int> unlikeness(const QString &name, const QString &known)
+/// The distance of a known name from @p name, or nothing when it is too large. A name that contains
+/// @p name is nearer than one that is spelt like it.
+std::optional<int> distanceOf(const QString &name, const QString &known)
 {
     const QString a = name.toLower();
     const QString b = known.toLower();
@@ -45,12 +45,12 @@ std::optional<int> unlikeness(const QString &name, const QString &known)
         return 0;
     if (a.size() > 2 && b.contains(a))
         return 1;
-    // People misspell beginnings, too: compare with as much of the name as was typed.
+    // The beginning of the known name counts too: the name may be misspelt and incomplete.
     const int distance = std::min(editDistance(a, b), editDistance(a, b.left(a.size())));
-    const int bearable = std::max(1, a.size() / 3);
-    // Whoever has to replace every letter meant another name.
-    return distance <= bearable && distance < a.size() ? std::optional<int>(distance + 1)
-                                                       : std::nullopt;
+    const int limit = std::max(1, a.size() / 3);
+    // A distance of the whole length means that the names have nothing in common.
+    return distance <= limit && distance < a.size() ? std::optional<int>(distance + 1)
+                                                    : std::nullopt;
 }
 
 } // namespace
@@ -119,7 +119,7 @@ QStringList nearest(const QString &name, const QStringList &known)
 {
     QVector<std::pair<int, QString>> found;
     for (const QString &candidate : known) {
-        if (const std::optional<int> rank = unlikeness(name, candidate); rank && !name.isEmpty())
+        if (const std::optional<int> rank = distanceOf(name, candidate); rank && !name.isEmpty())
             found.append({*rank, candidate});
     }
     std::stable_sort(found.begin(), found.end(),

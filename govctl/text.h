@@ -12,13 +12,13 @@
 QString programName();
 
 /// @p text with its control characters written as escapes, so that a name from outside can neither
-/// steer the terminal nor begin a new line.
+/// send control sequences to the terminal nor begin a new line.
 QString printable(const QString &text);
 
 /// @p text printable and in double quotes.
 QString quoted(const QString &text);
 
-/// A name that somebody gave, quoted for a message: of a long one only the beginning.
+/// A name from outside, quoted for a message; a long one is cut.
 QString cited(const QString &name);
 
 /// "on", "off", or "none" when there is no value. Never translated: scripts read it.

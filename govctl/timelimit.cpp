@@ -7,7 +7,7 @@ Result<TimeLimit> TimeLimit::begin(const Request &request, const QVector<Step> &
     TimeLimit limit;
     if (!request.has(QStringLiteral("for")))
         return limit;
-    // What has its value already is not changed, so there is nothing to take back.
+    // A policy or switch that has the value already is not changed, so nothing is to be taken back.
     QVector<Step> changing;
     for (const Step &step : steps) {
         if (!step.before)

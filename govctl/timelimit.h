@@ -6,7 +6,7 @@
 #include "govctl/holds.h"
 #include "govctl/request.h"
 
-/// What the option "for" of a verb that changes something asks for; nothing when it is not given.
+/// The time limit that the option "for" sets on a change; does nothing without the option.
 class TimeLimit
 {
 public:
@@ -21,7 +21,7 @@ public:
 
 private:
     std::optional<Hold> m_hold;
-    QStringList m_lasting; // what had no value before, which nothing can give it back
+    QStringList m_lasting; // had no value before, and a write cannot remove a value
 };
 
 #endif

@@ -23,7 +23,7 @@ Result<double> parseSeconds(const QString &name, const QString &text, double lea
 {
     bool isNumber = false;
     const double seconds = text.toDouble(&isNumber);
-    // Written so that it also refuses what is no number at all.
+    // The negated form also refuses NaN.
     if (!isNumber || !(seconds >= least && seconds <= most)) {
         return usageFailure(
             QStringLiteral("%1 takes seconds, from %2 to %3, not %4")

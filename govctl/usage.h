@@ -8,12 +8,12 @@
 /// The failure of a command line that is wrong.
 Failure usageFailure(const QString &message);
 
-/// The failure called @p failure that names an unknown @p name of some @p kind, with the nearest of
-/// @p known, or with the @p hint where to find them when none is near.
+/// The failure @p failure for the unknown @p name of some @p kind, with the nearest of @p known, or
+/// with the @p hint where to find them when none is near.
 Failure unknownName(const QString &failure, const QString &kind, const QString &name,
                     const QStringList &known, const QString &hint);
 
-/// Reads @p text, which is what @p name takes, as seconds from @p least to @p most.
+/// Reads @p text, the value of @p name, as seconds from @p least to @p most.
 Result<double> parseSeconds(const QString &name, const QString &text, double least, double most);
 
 #endif

@@ -52,12 +52,11 @@ QString Argument::description() const
     case Kind::Policy:
         return QStringLiteral("A policy; \"govctl list --keys\" names them.");
     case Kind::Policies:
-        return QStringLiteral("Only these policies; *, ? and [...] stand for letters.");
+        return QStringLiteral("Only these policies; *, ? and [...] as in the shell.");
     case Kind::Name:
         return QStringLiteral("Only this policy or access switch.");
     case Kind::Names:
-        return QStringLiteral(
-            "Only these policies and switches; *, ? and [...] stand for letters.");
+        return QStringLiteral("Only these policies and switches; *, ? and [...] as in the shell.");
     case Kind::Switch:
         return QStringLiteral("An access switch; \"govctl switch list --keys\" names them.");
     case Kind::Value:

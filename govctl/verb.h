@@ -54,7 +54,7 @@ struct Verb
     QVector<Argument> arguments;
     QVector<Option> options; ///< beside those that all verbs have
     ExitCode (*run)(const Request &request, Output &output);
-    bool writes = false; ///< what it asks for can keep the daemon busy for long
+    bool writes = false; ///< the daemon may call many services before it replies
 
     /// How the verb and its arguments are written.
     QString form() const;

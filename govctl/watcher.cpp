@@ -50,13 +50,13 @@ Outcome Watcher::start(std::chrono::milliseconds timeout, bool mayBeAbsent)
         return owner.failure();
     subscribe();
 
-    // The bus answers after it has taken in all of the above. An owner that left in between was
-    // not announced to us.
+    // The bus handles the subscriptions before this call. A change of the owner before that was not
+    // announced to this process, so the owner is read again.
     const Result<Daemon::Owner> owner = daemon.open();
     if (!owner)
         return isNoFault(owner) ? std::nullopt : Outcome(owner.failure());
     trust(owner->connection);
-    // A daemon that is stuck would announce nothing, and nobody would know why.
+    // A daemon that hangs announces nothing; this call makes that a failure.
     if (const Result<Daemon::Reading> answer = daemon.read({}); !answer)
         return answer.failure();
     return std::nullopt;
@@ -83,7 +83,7 @@ void Watcher::onOwnerChanged(const QString &name, const QString &, const QString
         checkNewOwner(now);
 }
 
-/// Subscribes to whoever has the name, so that the bus passes on the first signal of a new owner.
+/// Subscribes by the well-known name, so that the bus passes on the first signal of a new owner.
 void Watcher::subscribe()
 {
     m_isSubscribed = true;
@@ -109,7 +109,7 @@ void Watcher::unsubscribe()
                    SLOT(onSwitchChanged(QDBusMessage)));
 }
 
-/// Begins to heed @p connection, which belongs to root.
+/// Accepts the signals of @p connection, which belongs to root.
 void Watcher::trust(const QString &connection)
 {
     if (connection != m_owner)
@@ -132,7 +132,7 @@ void Watcher::checkNewOwner(const QString &connection)
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, connection] {
         answer->deleteLater();
         const QDBusPendingReply<uint> user = *answer;
-        // An error means that it has gone again.
+        // An error means that the new owner has left the bus.
         if (user.isError() || connection != m_owner)
             return;
         if (user.value() != 0) {
@@ -149,7 +149,7 @@ void Watcher::checkNewOwner(const QString &connection)
 void Watcher::announce(Event::Kind kind, const QDBusMessage &message)
 {
     const QVariantList arguments = message.arguments();
-    // A signal that somebody sent to this process alone needs no subscription to arrive.
+    // Signals that are sent to this process directly arrive without a subscription.
     if (message.service() != m_owner || message.signature() != QLatin1String("sv"))
         return;
     const Event event{kind, arguments[0].toString(),

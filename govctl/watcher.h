@@ -10,14 +10,14 @@
 #include <QObject>
 #include <QVector>
 
-/// One thing that happened.
+/// One announcement of the daemon, or its coming or going.
 struct Event
 {
     enum class Kind { Policy, Switch, Service };
 
     Kind kind;
     QString key; ///< of the policy or switch; the bus name for the service
-    bool value; ///< for the service: whether it is there
+    bool value; ///< for the service: whether it is on the bus
     QDateTime time;
 
     QString kindName() const;
@@ -25,8 +25,8 @@ struct Event
 
 /// Follows what the daemon announces, across restarts of the daemon.
 ///
-/// Heeds only signals of the connection that owns the daemon's name, and only while that is root's.
-/// What a new owner announces before it is known to be root waits until it is.
+/// Accepts only signals of the connection that owns the daemon's name, and only while that belongs
+/// to root. Signals of a new owner are held until the bus has told its user.
 class Watcher : public QObject
 {
     Q_OBJECT
@@ -34,18 +34,17 @@ class Watcher : public QObject
 public:
     ~Watcher() override;
 
-    /// Finds the daemon, begins to follow it, and makes sure that it answers. Nothing is missed
-    /// that happens after this has returned. That there is no daemon yet is no failure when
-    /// @p mayBeAbsent is true.
+    /// Finds the daemon, subscribes to its signals, and checks that it answers. No signal after the
+    /// return is missed. A missing daemon is no failure when @p mayBeAbsent is true.
     Outcome start(std::chrono::milliseconds timeout, bool mayBeAbsent);
 
 Q_SIGNALS:
     void happened(const Event &event);
 
-    /// The name is owned by @p user, who is not root: nothing is heeded until that ends.
+    /// The name is owned by @p user, who is not root: signals are dropped until the owner changes.
     void distrusted(uint user);
 
-    /// The connection to the bus is lost, and with it everything else.
+    /// The connection to the bus is lost; no further event comes.
     void disconnected();
 
 private Q_SLOTS:
@@ -63,7 +62,7 @@ private:
     bool m_isSubscribed = false;
     QString m_owner; // of the name; empty when there is none, or one that is not root
     bool m_isTrusted = false; // the owner is known to be root
-    QVector<Event> m_held; // what the owner announced before that was known
+    QVector<Event> m_held; // signals of an owner whose user is not yet known
 };
 
 #endif

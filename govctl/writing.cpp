@@ -39,7 +39,7 @@ QStringList forceNotes(const Verdict &verdict)
     case Verdict::State::Unseen:
         return {};
     case Verdict::State::NotInForce:
-        return {QStringLiteral("%1 is not in force: %2").arg(key, verdict.troubleText())};
+        return {QStringLiteral("%1 is not in force: %2").arg(key, verdict.failureText())};
     case Verdict::State::NotEnforced:
         return {QStringLiteral("%1 is kept and announced; the daemon does nothing more for it, so "
                                "programs have to heed it")

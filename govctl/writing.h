@@ -10,17 +10,16 @@
 
 #include <functional>
 
-/// What verbs that change something do beside it.
+/// Common parts of the verbs that write.
 
-/// Tells a person, once, that the daemon is still at it; for programs, nothing.
+/// Prints once, without --json, that the daemon has not replied yet.
 std::function<void()> waitingNote(const Output &output);
 
-/// Judges @p policies, which have just been written. What is carried out elsewhere, as an unmount,
-/// may take a moment.
+/// Checks @p policies, which have just been written, again until they are in force: an unmount, for
+/// example, ends after the reply.
 QVector<Verdict> settledVerdicts(Daemon &daemon, const QVector<PolicyState> &policies);
 
-/// What there is to say of the force of a policy that has just been written: nothing of one that is
-/// in force as far as one can see.
+/// Notes on a policy that has just been written: none if it is in force or if that cannot be read.
 QStringList forceNotes(const Verdict &verdict);
 
 #endif

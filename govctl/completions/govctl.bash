@@ -1,38 +1,38 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 #
-# Completion of govctl for bash. The program itself knows what can follow.
+# Completion of govctl for bash. The candidates come from "govctl complete".
 
 # Splits the line as far as the cursor into words, without their quotes: bash itself would leave
 # the quotes and break words at "=" and ":". The last word is unfinished; the line editor replaces
-# no more of it than what comes after the first $kept letters.
+# no more of it than what comes after the first $kept characters.
 _govctl_split() {
-    local line=${COMP_LINE:0:COMP_POINT} blank=$' \t\n' word='' is_word='' before=0 i letter
+    local line=${COMP_LINE:0:COMP_POINT} blank=$' \t\n' word='' is_word='' before=0 i char
     words=() kept=0 quote=''
     for ((i = 0; i < ${#line}; ++i)); do
-        letter=${line:i:1}
-        if [[ $letter == "$quote" ]]; then
+        char=${line:i:1}
+        if [[ $char == "$quote" ]]; then
             quote='' kept=$before
-        elif [[ $letter == \\ && $quote != \' ]]; then
-            letter=${line:i+1:1}
+        elif [[ $char == \\ && $quote != \' ]]; then
+            char=${line:i+1:1}
             i=$((i + 1))
-            # Between double quotes, most letters need no backslash and keep it.
-            [[ -n $quote && $letter != [\"\\\$\`] ]] && word+=\\
-            word+=$letter is_word=1
-        elif [[ -z $quote && $letter == [\"\'] ]]; then
-            quote=$letter before=$kept kept=${#word} is_word=1
-        elif [[ -z $quote && $blank == *"$letter"* ]]; then
+            # Between double quotes, a backslash before other characters is an ordinary one.
+            [[ -n $quote && $char != [\"\\\$\`] ]] && word+=\\
+            word+=$char is_word=1
+        elif [[ -z $quote && $char == [\"\'] ]]; then
+            quote=$char before=$kept kept=${#word} is_word=1
+        elif [[ -z $quote && $blank == *"$char"* ]]; then
             [[ -n $is_word ]] && words+=("$word")
             word='' is_word='' kept=0
         else
-            word+=$letter is_word=1
-            [[ -z $quote && $COMP_WORDBREAKS == *"$letter"* ]] && kept=${#word}
+            word+=$char is_word=1
+            [[ -z $quote && $COMP_WORDBREAKS == *"$char"* ]] && kept=${#word}
         fi
     done
     words+=("$word")
 }
 
-# Writes the end of a word as it has to stand on the line, where a quote may be open.
+# Prints the end of a word, quoted as the line needs it where a quote may be open.
 _govctl_quoted() {
     local text=$1
     case $quote in

@@ -8,13 +8,13 @@
 
 namespace {
 
-/// What was planned, what became of it, and what there is to say beside it.
+/// A plan, the result of making its steps, and notes for people.
 struct Work
 {
     Plan plan;
     Application application;
     QStringList notes;
-    bool isContradicted = false; ///< something is seen not to be in force
+    bool isContradicted = false; ///< a policy is not in force
 };
 
 QJsonObject toJson(const Work &work, bool isDry)
@@ -41,8 +41,7 @@ QString toText(const Work &work, const Output &output)
     return text;
 }
 
-/// Looks whether the policies that were changed are in force. That the daemon does nothing for some
-/// is no news here.
+/// Checks whether the changed policies are in force. A policy without a handler gets no note.
 Outcome addForceNotes(Daemon &daemon, Work &work)
 {
     QStringList keys;
@@ -77,7 +76,7 @@ ExitCode report(const Request &request, Output &output, const Work &work)
                         result, text);
 }
 
-/// The first obstacle, for all.
+/// The failure of the whole plan: its first obstacle and the number of the others.
 Failure firstObstacle(const Plan &plan)
 {
     Failure failure = plan.obstacles.constFirst();

@@ -8,7 +8,7 @@
 
 ExitCode Verbs::complete(const Request &request, Output &output)
 {
-    // Without a daemon there are no switches to offer, and nobody to complain to.
+    // Without a daemon there are no switches; a completion reports no failure.
     const auto switchKeys = [&request]() -> QStringList {
         Daemon daemon(request.timeout);
         if (!daemon.open())

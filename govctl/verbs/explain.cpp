@@ -31,14 +31,14 @@ QString storedText(const PolicyState &policy, const StoredValues &file)
     Q_UNREACHABLE();
 }
 
-/// A lock shows only when nothing else can be the reason.
+/// A lock cannot be read over the bus: it is known only where nothing else can be the reason.
 QString lockText(const PolicyState &policy)
 {
     if (policy.reason() == Reason::Lock)
         return QStringLiteral(
             "yes: it is stored on, and no switch keeps it off (unless the file was "
             "edited since the daemon started)");
-    // A policy that is locked reads off, whatever it is.
+    // A locked policy always reads off, so one that reads on or has no value is not locked.
     if (policy.value.value_or(true))
         return QStringLiteral("no");
     if (policy.reason() == Reason::Unknown)

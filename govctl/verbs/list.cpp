@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The keys alone are the platform's: the daemon is not needed for them.
+/// The keys come from the platform's enumeration: no daemon is needed.
 ExitCode listKeys(const QStringList &keys, Output &output)
 {
     QString text;
@@ -22,7 +22,7 @@ ExitCode listKeys(const QStringList &keys, Output &output)
                         {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}}, text);
 }
 
-/// Why it reads so, and that programs have to heed it where the daemon does nothing.
+/// The reason for the value, and a note that programs have to read a policy without a handler.
 QString remark(const PolicyState &policy)
 {
     QStringList remarks;

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Those of @p ids, or all.
+/// The holds @p ids, or all holds when there are none.
 Result<QVector<Hold>> chosen(const QStringList &ids)
 {
     const QVector<Hold> all = Holds::all();
@@ -29,7 +29,7 @@ Result<QVector<Hold>> chosen(const QStringList &ids)
     return result;
 }
 
-/// All that was taken back, and why something was not.
+/// What was taken back, and the failure of what was not.
 struct Report
 {
     QVector<Step> takenBack;
@@ -55,7 +55,7 @@ struct Report
     }
 };
 
-/// A hold of which something could not be taken back stays, and is tried again by its timer.
+/// A hold that could not be taken back completely stays, and its timer tries again.
 Outcome release(Daemon &daemon, const Hold &hold, Report &report)
 {
     const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());

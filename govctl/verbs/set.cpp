@@ -19,7 +19,7 @@ struct Change
     bool requested;
     QStringList notes;
 
-    /// Whether the daemon's word and what can be seen are at odds.
+    /// Whether the daemon accepted the write, but the device does not show it.
     bool isContradicted() const
     {
         const bool isForced = !after.policy.forcingSwitch().isNull();
@@ -55,7 +55,7 @@ QString changeText(const Change &change, const Output &output)
             .arg(after.key, output.paint(change.before.value), output.paint(after.value));
     }
     if (!after.forcingSwitch().isNull()) {
-        // Where this user may not read what is stored, it may have changed as well as not.
+        // If this user may not read the stored value, a change of it is not known.
         const QString form = after.stored && !change.isChange()
             ? QStringLiteral("%1 still reads off, because switch %2 is off; stored is %3 already, "
                              "and was saved again\n")
@@ -133,7 +133,7 @@ ExitCode Verbs::set(const Request &request, Output &output)
         : *accepted                   ? Outcome()
                                       : refusal(policy);
     if (failure) {
-        // Without an answer, the change may still be made.
+        // Without an answer the daemon may still make the change, so its time limit stays.
         if (failure->code != ExitCode::NoAnswer)
             limit->cancel();
         return output.fail(*failure);

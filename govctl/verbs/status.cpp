@@ -43,7 +43,7 @@ QString ownerText(const Inspection &inspection)
         + row(QStringLiteral("owner"), QStringLiteral("user %1").arg(user));
 }
 
-/// Why nothing is compared with @p file.
+/// Why the policies are not compared with @p file.
 QString notComparedText(const StoredValues &file)
 {
     const QString form = QStringLiteral("not compared with %1, which %2");
@@ -115,7 +115,7 @@ QJsonObject toJson(const Inspection &inspection, const QVector<PolicyState> &dif
             {QStringLiteral("differences"), policies}};
 }
 
-/// A policy that a switch or a lock forces off is as it should be.
+/// A difference from the stored value that comes from a switch or a lock is intended.
 bool isFault(const PolicyState &policy)
 {
     return policy.reason() != Reason::Switch && policy.reason() != Reason::Lock;

@@ -14,7 +14,7 @@ QString row(const QString &name, const QString &text)
     return QStringLiteral("%1 %2\n").arg(name.leftJustified(9), text);
 }
 
-/// How many policies read so, and for which reasons.
+/// The number of policies with one value, by reason.
 struct Count
 {
     int on = 0;

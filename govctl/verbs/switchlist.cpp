@@ -39,7 +39,7 @@ ExitCode Verbs::switchList(const Request &request, Output &output)
     if (!reading)
         return output.fail(reading.failure());
 
-    // The plugin has no order, people and scripts want one.
+    // The plugin's order is not defined; the output is sorted.
     QStringList keys = reading->switchKeys;
     std::sort(keys.begin(), keys.end());
     if (request.has(QStringLiteral("keys")))

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Everything before and after a switch was written.
+/// The state before and after the write of a switch.
 struct Change
 {
     QString key;

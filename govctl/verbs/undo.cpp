@@ -29,7 +29,7 @@ Outcome checkKey(const QStringList &arguments, const Snapshot &snapshot)
     return std::nullopt;
 }
 
-/// The number of the last change of what the user named, or of all; -1 when there is none.
+/// The index of the last change, of the named policies and switches if any; -1 when there is none.
 int lastChange(const Writes &writes, const QStringList &arguments)
 {
     for (int i = writes.size() - 1; i >= 0; --i) {
@@ -39,7 +39,7 @@ int lastChange(const Writes &writes, const QStringList &arguments)
     return -1;
 }
 
-/// The value that @p governor had when the write @p number was made.
+/// The value of the switch @p governor at the time of the write @p number.
 bool valueThen(const Daemon::Switch &governor, const Writes &writes, int number)
 {
     for (int i = number + 1; i < writes.size(); ++i) {
@@ -49,8 +49,8 @@ bool valueThen(const Daemon::Switch &governor, const Writes &writes, int number)
     return governor.value;
 }
 
-/// The switch because of which the policy read off before the write @p number, or may have; a
-/// record tells how it read and not how it was stored.
+/// The switch that forced the policy off before the write @p number, if one did. In that case its
+/// stored value is not known: a record has the effective value only.
 QString forcingSwitch(const Snapshot &snapshot, const Writes &writes, int number)
 {
     for (const PolicyState &policy : snapshot.policies) {
@@ -64,7 +64,7 @@ QString forcingSwitch(const Snapshot &snapshot, const Writes &writes, int number
     return {};
 }
 
-/// What has to be written to take back the write @p number.
+/// The write that takes back the write @p number.
 Result<Step> stepBack(const Snapshot &snapshot, const Writes &writes, int number)
 {
     const RecordedWrite &write = writes[number];
@@ -111,7 +111,7 @@ QJsonObject toJson(const Request &request, const QJsonValue &write, const QVecto
             {QStringLiteral("notes"), QJsonArray::fromStringList(notes)}};
 }
 
-/// Tells what was done by @p step, and looks whether it took.
+/// Reports what @p step has changed, and checks whether it is in force.
 ExitCode report(const Request &request, Output &output, Daemon &daemon, const RecordedWrite &write,
                 const Step &step)
 {

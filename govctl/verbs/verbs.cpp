@@ -12,7 +12,7 @@ Verb verb(const char *name, const char *summary, const QVector<Argument> &argume
     return {QString::fromUtf8(name), QString::fromUtf8(summary), arguments, options, run};
 }
 
-/// A verb after which the daemon may have much to do.
+/// A verb that writes: it has a longer time limit, because the daemon may call many services.
 Verb writer(Verb verb)
 {
     verb.writes = true;

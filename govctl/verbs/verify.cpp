@@ -30,7 +30,8 @@ Result<Verdicts> look(Daemon &daemon, const QStringList &keys)
     return judge(daemon, snapshot->policies);
 }
 
-/// Nobody tells when the daemon is through: looks until all is in force, for three seconds at most.
+/// The end of an enforcement is not announced: checks again until all is in force, for three
+/// seconds at most.
 Result<Verdicts> lookAgain(Daemon &daemon, const QStringList &keys)
 {
     constexpr int Looks = 15;

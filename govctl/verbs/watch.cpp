@@ -29,8 +29,8 @@ QString toText(const Event &event, const Output &output)
              event.kindName().leftJustified(7), printable(event.key), output.paint(event.value));
 }
 
-/// Fails when nothing could ever have one of the names that are asked for. A daemon that is not
-/// there yet tells no switches, so then nothing is wrong.
+/// Fails when a pattern matches no policy and no switch. Without a daemon the switches are not
+/// known, so every pattern is accepted.
 Outcome checkNames(const Request &request)
 {
     for (const QString &name : request.arguments) {
@@ -51,7 +51,7 @@ Outcome checkNames(const Request &request)
     return std::nullopt;
 }
 
-/// One run of the verb: carries events to the output and the command until it is time to end.
+/// One run of the verb: passes events to the output and to the command until it ends.
 class Session
 {
 public:
@@ -68,8 +68,8 @@ private:
     Output &m_output;
     bool m_once;
     bool m_hasCommand;
-    bool m_hasAll = false; // no further event is wanted
-    std::optional<ExitCode> m_code; // once all is done
+    bool m_hasAll = false; // no further event is to be written
+    std::optional<ExitCode> m_code; // set when the session has ended
     CommandQueue m_commands;
     Watcher m_watcher;
     QEventLoop m_loop;
@@ -102,7 +102,7 @@ ExitCode Session::run()
     if (const auto failure = checkNames(m_request))
         return m_output.fail(*failure);
     m_output.note(QStringLiteral("watching %1").arg(Names::Service));
-    // What happened meanwhile may have been all.
+    // The events that arrived during the start may already have ended the session.
     if (!m_code)
         m_loop.exec();
     return *m_code;
