@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Clients of the system bus, which can say what no bus library says."""
+"""Clients of the system bus that can send messages which no bus library would send."""
 
 import contextlib
 import os
@@ -34,7 +34,7 @@ SERVICES = ("com.meego.usb_moded", "net.connman", "org.brinos.DeviceSentry1",
             "org.kvt.developermode", "org.kvtlabs.SystemLogs", "org.pelloraos.appjaild1")
 
 ANSWER = 60.0  # seconds that a call may take when its test names no other deadline
-PENDING = 120  # calls without an answer that dbus-daemon lets one client have
+PENDING = 120  # unanswered calls of one client; below the limit of dbus-daemon
 CHUNK = 1 << 18  # bytes that a flood hands to the kernel at once
 
 
@@ -81,13 +81,13 @@ class Client(DBusConnection):
                 return message
 
     def call(self, message):
-        """Sends a call and waits for nothing; the number by which answer() knows it."""
+        """Sends a call without waiting for its reply. Returns its serial, for answer()."""
         serial = next(self.outgoing_serial)
         self.send(message, serial=serial)
         return serial
 
     def answer(self, serial, deadline=ANSWER):
-        """The reply or the error to what call() has sent; others that come first are dropped.
+        """Returns the reply or error to a message of call(); other messages before it are dropped.
         Raises TimeoutError after `deadline` seconds."""
         end = time.monotonic() + deadline
         while True:
@@ -96,7 +96,7 @@ class Client(DBusConnection):
                 return message
 
     def vanish(self):
-        """Leaves, with what it has sent, and returns when the bus has noticed."""
+        """Closes the connection after all that was sent, and returns when the bus has noticed."""
         self.settle()
         self.close()
         with Client() as other:
@@ -107,7 +107,7 @@ class Client(DBusConnection):
         return self._ask_bus("GetNameOwner", name, "")
 
     def process_of(self, name):
-        """The number of the process that has a name; 0 when there is none."""
+        """The process id of the owner of a name; 0 when there is none."""
         return self._ask_bus("GetConnectionUnixProcessID", name, 0)
 
     def _ask_bus(self, question, name, otherwise):
@@ -121,7 +121,7 @@ class Client(DBusConnection):
         self.ask(new_method_call(BUS, "GetId"))
 
     def flood(self, message, count):
-        """Sends a message `count` times, each with a serial of its own, and waits for no reply."""
+        """Sends a message `count` times, each with a new serial, without waiting for replies."""
         serialised = bytearray(message.serialise(serial=1))
         per_chunk = max(1, CHUNK // len(serialised))
         for start in range(0, count, per_chunk):
@@ -140,7 +140,7 @@ class Client(DBusConnection):
 
 @contextlib.contextmanager
 def bus_policy(name, rules):
-    """Lets these rules hold on the bus, after those of packages, as long as the context lasts."""
+    """Adds these rules to the bus policy, after those of packages, as long as the context lasts."""
     file = POLICIES / f"{name}.conf"
     file.write_text(f"<busconfig>{rules}</busconfig>")
     reload_bus()
@@ -152,14 +152,14 @@ def bus_policy(name, rules):
 
 
 def service_rules():
-    """Rules by which root owns the names of the services and everybody can call them."""
+    """Rules that let root own the names of the services and every user call them."""
     return "".join(f'<policy user="root"><allow own="{name}"/></policy>'
                    f'<policy context="default"><allow send_destination="{name}"/></policy>'
                    for name in SERVICES)
 
 
 def reload_bus():
-    """Lets the bus read its configuration again."""
+    """Has the bus read its configuration again."""
     with Client() as client:
         client.ask(new_method_call(BUS, "ReloadConfig"))
 
@@ -175,7 +175,7 @@ def with_field(serialised, code, signature, value):
 
 
 def stop_bus():
-    """Ends the bus, and with it every connection, and returns when it is gone."""
+    """Ends the bus, which closes every connection, and returns when its process has ended."""
     process = int(PROCESS_FILE.read_text())
     handle = os.pidfd_open(process)
     os.kill(process, signal.SIGTERM)
@@ -192,7 +192,7 @@ def start_bus():
 
 
 def silent(message):
-    """The message, marked so that nobody answers it."""
+    """The message with the flag NO_REPLY_EXPECTED."""
     message.header.flags |= MessageFlag.no_reply_expected
     return message
 
@@ -208,14 +208,14 @@ def write_of(key, value, signature="b", address=POLICY):
 
 
 def introspection():
-    """A call that the daemon's main thread answers after all that came before, without code of its
+    """A call that the daemon's main thread answers in order after all before it, by code of the bus
     own."""
     address = DBusAddress(POLICY.object_path, SERVICE, "org.freedesktop.DBus.Introspectable")
     return new_method_call(address, "Introspect")
 
 
 def flood(name, message, count):
-    """Sends a call of this user so many times, through ever new connections."""
+    """Sends a call of this user `count` times, through new connections of PENDING calls each."""
     for _ in range(0, count, PENDING):
         with Client(name) as client:
             client.flood(message, PENDING)
@@ -223,7 +223,7 @@ def flood(name, message, count):
 
 
 def log_in(connection, user, descriptors):
-    """Says what comes before the first message. Raises ConnectionError when it is refused."""
+    """Does the authentication on a new connection. Raises ConnectionError when it is refused."""
     lines = [(f"\0AUTH EXTERNAL {str(user).encode().hex()}", b"OK ")]
     if descriptors:
         lines.append(("NEGOTIATE_UNIX_FD", b"AGREE_UNIX_FD"))

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How the daemon finds out whether a caller may change a value, as Daemon.messages() has it, and
-who decides on a call."""
+"""The daemon's questions to the bus about a caller, as Daemon.messages() has them, and the errors
+that refuse a call."""
 
 from jeepney import HeaderFields, MessageType
 
@@ -12,12 +12,12 @@ DONE, REFUSED_BY_BUS, REFUSED_BY_DAEMON = "done", "refused by the bus", "refused
 
 
 def process_query(caller):
-    """The first question about a client; in a list, as it may be followed by others."""
+    """A list of the first question about a client, for its process id."""
     return [("call", "GetConnectionUnixProcessID", caller.unique_name)]
 
 
 def queries(caller):
-    """Both questions; the second one comes when the first has not decided."""
+    """Both questions: the second one is for the user, if the process alone gives no right."""
     return process_query(caller) + [("call", "GetConnectionUnixUser", caller.unique_name)]
 
 
@@ -28,7 +28,7 @@ def asked(daemon):
 
 
 def refusal(pid):
-    """What Client.refusal() gives a process that may change nothing."""
+    """What Client.refusal() returns for a write of a process without rights."""
     return (DENIED, f"PID {pid} is not in pellora-mdm group")
 
 
@@ -38,7 +38,7 @@ def denial(pid):
 
 
 def verdict(reply):
-    """What has become of a call, by the reply or the error to it, which must be a refusal."""
+    """The outcome of a call by its reply: done, refused by the bus, or refused by the daemon."""
     fields = reply.header.fields
     if reply.header.message_type == MessageType.method_return:
         return DONE

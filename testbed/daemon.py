@@ -27,7 +27,7 @@ QUESTIONS = ("Get", "GetManagedObjects")
 
 
 class Process:
-    """The daemon's process, which ends with its context. Settings count from the next launch on."""
+    """The daemon's process, which ends with its context. Settings apply from the next launch on."""
 
     def __init__(self):
         self.environment = {}  # variables beside those of the test
@@ -48,8 +48,8 @@ class Process:
         self._folder.cleanup()
 
     def launch(self):
-        """Starts the process and waits for nothing."""
-        # A sanitizer cannot look for leaks in a process that is being traced.
+        """Starts the process without waiting until it serves."""
+        # The leak sanitizer does not work in a process that strace traces.
         own = {"ASAN_OPTIONS": "detect_leaks=0"} if self.wrapper else {}
         pattern = {"QT_MESSAGE_PATTERN": "%{type}|%{category}|%{message}",
                    "QT_FORCE_STDERR_LOGGING": "1"}
@@ -78,27 +78,27 @@ class Process:
 
     @property
     def pid(self):
-        """The number of the daemon's process, not of a wrapper's; 0 when it does not run."""
+        """The process id of the daemon, not of a wrapper; 0 when it does not run."""
         if not self.running:
             return 0
         if not self.wrapper:
             return self._process.pid
-        # A wrapper either has the daemon as its child or has become the daemon.
+        # A wrapper runs the daemon as its child, or executes it in its own process.
         task = pathlib.Path(f"/proc/{self._process.pid}/task/{self._process.pid}/children")
         children = task.read_text().split()
         return int(children[0]) if children else self._process.pid
 
     def wait(self):
-        """Waits for the process to end; its exit code, or minus the signal that ended it."""
+        """Waits for the end; returns the exit code, or minus the signal that ended it."""
         return self._process.wait(PATIENCE)
 
     def stop(self):
-        """Ends it as the service manager does, and returns its exit code."""
+        """Ends it by SIGTERM, as the service manager does, and returns its exit code."""
         self.signal(signal.SIGTERM)
         return self.wait()
 
     def kill(self):
-        """Ends it, if it still runs, without a chance to do anything about it."""
+        """Ends it by SIGKILL, if it still runs."""
         with contextlib.suppress(ProcessLookupError):
             self.signal(signal.SIGKILL)
         self.wait()
@@ -106,12 +106,12 @@ class Process:
     def signal(self, number):
         """Sends it a signal. Raises ProcessLookupError when it does not run."""
         pid = self.pid
-        if not pid:  # to the system call, 0 means the whole group of the test
+        if not pid:  # kill(0) would signal the test's own process group
             raise ProcessLookupError("the daemon does not run")
         os.kill(pid, number)
 
     def log(self, since=0):
-        """What it has written to its standard error in all starts so far, but the first lines. A
+        """The lines of its standard error in all starts so far, without the first ones. A
         message has the form "type|category|text", as in "warning|default|Cannot do it"."""
         return self._log.read_text(errors="replace").split("\n")[:-1][since:]
 
@@ -120,23 +120,23 @@ class Process:
         return wait_until(lambda: [line for line in self.log(since) if text in line])[0]
 
     def set(self, key, value, signature="b"):
-        """Root's write of a policy; what the daemon answers. Raises DBusErrorResponse."""
+        """Writes a policy as root. Returns the daemon's reply. Raises DBusErrorResponse."""
         return self._client.ask(write_of(key, value, signature))[0]
 
     def change(self, key, value):
-        """The same, which must succeed."""
+        """Writes a policy as root, which must succeed."""
         assert self.set(key, value) is True
 
     def policy(self, key):
-        """Root's read of a policy. Raises DBusErrorResponse."""
+        """Reads a policy as root. Raises DBusErrorResponse."""
         return self._client.ask(read_of(key))[0][1]
 
     def switch(self, key):
-        """Root's read of an access switch. Raises DBusErrorResponse."""
+        """Reads an access switch as root. Raises DBusErrorResponse."""
         return self._client.ask(read_of(key, SWITCH))[0][1]
 
     def set_switch(self, key, value, signature="b"):
-        """Root's write of an access switch; what the daemon answers. Raises DBusErrorResponse."""
+        """Writes an access switch as root. Returns the daemon's reply. Raises DBusErrorResponse."""
         return self._client.ask(write_of(key, value, signature, SWITCH))[0]
 
     def switch_keys(self):
@@ -148,21 +148,21 @@ class Process:
         return self._client.ask(new_method_call(SWITCH, "KeyPolicyTypes", "s", (key,)))[0]
 
     def has_no_value(self, *keys):
-        """Whether these policies have no value: whoever reads one gets no answer."""
+        """Whether these policies have no value: the daemon sends no reply to a read of one."""
         with Client() as reader:
             reads = [reader.call(read_of(key)) for key in keys]
-            end = reader.call(introspection())  # the daemon answers one client in order
+            end = reader.call(introspection())  # the daemon replies to one client in order
             answered = iter(lambda: reader.receive(timeout=PATIENCE).header.fields.get(
                 HeaderFields.reply_serial), end)
             return not set(reads) & set(answered)
 
 
 class Daemon(Process):
-    """The daemon, and everybody who can tell what it does: the bus, the system log, its own log.
+    """The daemon, with a monitor of the bus, the system log and the daemon's own log.
 
-    What said(), calls(), announcements(), records() and logged() give is all that happened since
-    start() or the last forget(), in order: comparing it with what is expected also proves that
-    nothing else happened.
+    said(), calls(), announcements(), records() and logged() return everything since start() or the
+    last forget(), in order. A comparison with the expected list also proves that nothing else
+    happened.
     """
 
     def __init__(self, transcript, system_log):
@@ -173,42 +173,42 @@ class Daemon(Process):
         self._log_start = 0
 
     def start(self):
-        """Starts the daemon, again if it has ended, and forgets what happens on the way."""
+        """Starts the daemon and forgets what happens until it serves."""
         self.start_observed()
         self.forget()
 
     def start_observed(self):
-        """Starts the daemon; what happens on the way counts."""
+        """Starts the daemon and keeps what happens until it serves."""
         super().start()
         self.transcript.settle()
 
     def forget(self):
-        """Waits until the daemon has done all that it owes, then forgets everything."""
+        """Waits until the daemon has handled all messages so far, then forgets everything."""
         self.transcript.settle()
         self.transcript.clear()
         self._records_start += len(self.records())
         self._log_start = len(self.log())
 
     def said(self):
-        """What the daemon has sent to others than the bus itself: ("call", member, argument, ...),
+        """What the daemon has sent, except to the bus itself: ("call", member, argument, ...),
         ("signal", member, argument, ...), ("reply", argument, ...) or ("error", name)."""
         return [words_of(message) for message in self._sent()
                 if message.destination != BUS_ITSELF]
 
     def messages(self):
-        """The same with its questions to the bus about clients, and with the texts of errors."""
+        """said() with the daemon's questions to the bus about clients and the texts of errors."""
         return [words_of(message) + (message.arguments if message.kind == "error" else ())
                 for message in self._sent() if not is_housekeeping(message)]
 
     def calls(self, service=None):
-        """The calls to the services that carry policies out, or to one of them: (service, path,
+        """The calls to the services that enforce policies, or to one of them: (service, path,
         interface, member, signature, argument, ...)."""
         return [(message.destination, message.path, message.interface, message.member,
                  message.signature, *message.arguments) for message in self._sent()
                 if is_enforcement(message) and service in (None, message.destination)]
 
     def has_left_alone(self, service):
-        """Whether it has neither called a service nor asked it or the bus about it."""
+        """Whether it has sent the service no message and asked the bus nothing about it."""
         return not [message for message in self._sent()
                     if message.destination == service or message.arguments[:1] == (service,)]
 
@@ -227,7 +227,7 @@ class Daemon(Process):
         return self.log(self._log_start)
 
     def complaints(self):
-        """The same, but for the one about an absent USB manager, which each start without that
+        """logged() without the line about an absent USB manager, which each start without that
         service writes."""
         absent = "warning|default|Failed to disable USB devices connection."
         return [line for line in self.logged() if line != absent]
@@ -243,7 +243,7 @@ class Daemon(Process):
 
 
 def words_of(message):
-    """What a message says, without from whom to whom."""
+    """The content of a message, without sender and receiver."""
     if message.kind == "error":
         return ("error", message.error)
     if message.kind == "reply":
@@ -252,13 +252,13 @@ def words_of(message):
 
 
 def is_housekeeping(message):
-    """Whether this is what a bus library asks the bus for its own ends."""
+    """Whether this is a call that the bus library makes for itself."""
     return (message.kind == "call" and message.destination == BUS_ITSELF
             and not message.member.startswith("GetConnection"))
 
 
 def is_enforcement(message):
-    """Whether this is a call that carries a policy out."""
+    """Whether this is a call that enforces a policy."""
     return (message.kind == "call" and message.destination not in NOT_ENFORCING
             and message.member not in QUESTIONS)
 
@@ -280,7 +280,7 @@ def announcement(key, value):
 
 
 def changed(key, old, new, value=None):
-    """What said() has for a write of a policy that is a change; `value` is the one that holds from
-    then on if that is not the new one."""
+    """What said() has for a write that changes a policy; `value` is the effective value after it if
+    that is not the written one."""
     return [event(key, old, new), announcement(key, new if value is None else value),
             ("reply", True)]

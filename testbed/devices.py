@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Block devices of the kernel, and directories in the form in which it tells their order."""
+"""Block devices of the kernel, and directories of the form of /sys/class/block."""
 
 import contextlib
 import ctypes
@@ -36,8 +36,8 @@ class BlockDevice:
         self.node = f"/dev/{name}"
         self.path = object_path("block_devices", name)
         self._number = (KERNEL / name / "dev").read_text().strip()
-        # A file of the sandbox's own: one that is mounted from elsewhere would be what the storage
-        # service unmounts.
+        # A node that is a bind mount is replaced: an unmount by its path would unmount the node
+        # and not the file system on the device.
         if os.path.ismount(self.node):
             subprocess.run(["umount", "--lazy", self.node], check=True)
         pathlib.Path(self.node).unlink(missing_ok=True)
@@ -51,25 +51,25 @@ class BlockDevice:
             subprocess.run(["umount", "--lazy", place], check=True)
 
     def mount(self):
-        """Mounts it. Raises CalledProcessError when the kernel does not."""
+        """Mounts it. Raises CalledProcessError when mounting fails."""
         os.makedirs(MOUNT_POINT, exist_ok=True)
         subprocess.run(["mount", "-t", "ext4", self.node, MOUNT_POINT], check=True)
 
     @staticmethod
     def mount_again(place):
-        """Shows what is mounted in another place as well, which may be the same."""
+        """Mounts it at a second place too (a bind mount), which may be the same one."""
         os.makedirs(place, exist_ok=True)
         subprocess.run(["mount", "--bind", MOUNT_POINT, place], check=True)
 
     def places(self):
-        """Every place where it is mounted, as the kernel's table has it."""
+        """Its mount points, from the kernel's mount table."""
         mounts = [line.split() for line in open("/proc/self/mountinfo", encoding="utf-8")]
         return [fields[4] for fields in mounts if fields[2] == self._number]
 
 
 class LoopDevice(BlockDevice):
-    """A block device that the kernel makes of a file, which may be a device. A context that takes
-    it away; the kernel does so itself should the test be killed."""
+    """A loop device on a file, which may be a device. A context that removes it; the kernel removes
+    it too when the test is killed."""
 
     def __init__(self, file):
         self._file = wait_until(lambda: self._attach(file))
@@ -79,17 +79,17 @@ class LoopDevice(BlockDevice):
         self._file.close()
 
     def let_go(self):
-        """Has the kernel take it away with its last mount."""
+        """Has the kernel remove it when its last mount goes."""
         self._file.close()
 
     @property
     def exists(self):
-        """Whether the kernel has not taken it away."""
+        """Whether the kernel still has it."""
         return (KERNEL / self.name / "loop").exists()
 
     def _attach(self, file):
-        """Becomes a free device; the open file that keeps it. None when somebody else has taken
-        that device first."""
+        """Takes a free loop device. Returns the open file that keeps it, or None when another
+        process has taken that device first."""
         super().__init__(f"loop{free_loop_device()}")
         device = open(self.node, "r+b", buffering=0)
         try:
@@ -105,7 +105,7 @@ class LoopDevice(BlockDevice):
         return device
 
     def add_partition(self, number):
-        """Makes a partition; the kernel is told, and need not understand a partition table."""
+        """Adds a partition by an ioctl, so that no partition table is needed."""
         start, length = PARTITIONS[number - 1]
         partition = ctypes.create_string_buffer(
             struct.pack("<qqi", start, length, number), BLKPG_PARTITION_SIZE)
@@ -115,8 +115,8 @@ class LoopDevice(BlockDevice):
 
 
 def free_loop_device():
-    """The number of a loop device that nobody uses at this moment."""
-    # Opening the file brings the kernel's module; where nobody has made the file, it is made here.
+    """The number of a loop device that is unused at this moment."""
+    # Opening the control file loads the kernel's module. A container may lack the file.
     if not os.path.exists(LOOP_CONTROL):
         os.mknod(LOOP_CONTROL, stat.S_IFCHR | 0o600, LOOP_CONTROL_NUMBER)
     with open(LOOP_CONTROL, "r+b", buffering=0) as control:
@@ -124,9 +124,9 @@ def free_loop_device():
 
 
 def disk_image(*file_systems):
-    """Makes a disk with ext4 file systems, each at a start and of a length, or with one that takes
-    the whole; the name of the file."""
-    # The device that was made of the file before may not have let go of it yet.
+    """Makes a disk image and returns its path: with one ext4 file system in each partition (start,
+    length), or with one for the full disk."""
+    # The loop device of an earlier test may still use a file of the same name.
     pathlib.Path(IMAGE).unlink(missing_ok=True)
     with open(IMAGE, "wb") as image:
         image.truncate(8 * MEBIBYTE)
@@ -138,11 +138,11 @@ def disk_image(*file_systems):
 
 @contextlib.contextmanager
 def upper_device(lower, is_told=True):
-    """A block device that is built on another one, as the kernel's device mapper makes a logical
-    volume or the content of an encrypted device, on machines that have no device mapper.
+    """A block device on another one, like a logical volume or a decrypted device, for machines
+    without a device mapper.
 
-    It is a loop device made of the other one. The link by which the kernel tells what a device is
-    built on is made here, in the kernel's place, if it is to be told.
+    It is a loop device on the other one. The link in /sys that tells on which device it rests is
+    made here, if wanted.
     """
     with LoopDevice(lower.node) as upper, hidden(KERNEL / upper.name / "slaves") as slaves:
         if is_told:
@@ -152,14 +152,14 @@ def upper_device(lower, is_told=True):
 
 @contextlib.contextmanager
 def device_tree():
-    """Block devices of the test's own, told of by add_device() and add_partition(), instead of
-    those of the machine. It takes the place of the kernel's device mapper, too."""
+    """Replaces the machine's block devices in /sys by those of add_device() and add_partition(), so
+    that stacked devices need no device mapper."""
     with hidden(KERNEL):
         yield
 
 
 def add_device(name, *below):
-    """Adds a device of this name of the kernel's, built on others, to a device tree."""
+    """Adds a device with this kernel name, which rests on others, to a device tree."""
     slaves = KERNEL / name / "slaves"
     slaves.mkdir(parents=True)
     for device in below:
@@ -167,14 +167,14 @@ def add_device(name, *below):
 
 
 def add_partition(name, whole):
-    """Adds a partition of a device that has been added."""
+    """Adds a partition of a device of the tree."""
     (KERNEL / whole / name).mkdir()
     (KERNEL / name).symlink_to(f"{whole}/{name}")
 
 
 @contextlib.contextmanager
 def hidden(directory):
-    """An empty directory in the place of this one, as long as the context lasts."""
+    """Mounts an empty directory over this one, as long as the context lasts."""
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755,size=1M", "test", directory],
                    check=True)
     try:

@@ -18,7 +18,7 @@ from jeepney.low_level import Parser
 from testbed.bus import BUS, SOCKET
 from testbed.waiting import PATIENCE, wait_until
 
-HELLO, CALL = 1, 2  # serials of all that such a caller says
+HELLO, CALL = 1, 2  # serials of the two messages of such a caller
 
 
 @contextlib.contextmanager
@@ -35,11 +35,11 @@ def installed_program(name, mode, group="root"):
 
 
 class ElevatedCaller:
-    """A client of the bus in a process of its own, which connects as a user, says all that it has
-    to say in one piece, and at once executes a program, while the bus and the daemon judge it.
+    """A client of the bus in a process of its own, which connects as a user, sends its login and
+    its call in one write, and at once executes a program, while the bus and the daemon check it.
 
-    The program copies its standard input, the connection, to its standard output, from where the
-    answers come. A context that ends the process.
+    The program copies its standard input, which is the connection, to its standard output, where
+    the replies are read. A context that ends the process.
     """
 
     def __init__(self, name, message, program):
@@ -61,7 +61,7 @@ class ElevatedCaller:
             finally:
                 os._exit(1)
         os.close(output)
-        self._heard = b""  # until the words of the login are over
+        self._heard = b""  # what has come until the login is over
         self._parser = None
         self._answers = {}
 
@@ -74,7 +74,7 @@ class ElevatedCaller:
         os.close(self._output)
 
     def wait_until_elevated(self, uid, gid):
-        """Waits until the process runs as this user and group, and the bus has taken it in."""
+        """Waits until the process runs as this user and group, and the bus has accepted it."""
         def is_elevated():
             status = os.stat(f"/proc/{self._pid}")
             return (status.st_uid, status.st_gid) == (uid, gid)
@@ -113,7 +113,7 @@ def account_of(name):
 
 
 def conversation(uid, message):
-    """All that a client of a user says to log in and make one call."""
+    """The bytes that a client of a user sends to log in and make one call."""
     hello = new_method_call(BUS, "Hello").serialise(serial=HELLO)
     login = f"\0AUTH EXTERNAL {str(uid).encode().hex()}\r\nBEGIN\r\n".encode()
     return login + hello + message.serialise(serial=CALL)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Something under the daemon's name that answers as a test wants."""
+"""A program that owns the daemon's name and answers as a test wants."""
 
 import contextlib
 import socket
@@ -14,11 +14,10 @@ UNKNOWN = "org.freedesktop.DBus.Error.UnknownMethod"
 
 
 class FakeDaemon:
-    """Takes the daemon's name for a client, and answers in a thread of its own. A context that
-    leaves the bus.
+    """Owns the daemon's name and answers calls in its own thread. A context that leaves the bus.
 
-    `answers` goes from "Interface.method" to the signature and the values of the answer, wrong ones
-    if need be; calls of others end in an error. `calls` are those that got an answer.
+    `answers` maps "Interface.method" to the signature and the values of the reply, right or wrong;
+    other calls end in an error. `calls` lists those that got a reply.
     """
 
     def __init__(self, **client):
@@ -40,7 +39,7 @@ class FakeDaemon:
         return self
 
     def __exit__(self, *_):
-        with contextlib.suppress(OSError):  # the bus may have gone first
+        with contextlib.suppress(OSError):  # the bus may have ended first
             self._client.sock.shutdown(socket.SHUT_RDWR)
         self._thread.join()
         self._client.close()

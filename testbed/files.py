@@ -19,7 +19,7 @@ DEVELOPER_SHELL_MARKER = pathlib.Path("/var/lib/devel-su/.disable")
 
 
 def reset():
-    """Makes the files those of a fresh installation whose daemon has never run."""
+    """Restores the files of a fresh installation whose daemon has never run."""
     for path in (POLICY_FILE.parent, MARKERS, DEVELOPER_SHELL_MARKER.parent,
                  pathlib.Path("/run/govd")):
         if path.is_symlink() or not path.is_dir():
@@ -36,7 +36,7 @@ def write(path, content):
 
 
 def replace(path, content):
-    """The same, as editors do it: the new file takes the place of the old one."""
+    """Replaces a file by a new one with this content, as editors do."""
     draft = f"{path}.draft"
     write(draft, content)
     os.rename(draft, path)
@@ -49,7 +49,7 @@ def store(values, path=POLICY_FILE):
 
 
 def stored(path=POLICY_FILE):
-    """The texts of a key file of policies or switches, by key; empty when there is no file."""
+    """The values in a key file of policies or switches, as text, by key; empty without a file."""
     found, in_group = {}, False
     lines = path.read_text(errors="surrogateescape").split("\n") if path.exists() else []
     for line in lines:
@@ -62,8 +62,8 @@ def stored(path=POLICY_FILE):
 
 
 def snapshot(path):
-    """What changes when somebody writes a file: its content if it has one, its inode and its time;
-    None when there is no file."""
+    """What a write of the file changes: its content if it has one, its inode and its time; None
+    when there is no file."""
     try:
         status = os.stat(path)
     except FileNotFoundError:
@@ -93,12 +93,12 @@ def mounted(folder, *arguments):
 
 
 def read_only(folder):
-    """Lets nobody write below a folder as long as the context lasts."""
+    """Makes a folder read-only as long as the context lasts."""
     return mounted(folder, "-o", "bind,ro", folder)
 
 
 def small_disk(folder, size):
-    """Lets a folder be an empty disk of `size` bytes as long as the context lasts."""
+    """Mounts an empty disk of `size` bytes over a folder as long as the context lasts."""
     return mounted(folder, "-t", "tmpfs", "-o", f"mode=755,size={size}", "small")
 
 

@@ -16,13 +16,13 @@ WATCHING = "watching org.kvt.PolicyManager\n"
 BUS_ADDRESS = "DBUS_SYSTEM_BUS_ADDRESS"
 NO_BUS = {BUS_ADDRESS: "unix:path=/nonexistent"}
 
-# The start of a script of bash: its descriptor 3 is a pipe that nobody reads. Opened for reading
-# and writing first, because opening one end alone waits for the other.
+# The start of a bash script: its descriptor 3 is a pipe without a reader. The pipe is first opened
+# for reading and writing, because opening one end alone waits for the other.
 PIPE_WITHOUT_READER = "mkfifo /tmp/pipe; exec 4<>/tmp/pipe 3>/tmp/pipe 4<&-; rm /tmp/pipe; "
 
 
 class Outcome(program.Outcome):
-    """What one run of the client gave."""
+    """The result of one run of the client."""
 
     @property
     def lines(self):
@@ -31,7 +31,7 @@ class Outcome(program.Outcome):
 
     @property
     def document(self):
-        """The only line of its standard output as a document, which is all that it wrote."""
+        """Its standard output, which must be one line of JSON, and nothing on standard error."""
         document = valid(self.out)
         assert self.out.count("\n") == 1
         assert (document["code"], self.err) == (self.code, "")
@@ -49,7 +49,7 @@ class Outcome(program.Outcome):
 
 
 class Govctl(program.Program):
-    """The client with these arguments; those that stand in one text with blanks are split."""
+    """The client with these arguments; an argument with blanks is split into words."""
     OUTCOME = Outcome
 
     def __init__(self, *arguments, **keywords):
@@ -66,13 +66,13 @@ class Shell(program.Program):
 
 
 def run(*arguments, **keywords):
-    """Runs the client to its end, as Govctl has it."""
+    """Runs the client to its end, with the arguments of Govctl."""
     with Govctl(*arguments, **keywords) as client:
         return client.finish()
 
 
 def result(*arguments, **keywords):
-    """What a run of the client with --json has found or done."""
+    """The member "result" that a run of the client with --json gives."""
     words = arguments if len(arguments) != 1 else arguments[0].split()
     return run("--json", *words, **keywords).result
 
@@ -84,36 +84,36 @@ def shell(script, **keywords):
 
 
 def watch(*options, **keywords):
-    """The client that watches. A context that ends it."""
+    """The client running "watch". A context that ends it."""
     client = Govctl("watch", *options, **keywords)
     client.wait_for_err(WATCHING)
     return client
 
 
 def valid(line):
-    """A line of JSON as the document that the schema must allow. Stricter than the language: a
-    field that is not documented is wrong."""
+    """Parses a line of JSON and checks it against the schema; fields that the schema does not list
+    are refused too."""
     document = json.loads(line)
     validator().validate(document)
     return document
 
 
 def policy_in(result, key):
-    """The policy `key` in the result of a verb that is about several."""
+    """The policy `key` in a result that lists several."""
     policy, = [policy for policy in result["policies"] if policy["key"] == key]
     return policy
 
 
 @functools.lru_cache(maxsize=None)
 def validator():
-    """The check against the installed schema."""
+    """The validator of the installed schema."""
     schema = json.loads(SCHEMA.read_text())
     jsonschema.Draft7Validator.check_schema(schema)
     return jsonschema.Draft7Validator(closed(schema))
 
 
 def closed(schema):
-    """The schema, with no fields in an object but those that it lists."""
+    """The schema, with "additionalProperties": false in each object."""
     if isinstance(schema, list):
         return [closed(item) for item in schema]
     if not isinstance(schema, dict):

@@ -1,12 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What each policy does to the services of the device, a row for each policy and service."""
+"""What the handlers of each policy do to the services, one row for each policy and service."""
 
 from dataclasses import dataclass
 
 from testbed.services import small
 
-# Object and interface of each service; of some, another interface than that of its state.
+# Object and interface that the handlers call; a service can have its state on another interface.
 TARGETS = {
     small.ApplicationSandbox: ("/org/pelloraos/appjaild1", "org.pelloraos.appjaild1"),
     small.AudioPolicy: ("/org/freedesktop/ohm/mdm", "org.freedesktop.ohm.mdm"),
@@ -22,14 +22,14 @@ DIRECT, WATCHED = "direct", "watched"  # at once; as soon as the service is on t
 
 @dataclass(frozen=True)
 class Handler:
-    """What a policy does to a service. What there is for off and for on stands in this order."""
+    """What a policy does to a service. Pairs stand in the order off, on."""
     key: str
     service: type
     calls_of: tuple  # the calls, each (member, signature, argument, ...)
     failure_of: tuple  # the line of the log for each call that fails
-    attribute: str  # of the service, where its state can be seen
+    attribute: str  # of the service's class, which holds its state
     state_of: tuple  # with all other policies on
-    routes: tuple = (WATCHED,)  # the same calls are made on each of them
+    routes: tuple = (WATCHED,)  # each makes the same calls
 
     def __str__(self):
         return f"{self.key}-{self.service.__name__}"
@@ -41,7 +41,7 @@ class Handler:
         return calls * (1 if route else len(self.routes))
 
     def failures(self, value, errors):
-        """The lines of the log when the calls end in these errors, each a name and a text."""
+        """The log lines when the calls end in these errors, each a name and a text."""
         return [self.failure_of[value].format(argument=call[-1], name=name, text=text)
                 for call, (name, text) in zip(self.calls(value), errors)]
 
@@ -51,7 +51,7 @@ class Handler:
 
 
 def denylist(key, *applications):
-    """The sandbox of applications keeps these from running."""
+    """The application sandbox puts these on its denylist."""
     quoted = ", ".join(f'"{name}"' for name in applications)
     return Handler(key, small.ApplicationSandbox, (
         [("AddToGlobalDenylist", "as", list(applications))],
@@ -62,7 +62,7 @@ def denylist(key, *applications):
 
 
 def termination(key, *applications):
-    """The runtime manager ends these, one by one, and starts none again."""
+    """The runtime manager ends these applications, one by one; it starts none again."""
     others = [name for name in RUNNING if name not in applications]
     return Handler(key, small.RuntimeManager,
                    ([("Terminate", "s", name) for name in applications], []),
@@ -71,7 +71,7 @@ def termination(key, *applications):
 
 
 def usb_mode(key, mode):
-    """The USB-mode service offers this mode."""
+    """The USB-mode service offers this mode or hides it."""
     modes = {"developer_mode", "mtp_mode"}
     return Handler(key, small.UsbModes, (
         [("set_whitelisted", "sb", mode, False)], [("set_whitelisted", "sb", mode, True)]), (
@@ -122,12 +122,12 @@ HANDLERS = (  # those of one service in the order of the policies' numbers
 
 
 def calls_of(key, value, route):
-    """The calls by which a policy is carried out on one route."""
+    """The calls that enforce a policy on one route."""
     return [call for handler in HANDLERS if handler.key == key and route in handler.routes
             for call in handler.calls(value, route)]
 
 
 def one_pass(values, service):
-    """The calls to a service when all policies are carried out once; on by default."""
+    """The calls to a service when all policies are enforced once; those without a value are on."""
     return [call for handler in HANDLERS if handler.service is service
             for call in handler.calls(values.get(handler.key, True))]

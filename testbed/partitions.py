@@ -34,9 +34,9 @@ def block(*places, drive="/"):
 class Partitions:
     """The library in a process that ends with its context.
 
-    The process has neither an application object nor an event loop at first, but a manager of
-    partitions, number 0. Others come to be when they are first named. A partition is a dictionary
-    with "path" (of its object), "device", "place", "drive", "type" and "status".
+    At first the process has the partition manager 0, but no application object and no event loop.
+    Other managers are made when their number is first used. A partition is a dictionary with "path"
+    (of its object), "device", "place", "drive", "type" and "status".
     """
 
     def __init__(self, **environment):
@@ -65,44 +65,44 @@ class Partitions:
             stream.close()
 
     def make_application(self):
-        """Gives the process its application object, but no event loop yet."""
+        """Makes the application object of the process; its event loop does not run yet."""
         self.ask("application")
         self._has_application = True
 
     def run(self):
-        """Lets the event loop run from now on."""
+        """Starts the event loop of the process."""
         if not self._has_application:
             self.make_application()
         self.ask("run")
 
     def end(self):
-        """Ends the process in good order and returns its exit code."""
+        """Ends the process by the end of its input, with all destructors; returns its exit code."""
         self._process.stdin.close()
         return self._process.wait(PATIENCE)
 
     def list(self, types=ANY, manager=0):
-        """The partitions of these types, asked of a manager."""
+        """The partitions of these types that a manager lists."""
         return self.ask("list", manager, types)
 
     def only(self):
-        """The one partition that there is."""
+        """The only partition."""
         partition, = self.list()
         return partition
 
     def status(self):
-        """The status of the one partition that there is."""
+        """The status of the only partition."""
         return self.only()["status"]
 
     def unmount(self, path, options=None, manager=0):
-        """Has a manager unmount a partition that was listed or announced; none with ""."""
+        """Has a manager unmount a partition that was listed or announced; "" names none."""
         self.ask("unmount", manager, path, options or {})
 
     def unmount_announced(self, manager=0):
-        """Has a manager unmount what it announces as mounted, as somebody who follows a policy."""
+        """From now on a manager unmounts what it announces as mounted, as the daemon does."""
         self.ask("unmounting", manager)
 
     def ask(self, name, manager=0, *arguments):
-        """Has the process carry out a command, and returns the result."""
+        """Sends a command to the process and returns its result."""
         self._process.stdin.write(json.dumps([name, manager, *arguments]) + "\n")
         self._process.stdin.flush()
         return self._results.get(timeout=PATIENCE)
@@ -114,7 +114,7 @@ class Partitions:
                 if number == manager and "sentinel" not in partition["path"]]
 
     def paths(self, manager=0):
-        """The object paths of what it has announced."""
+        """The object paths of the announced partitions."""
         return [partition["path"] for partition in self.announced(manager)]
 
     def wait_for(self, *paths, manager=0):
@@ -126,14 +126,14 @@ class Partitions:
         self._announced.clear()
 
     def settle(self, storage):
-        """Returns when manager 0 has taken all that the storage service has told by now."""
+        """Returns when manager 0 has handled all signals of the storage service so far."""
         path = storage.plug(Block(f"sentinel{next(self._numbers)}"))
         wait_until(lambda: path in [partition["path"] for _, partition in list(self._announced)])
         storage.unplug(path)
         wait_until(lambda: path not in [partition["path"] for partition in self.list()])
 
     def take_log(self):
-        """What the process has written to its standard error since the last look, each message in
+        """What the process has written to its standard error since the last call, each message in
         the form "type|category|text"."""
         return self._log.read().splitlines()
 
@@ -148,10 +148,10 @@ class Partitions:
 
 
 def calls_of(storage, member):
-    """The calls of a method that the storage service has got."""
+    """The calls of a method that the storage service has received."""
     return [call for call in storage.calls if call.member == member]
 
 
 def listings(storage):
-    """How often the storage service was asked for all its objects."""
+    """The number of calls of GetManagedObjects so far."""
     return len(calls_of(storage, "GetManagedObjects"))

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Plugins in the places where the daemon looks for plugins, the tests' own and those of the product."""
+"""Plugins in the daemon's plugin folders: those of the tests and those of the product."""
 
 import contextlib
 import json
@@ -26,7 +26,7 @@ CONTROL = pathlib.Path("/run/govd-test")
 
 @contextlib.contextmanager
 def installed(library, path):
-    """Has a library among the plugins as long as the context lasts."""
+    """Installs a library as a plugin as long as the context lasts."""
     path.parent.mkdir(parents=True, exist_ok=True)
     shutil.copy(library, path)
     try:
@@ -36,8 +36,8 @@ def installed(library, path):
 
 
 class TestPlugin:
-    """A plugin that does as its state says, which it reads anew in every call, so that a change
-    holds from the next call on. It notes down each call that it gets. A context that removes it."""
+    """A plugin that acts by its state, which it reads anew in every call, so that a change applies
+    from the next call on. It records each call. A context that removes it."""
     __test__ = False
 
     def __init__(self, library, path, **state):
@@ -61,7 +61,7 @@ class TestPlugin:
 
     @property
     def state(self):
-        """What the plugin does; a copy: set it again to change it."""
+        """The state of the plugin. This is a copy: assign it to change the state."""
         return json.loads(self._state.read_text())
 
     @state.setter
@@ -69,17 +69,17 @@ class TestPlugin:
         replace(self._state, json.dumps(state))
 
     def calls(self, since=0):
-        """The calls so far, but the first ones: the operation, and its arguments after blanks."""
+        """The recorded calls without the first ones: operation and arguments, with blanks."""
         return self._calls.read_text().split("\n")[:-1][since:]
 
     def wait_for_call(self, text, since=0):
-        """Waits for a call, or another event that the plugin notes down, that holds this text."""
+        """Waits for a record of a call, or of another event, that holds this text."""
         return wait_until(lambda: [line for line in self.calls(since) if text in line])[0]
 
     def order(self, **order):
-        """Has the plugin of the running daemon carry out an order, and waits until it has."""
+        """Sends an order to the plugin in the running daemon and waits until it is done."""
         before = len(self.calls())
-        # Without a plugin at the other end this fails at once instead of waiting for one.
+        # O_NONBLOCK: without a plugin that reads, this fails at once instead of waiting.
         pipe = os.open(self._orders, os.O_WRONLY | os.O_NONBLOCK)
         os.write(pipe, json.dumps(order).encode() + b"\n")
         os.close(pipe)
@@ -97,7 +97,7 @@ class SwitchPlugin(TestPlugin):
         "announce"  when an accepted value is announced: "inside" the call (default), "later" from
                     the event loop, or "never"
     "unknown"    failure code for keys that are no switches (default -1)
-    "hold"       the operations that do not return as long as they stand here
+    "hold"       the operations that do not return while they are listed here
     """
 
     def __init__(self):
@@ -118,7 +118,7 @@ class SwitchPlugin(TestPlugin):
         return self.state["switches"][key]["value"]
 
     def hold(self, operation):
-        """Makes an operation wait, once called, until release(); noted down as "holding"."""
+        """Makes an operation wait, once called, until release(); recorded as "holding"."""
         self.state = {**self.state, "hold": [operation]}
 
     def release(self):
@@ -138,7 +138,7 @@ class LockPlugin(TestPlugin):
         super().__init__("lockplugin.so", LOCK_PLUGINS / file, name=name, supported=list(supported))
 
     def set_locked(self, *keys):
-        """Locks these keys and no others, without a word."""
+        """Locks these keys and no others, without an announcement."""
         self.state = {**self.state, "locked": list(keys)}
 
     def announce(self, key, locked, **details):
@@ -146,5 +146,5 @@ class LockPlugin(TestPlugin):
         self.order(key=key, locked=locked, **details)
 
     def end_event_loop(self, code):
-        """Ends the daemon's event loop."""
+        """Has the plugin end the daemon's event loop."""
         self.order(exit=code)

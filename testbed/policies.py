@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The policies of the platform. Written down once more, and not taken from the platform's header,
-so that a slip there is seen here."""
+"""The policies of the platform. The list is independent of the platform's header, so that a wrong
+change there makes a test fail."""
 
 KEYS = (  # in the order of their numbers, which begin with 0
     "NoPolicy CameraEnabled LocationEnabled BluetoothEnabled WlanEnabled MobileDataEnabled"

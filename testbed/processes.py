@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Processes from outside: what they hold, and how to hold them."""
+"""Inspects and stops processes."""
 
 import contextlib
 import ctypes
@@ -15,24 +15,24 @@ ANY_THREAD = 0x40000000  # __WALL
 
 
 def open_descriptors(pid):
-    """How many file descriptors a process has open."""
+    """The number of a process's open file descriptors."""
     return len(os.listdir(f"/proc/{pid}/fd"))
 
 
 def resident(pid):
-    """How much memory a process takes, in bytes."""
+    """The resident memory of a process, in bytes."""
     pages = int(pathlib.Path(f"/proc/{pid}/statm").read_text().split()[1])
     return pages * os.sysconf("SC_PAGE_SIZE")
 
 
 def processes_of(unit):
-    """The numbers of all processes of a unit."""
+    """The process ids of a unit."""
     group = pathlib.Path("/sys/fs/cgroup" + shown("ControlGroup", unit))
     return [int(number) for number in (group / "cgroup.procs").read_text().split()]
 
 
 def thread_of(pid, name):
-    """The number of the one thread of a process that has this name."""
+    """The thread id of the only thread of a process with this name."""
     thread, = [task for task in pathlib.Path(f"/proc/{pid}/task").iterdir()
                if (task / "comm").read_text().strip() == name[:15]]
     return int(thread.name)
@@ -40,7 +40,7 @@ def thread_of(pid, name):
 
 @contextlib.contextmanager
 def held(processes):
-    """Lets these processes stand still as long as the context lasts."""
+    """Stops these processes (SIGSTOP) as long as the context lasts."""
     for process in processes:
         os.kill(process, signal.SIGSTOP)
     try:
@@ -51,7 +51,7 @@ def held(processes):
 
 
 class Frozen:
-    """A context in which one thread does not run, while the other threads of its process do."""
+    """A context in which ptrace stops one thread; the other threads of its process run on."""
 
     def __init__(self, thread):
         self._thread = thread
@@ -64,7 +64,7 @@ class Frozen:
                 ctypes.CDLL(None).ptrace(PTRACE_ATTACH, self._thread, None, None)
                 os.waitpid(self._thread, ANY_THREAD)
                 os.write(told, b"+")
-                os.waitpid(self._thread, ANY_THREAD)  # it dies with its process
+                os.waitpid(self._thread, ANY_THREAD)  # the process may be killed meanwhile
             finally:
                 os._exit(0)
         os.close(told)

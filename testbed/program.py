@@ -15,7 +15,7 @@ from testbed.waiting import PATIENCE, wait_until
 
 @dataclass(frozen=True)
 class Outcome:
-    """What one run gave; the code is below zero when a signal ended it."""
+    """The result of one run; the code is negative when a signal ended it."""
     code: int
     out: str
     err: str
@@ -67,5 +67,5 @@ class Program:
         wait_until(lambda: text in self.err)
 
     def finish(self):
-        """Waits for its end; what it gave."""
+        """Waits for its end and returns the result."""
         return self.OUTCOME(self.process.wait(PATIENCE), self.out, self.err)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A way to the system bus on which the messages of one client are held up or spoilt."""
+"""A proxy of the system bus that delays or changes messages of one client."""
 
 import os
 import select
@@ -11,15 +11,15 @@ from testbed.bus import SOCKET
 from testbed.waiting import PATIENCE
 
 PATH = "/run/govd-test-relay"
-CALL, PROTOCOL = 1, 1  # second and fourth byte of a method call, after that of the byte order
+CALL, PROTOCOL = 1, 1  # bytes 1 and 3 of a method call: message type, protocol version
 
 
 class Relay:
-    """Serves one client, from its coming to the end of the context. All that is not held up or
-    spoilt passes as it is, in both directions. The bus takes this process for the client's.
+    """Serves one client until the context ends. Everything else passes unchanged, in both
+    directions. To the bus, this process is the client.
 
-    What the client sends is held up from the message on that contains `hold_at`; each text that is
-    a key of `spoil` is replaced by its value of the same length.
+    From the message that contains `hold_at` on, what the client sends is held back. Each text that
+    is a key of `spoil` is replaced by its value of the same length.
     """
     ADDRESS = f"unix:path={PATH}"
 
@@ -44,11 +44,11 @@ class Relay:
         os.unlink(PATH)
 
     def wait_until_held(self):
-        """Waits until there is something to hold up."""
+        """Waits until a message is held back."""
         assert self._is_holding.wait(PATIENCE)
 
     def release(self):
-        """Lets everything pass from now on."""
+        """Passes on everything from now on."""
         self._wake.send(b"r")
 
     def _run(self):
@@ -61,7 +61,7 @@ class Relay:
                 pass
 
     def _pass_on(self, client, bus):
-        """Waits for news and deals with them; False when one of the ends has gone."""
+        """Waits for data and passes it on; False when client or bus has closed its connection."""
         ready = select.select([self._woken, client, bus], [], [])[0]
         for source in ready:
             data = source.recv(1 << 16)
@@ -81,7 +81,7 @@ class Relay:
         return True
 
     def _held_from(self):
-        """How many bytes may pass: all, or those before the message that is to be held up."""
+        """How many bytes may pass: all, or those before the message that is to be held back."""
         found = self._held.find(self._hold_at) if self._hold_at else -1
         if found < 0:
             return len(self._held)

@@ -16,25 +16,24 @@ READY = "the device is on the bus\n"
 
 @functools.lru_cache(maxsize=None)
 def install():
-    """Installs the simulator, which a plain installation leaves out."""
+    """Installs the simulator, which is not installed by default."""
     subprocess.run(["cmake", "--install", os.environ["GOVD_BUILD"], "--prefix", "/usr",
                     "--component", "simulator"], check=True, stdout=subprocess.DEVNULL)
 
 
 class Outcome(program.Outcome):
-    """What one run of the program gave."""
+    """The result of one run of the program."""
 
     @property
     def json(self):
-        """The only line of standard output as a document, which is the only output."""
+        """Its standard output, which must be one line of JSON, and nothing on standard error."""
         document = json.loads(self.out)
         assert (document["version"], document["code"], self.err) == (1, self.code, "")
         return document
 
 
 class Sim(program.Program):
-    """The program with these arguments. A `shell` runs it in a script of bash instead, in which it
-    is "$SIM"."""
+    """The program with these arguments. With `shell`, a bash script runs it as "$SIM"."""
     OUTCOME = Outcome
 
     def __init__(self, *arguments, shell=None):
@@ -43,14 +42,14 @@ class Sim(program.Program):
         super().__init__(command, environment={"SIM": PROGRAM})
 
     def results(self, **wanted):
-        """The results in the documents that it has written so far that have these values."""
+        """The results written so far that have these values."""
         documents = map(json.loads, self.out.split("\n")[:-1])  # the last line may be unfinished
         return [result for result in (document["result"] for document in documents)
                 if wanted.items() <= result.items()]
 
 
 def run(*arguments):
-    """Runs the program with these arguments; those that stand in one text with blanks are split."""
+    """Runs the program with these arguments; an argument with blanks is split into words."""
     words = arguments if len(arguments) != 1 else arguments[0].split()
     with Sim(*words) as sim:
         return sim.finish()
@@ -63,7 +62,7 @@ def shell(script):
 
 
 def do(*arguments):
-    """The same as run(), which must succeed; what it has written."""
+    """Runs the program, which must succeed, and returns its output."""
     outcome = run(*arguments)
     assert outcome.code == 0, outcome
     return outcome.out
@@ -75,7 +74,7 @@ def state():
 
 
 def start_device(*options):
-    """A device that is on the bus. A context that ends it."""
+    """Starts a device and waits until it is on the bus. A context that ends it."""
     device = Sim("device", *options)
     wait_until(lambda: READY in device.err or device.process.poll() is not None)
     assert READY in device.err, device.err

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Storage that a person may plug into the device."""
+"""A removable drive in the simulated storage service."""
 
 from dataclasses import dataclass
 
@@ -13,7 +13,7 @@ class Stick:
     id: str = "stick"  # of the block device
     bus: str | None = "usb"  # how the drive is connected; None without a drive
     system: bool = False
-    mounted: bool = True  # when it is plugged in
+    mounted: bool = True  # whether it is mounted when it is plugged in
     partition_table: bool = False
 
     @property
@@ -23,7 +23,7 @@ class Stick:
 
     @property
     def mount_point(self):
-        """Where it is when it is mounted."""
+        """The place where it is mounted."""
         return f"/run/media/{self.id}"
 
     @property
@@ -38,9 +38,9 @@ class Stick:
                            mount_points=(self.mount_point,) if self.mounted else ()))
 
     def mount(self, storage):
-        """Mounts it after it was plugged in."""
+        """Mounts it; it is plugged in already."""
         storage.set_mount_points(self.path, self.mount_point)
 
     def is_mounted(self, storage):
-        """Whether the storage service has it mounted now."""
+        """Whether it is mounted, by the storage service's state."""
         return bool(storage.blocks[self.path].mount_points)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""System calls of a process: seen, made to fail, and places to kill it at."""
+"""Traces the system calls of a process, makes them fail, and kills the process at one of them."""
 
 import collections
 import os
@@ -13,39 +13,39 @@ from testbed.waiting import PATIENCE
 
 
 def failing(call, number, error, path=None):
-    """Options of strace that make calls fail; `number` says which of them, as in "2" or "2+", of
-    those that concern `path` or of all."""
+    """Options of strace that make calls fail. `number` selects them, as in "2" or "2+", among those
+    that concern `path`, or among all."""
     concerned = ["-P", path] if path else []
     return ["-e", f"trace={call}", "-e", f"inject={call}:error={error}:when={number}", *concerned]
 
 
 def traced(*options, output=os.devnull):
-    """The command that runs a program with options of strace from its first call on."""
+    """The command that runs a program under strace with these options from its first call on."""
     return ["strace", "-o", output, *options]
 
 
 class SystemCalls:
-    """Sees the system calls that the main thread of a running process makes. Options are those of
-    strace that say which are seen and what happens to them; they count calls from here on."""
+    """Traces the system calls of the main thread of a running process. The options of strace select
+    them and inject faults; their numbers count calls from here on."""
 
     def __init__(self, pid, *options):
         self._output = tempfile.NamedTemporaryFile("r")
         self._tracer = subprocess.Popen(
             ["strace", "-y", "-o", self._output.name, "-p", f"{pid}", *options],
             stderr=subprocess.PIPE)
-        first = self._tracer.stderr.readline()  # strace says that it has attached, or why not
+        first = self._tracer.stderr.readline()  # strace writes that it has attached, or why not
         assert self._tracer.poll() is None and f"{pid}".encode() in first, first
 
     def end(self):
-        """Lets the process alone again, if it still is there, and returns its calls."""
+        """Detaches from the process, if it still runs, and returns its calls."""
         self._tracer.send_signal(signal.SIGTERM)
         self._finish()
         with self._output:
             return self._output.read().split("\n")
 
     def drop(self):
-        """Lets a process alone that is dying: strace waits for ever, now and then, for threads that
-        it has killed itself, and keeps them from being gone."""
+        """Ends strace after it has killed the process: it can wait for the killed threads without
+        end, and the process does not end before strace."""
         self._tracer.kill()
         self._finish()
         self._output.close()
@@ -56,19 +56,19 @@ class SystemCalls:
 
 
 def number_of(name, text, calls):
-    """The number, among those of its name, of the first call that holds a text; 0 for none."""
+    """The number of the first call that holds a text, among the calls of its name; 0 for none."""
     lines = [line for line in calls if line.startswith(f"{name}(")]
     return next((number for number, line in enumerate(lines, 1) if text in line), 0)
 
 
 def injected(calls):
-    """The calls to which something was done."""
+    """The calls into which strace has injected a fault."""
     return [line for line in calls if "(INJECTED)" in line]
 
 
 @dataclass(frozen=True)
 class Place:
-    """A place in the life of a process: before the call `number` of those called `name`."""
+    """A place in the run of a process: before its system call `number` of those called `name`."""
     name: str
     number: int
 
@@ -78,7 +78,7 @@ class Place:
 
 
 def places(calls, everywhere):
-    """The places around calls that concern /etc/policy, or all."""
+    """The places before and after the calls that concern /etc/policy, or before and after all."""
     found, numbers, was_near = [], collections.Counter(), False
     for call in calls:
         name, separator, _ = call.partition("(")

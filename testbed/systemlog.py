@@ -21,14 +21,14 @@ FORMAT = re.compile(rb"<(\d+)>\w{3} [ \d]\d [\d:]{8} ([^:\[]*)(?:\[\d+\])?: (.*)
 
 @dataclass(frozen=True)
 class Record:
-    """What a program has handed to syslog(); facility and level are one number."""
+    """One message of syslog(); `priority` is facility and level."""
     priority: int
     program: str
     text: str
 
 
 class SystemLog:
-    """Listens at /dev/log, in a thread of its own: a log that nobody reads holds up who writes."""
+    """Reads /dev/log in a thread of its own: an unread log would block its writers."""
 
     def __init__(self):
         if os.path.lexists(PATH):
@@ -42,7 +42,7 @@ class SystemLog:
         threading.Thread(target=self._read, daemon=True).start()
 
     def records(self, since=0):
-        """What has been recorded by now, but for the first ones."""
+        """The records so far, without the first ones."""
         self._markers += 1
         with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as sender:
             sender.sendto(MARKER, PATH)
@@ -59,8 +59,8 @@ class SystemLog:
 
 
 class FullSystemLog:
-    """A system log that takes no more lines: who writes one waits for take(). A context in which it
-    is in the place of the other one."""
+    """A system log whose queue is full: a writer blocks until take(). A context in which it
+    replaces the other log."""
 
     def __enter__(self):
         os.rename(PATH, ASIDE)
@@ -79,16 +79,16 @@ class FullSystemLog:
 
     @staticmethod
     def wait_for_writer(pid):
-        """Waits until the main thread of a process waits for the log to take a line."""
+        """Waits until the main thread of a process blocks in a write to the log."""
         def writes():
-            # The call in which the thread waits, if it does, and its first argument.
+            # The number of the system call in which the thread blocks, and its first argument.
             call = pathlib.Path(f"/proc/{pid}/syscall").read_text().split()
             descriptor = f"/proc/{pid}/fd/{int(call[1], 16)}" if len(call) > 1 else ""
             return os.path.exists(descriptor) and os.readlink(descriptor).startswith("socket:")
         wait_until(writes)
 
     def take(self):
-        """Makes room, and returns the first line that has waited for it."""
+        """Makes room in the queue and returns the first line that has waited for it."""
         while (line := self._socket.recv(1 << 16)) == FILLER:
             pass
         return record_of(line)

@@ -23,7 +23,7 @@ KINDS = {MessageType.method_call: "call", MessageType.method_return: "reply",
 
 @dataclass(frozen=True)
 class Message:
-    """A message of the bus. Of its arguments, a variant stands there as its content."""
+    """A message of the bus. Its arguments have the content of a variant in the variant's place."""
     kind: str  # "call", "reply", "error" or "signal"
     serial: int
     sender: str
@@ -35,7 +35,7 @@ class Message:
     answers: int  # the serial of the call that a reply or an error is for
     signature: str
     arguments: tuple = field(default=())
-    may_start: bool = False  # whether a call starts the service that it is for
+    may_start: bool = False  # whether a call may start its service
 
     def is_reply_to(self, call):
         """Whether this is the reply, or the error, that answers a call."""
@@ -44,7 +44,7 @@ class Message:
 
 
 class Transcript:
-    """Sees all messages from its making on. Reads in a thread of its own."""
+    """A monitor of the bus, which reads all messages in a thread of its own."""
 
     def __init__(self):
         self._messages = []
@@ -58,7 +58,7 @@ class Transcript:
         self._reader.start()
 
     def close(self):
-        """Looks no further."""
+        """Ends the monitor."""
         self._monitor.sock.shutdown(socket.SHUT_RDWR)
         self._reader.join()
         self._monitor.close()
@@ -75,12 +75,12 @@ class Transcript:
                              and sender in (None, message.sender))
 
     def signals(self, member):
-        """The signals of this name, of whatever sender."""
+        """The signals of this name, of all senders."""
         return self.messages(lambda message: message.kind == "signal" and message.member == member)
 
     def wait_for(self, condition, deadline=PATIENCE):
-        """Waits for a message that meets a condition, one that is here already included, and
-        returns the first. Raises TimeoutError after `deadline` seconds."""
+        """Waits for a message that meets a condition and returns the first; messages so far count.
+        Raises TimeoutError after `deadline` seconds."""
         found = []
 
         def arrived():
@@ -92,27 +92,27 @@ class Transcript:
         return found[0]
 
     def settle(self):
-        """Waits until everything is here that the daemon owes: what it does in answer to messages
-        that have reached it by now. What has not been seen after this has not happened."""
+        """Waits until the daemon has handled the messages that were sent to it, and until its own
+        messages have been read. What is not in the transcript then was not sent."""
         if self._client.owner(SERVICE):
             self._client.ask(introspection())
         self.settle_bus()
 
     def settle_bus(self):
-        """Waits until everything is here that the bus has taken by now."""
+        """Waits until all messages are read that the bus has passed on so far."""
         number = f"{next(self._numbers)}"
         self._client.send(new_signal(MARKER, "Settled", "s", (number,)))
         self.wait_for(lambda message: message.interface == MARKER.interface
                       and message.arguments == (number,))
 
     def clear(self):
-        """Forgets all messages that the bus has taken by now."""
+        """Forgets all messages that the bus has passed on so far."""
         self.settle_bus()
         with self._arrived:
             self._start = len(self._messages)
 
     def owner(self, name):
-        """The unique name that a name has or had last, as far as was seen since the start."""
+        """The unique name of the present or last owner of a name, as seen since the start."""
         changes = [message for message in self._messages if message.kind == "signal"
                    and message.member == "NameOwnerChanged" and message.arguments[0] == name]
         owners = [change.arguments[2] for change in changes if change.arguments[2]]
@@ -130,7 +130,7 @@ class Transcript:
 
 
 def message_of(message):
-    """A message as the bus library has it, in our form."""
+    """Converts a message of the bus library."""
     header, fields = message.header, message.header.fields
     signature = fields.get(HeaderFields.signature, "")
     types = parse_signature(list(f"({signature})")).fields if signature else ()

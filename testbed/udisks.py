@@ -15,7 +15,7 @@ from testbed.services.service import PROPERTIES
 from testbed.services.storage import FILESYSTEM, Storage
 from testbed.waiting import wait_until
 
-# Distributions differ in where they keep programs that nobody calls by hand.
+# Distributions keep daemons' programs in different folders.
 DEVICE_MANAGERS = ("/usr/lib/systemd/systemd-udevd", "/lib/systemd/systemd-udevd", "/sbin/udevd")
 STORAGE_SERVICES = ("/usr/libexec/udisks2/udisksd", "/usr/lib/udisks2/udisksd")
 RULES = [pathlib.Path(place, "udev/rules.d")
@@ -27,8 +27,8 @@ RULE = ('SUBSYSTEM=="block", ATTRS{{loop/backing_file}}=="{}", IMPORT{{builtin}}
 class UDisks:
     """UDisks2 and the device manager (udev). A context that ends them.
 
-    Both programs hear and tell of devices in the sandbox's network namespace, so that the machine's
-    own device manager is not disturbed.
+    Both programs receive and send device events in the sandbox's network namespace, so the
+    machine's own device manager is not disturbed.
     """
 
     def __init__(self):
@@ -60,7 +60,7 @@ class UDisks:
         wait_until(lambda: not self._client.owner(Storage.NAME))
 
     def places(self, device):
-        """Where UDisks2 knows a device to be mounted; None when it knows no file system on it."""
+        """The mount points of a device by UDisks2; None when it shows no file system on it."""
         return known_places(self._client, device)
 
     def mount(self, device):
@@ -70,8 +70,8 @@ class UDisks:
 
 
 def known_places(client, device):
-    """Where UDisks2, if it is there, tells a client that a device is mounted; None when it knows no
-    file system on it."""
+    """The mount points of a device that UDisks2 tells a client; None without UDisks2, or when it
+    shows no file system on it."""
     question = new_method_call(DBusAddress(device.path, Storage.NAME, PROPERTIES), "Get", "ss",
                                (FILESYSTEM, "MountPoints"))
     try:
@@ -81,9 +81,9 @@ def known_places(client, device):
 
 
 def write_rules():
-    """Gives the device manager rules about the loop devices of the tests only: what is on them, and
-    that one made of a file is no part of the system, while one made of another looks like one. It
-    takes no notice of other devices of the machine."""
+    """Replaces the device manager's rules: they probe loop devices and mark those on a file as not
+    part of the system, while those on another device look like a part. Other devices of the machine
+    are ignored."""
     for folder in RULES:
         shutil.rmtree(folder, ignore_errors=True)
     write(RULES[-1] / "50-govd-test.rules", RULE.format(IMAGE, 0) + RULE.format("/dev/loop*", 1))

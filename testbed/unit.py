@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon as a service of systemd, and what it leaves in the journal."""
+"""The daemon as a service of systemd, and its messages in the journal."""
 
 import contextlib
 import json
@@ -15,17 +15,17 @@ from testbed.bus import Client, read_of
 from testbed.waiting import wait_until
 
 UNIT = "govd.service"
-WRITE = "16b3c2249be6438e91cdc01023e34dbd"  # by this the journal knows records of writes
+WRITE = "16b3c2249be6438e91cdc01023e34dbd"  # MESSAGE_ID of the records of writes
 DROP_INS = pathlib.Path("/run/systemd/system")
 
 
 def run(*command):
-    """Runs a program to its end and returns what it has printed. Raises CalledProcessError."""
+    """Runs a program to its end and returns its output. Raises CalledProcessError."""
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout.strip()
 
 
 def reset():
-    """Stops the daemon and makes its files those of a fresh installation."""
+    """Stops the daemon and restores the files of a fresh installation."""
     run("systemctl", "stop", UNIT)
     run("systemctl", "reset-failed")
     for path in ("/etc/policy", "/etc/govd", "/var/lib/govd", "/var/lib/devel-su"):
@@ -44,12 +44,12 @@ def shown(name, unit=UNIT):
 
 
 def main_pid():
-    """The daemon's process number; 0 when it does not run."""
+    """The daemon's process id; 0 when it does not run."""
     return int(shown("MainPID"))
 
 
 def restarts():
-    """How often systemd has started the daemon again since it was started."""
+    """How often systemd has restarted the daemon by itself."""
     return int(shown("NRestarts"))
 
 
@@ -59,7 +59,7 @@ def root_content():
 
 
 def answers(deadline=5.0):
-    """Whether a read by somebody without rights is answered within `deadline` seconds."""
+    """Whether a read by a user without rights is answered within `deadline` seconds."""
     try:
         with Client("guest") as client:
             return bool(client.ask(read_of("CameraEnabled"), deadline))
@@ -74,7 +74,7 @@ def comes_back(pid, deadline=60.0):
 
 @contextlib.contextmanager
 def drop_in(text, unit=UNIT):
-    """Lets these lines hold for a unit as long as the context lasts; a running unit keeps its own."""
+    """Adds a drop-in to a unit as long as the context lasts; it applies from the next start on."""
     file = DROP_INS / f"{unit}.d" / "test.conf"
     file.parent.mkdir(parents=True, exist_ok=True)
     file.write_text(text)
@@ -95,7 +95,7 @@ class Line:
 
 
 class Journal:
-    """What the daemon's processes have written since this object was made."""
+    """The daemon's messages since this object was made, restarts included."""
 
     def __init__(self):
         shown_cursor = run("journalctl", "--quiet", "--no-pager", "-n", "0", "--show-cursor")
@@ -106,8 +106,8 @@ class Journal:
         return [line_of(entry) for entry in self._entries()]
 
     def records(self):
-        """The records of writes so far, in their order: their message, their priority, and the
-        fields that are the daemon's own."""
+        """The records of writes so far, in their order: message, priority, and the daemon's own
+        fields."""
         return [{name: value for name, value in entry.items()
                  if name.startswith("GOVD_") or name in ("MESSAGE", "PRIORITY")}
                 for entry in self._entries() if entry.get("MESSAGE_ID") == WRITE]

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Users of the device: who a client of the bus is, as the kernel tells the bus and the daemon."""
+"""Processes of other users, in whose name clients connect to the bus."""
 
 import contextlib
 import ctypes
@@ -22,9 +22,10 @@ IDS = struct.Struct("II")  # a user and a group
 class User:
     """A process that runs as a user and opens connections in the user's name.
 
-    Whoever is asked about such a connection sees this process: its number `pid`, its user and its
-    groups. `group` is in the place of the user's primary group. If they are `effective` only, the
-    real ids stay root's, as with a set-user-id program. It ends with the process that made it.
+    For the kernel, and so for the bus, the connection belongs to this process: its id `pid`, its
+    user and its groups. `group` replaces the user's primary group. With `effective` only the
+    effective ids change and the real ids stay root's, as with a set-user-id program. It ends with
+    the process that made it.
     """
 
     def __init__(self, name, group=None, effective=False):
@@ -52,8 +53,8 @@ class User:
         return connection
 
     def change(self, name, group=None):
-        """Gives it other effective ids, which it must have as such; a number is an id without a
-        name."""
+        """Gives it other effective ids; it must have been made as `effective`. A number is an id
+        without a name."""
         self.uid, gid = ids_of(name, group)
         self._orders.send(IDS.pack(self.uid, gid))
         assert self._orders.recv(1) == b"+"
@@ -71,7 +72,7 @@ def user(name):
 
 
 def run_as(name, *command):
-    """Runs a program to its end, as a login of the user would; what it has printed is text."""
+    """Runs a program to its end, as a login of the user would; its output is text."""
     uid, gid = ids_of(name)
     return subprocess.run(command, user=uid, group=gid, extra_groups=os.getgrouplist(name, gid),
                           text=True, capture_output=True, check=False)
@@ -79,7 +80,7 @@ def run_as(name, *command):
 
 @contextlib.contextmanager
 def membership(name, group):
-    """Lets a user belong to a group that has members already, as long as the context lasts."""
+    """Adds a user to a group that has members already, as long as the context lasts."""
     file = pathlib.Path("/etc/group")
     before = file.read_text()
     file.write_text(re.sub(f"^{group}:.*$", rf"\g<0>,{name}", before, flags=re.MULTILINE))
@@ -90,8 +91,8 @@ def membership(name, group):
 
 
 def ids_of(name, group=None):
-    """The ids of a user and of the user's primary group, or of the one that is named; a number is
-    both."""
+    """The ids of a user and of `group`, by default the user's primary group; a number stands for
+    both ids."""
     if isinstance(name, int):
         return name, name
     account = pwd.getpwnam(name)
@@ -101,20 +102,20 @@ def ids_of(name, group=None):
 def become(uid, gid, effective=False):
     """Gives this process a user and a group, or as effective ones only."""
     if effective:
-        os.seteuid(0)  # only root may become anybody
+        os.seteuid(0)  # only root may take any id
         os.setegid(gid)
         os.seteuid(uid)
     else:
         os.setgid(gid)
         os.setuid(uid)
-    # Otherwise its directory in /proc would be root's, and the daemon would take it for root.
+    # Otherwise its directory in /proc would belong to root, and the daemon would take it for root.
     ctypes.CDLL(None).prctl(PR_SET_DUMPABLE, 1, 0, 0, 0)
 
 
 def serve(orders):
-    """Connects each socket that comes over `orders` to the path beside it, and takes the effective
-    ids that come alone, until their end."""
-    # Descriptors of the other side that stayed open here would keep its connections alive.
+    """Reads `orders` until their end: connects a socket to the path that comes with it, and takes
+    on effective ids that come without one."""
+    # Inherited descriptors would keep the other side's connections open.
     orders = socket.socket(fileno=os.dup2(orders.detach(), 3))
     os.closerange(4, os.sysconf("SC_OPEN_MAX"))
     while True:

@@ -1,14 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Waiting for conditions, never for a guess of time."""
+"""Waiting for conditions."""
 
 import time
 
-PATIENCE = 60.0  # seconds; nothing takes nearly as long on a machine in order
+PATIENCE = 60.0  # seconds; only a failure takes as long
 
 
 def wait_until(condition, deadline=PATIENCE):
-    """Polls `condition` until what it returns is true, and returns that.
+    """Polls `condition` until its result is true, and returns the result.
 
     Raises TimeoutError after `deadline` seconds.
     """
@@ -21,7 +21,7 @@ def wait_until(condition, deadline=PATIENCE):
 
 
 def holds_for(seconds, condition):
-    """Whether `condition` is true at each look during so many seconds."""
+    """Whether `condition` is true at each poll during so many seconds."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         if not condition():

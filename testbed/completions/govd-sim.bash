@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 #
-# Completion of govd-sim for bash. The program itself knows what can follow.
+# Completion of govd-sim for bash. The candidates come from "govd-sim complete".
 
 _govd_sim() {
     local words=() word candidate
@@ -10,7 +10,7 @@ _govd_sim() {
         words+=("${word//[\"\'\\]/}")
     done
     while read -r candidate; do
-        # Where a quote is open, blanks need nothing more.
+        # Within an open quote, blanks need no escape.
         [[ ${COMP_WORDS[COMP_CWORD]} == [\"\']* ]] || printf -v candidate %q "$candidate"
         COMPREPLY+=("$candidate")
     done < <(govd-sim complete --timeout 0.5 -- "${words[@]}" 2>/dev/null)

@@ -1,3 +1,3 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The services around the daemon, each with its state and with faults at will."""
+"""The simulated services that the daemon calls, each with a state and with faults on request."""

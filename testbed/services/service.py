@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What all services of the device have in common: a life on the bus, and faults at will."""
+"""The base of all services: they appear on the bus and leave it, and fail on request."""
 
 import concurrent.futures
 import contextlib
@@ -24,21 +24,21 @@ MAIN_LOOP = dbus.mainloop.glib.DBusGMainLoop()
 
 
 class Refusal(dbus.exceptions.DBusException):
-    """The error that a service answers with: its name on the bus, and a text."""
+    """An error reply of a service: its D-Bus name and a text."""
 
     def __init__(self, text, name=INVALID_ARGUMENTS):
         super().__init__(text, name=name)
 
 
 class NameTaken(Exception):
-    """Somebody else has this name on the bus, or this user may not have it."""
+    """The name has another owner on the bus, or the bus policy refuses it to this user."""
 
 
 @dataclass(frozen=True)
 class Fault:
-    """What goes wrong with a call. An error, silence or death changes nothing in the service; a
-    call that gets another answer, or a late one, is carried out."""
-    kind: str = ""  # "error", "answer", "silence", "death"; nothing goes wrong with ""
+    """What goes wrong with a call. An error, silence or death leaves the service's state as it is;
+    a call with a late or a wrong answer is carried out."""
+    kind: str = ""  # "error", "answer", "silence", "death"; "" for none of these
     delay: float = 0.0  # seconds between the call and its answer
     name: str = "org.freedesktop.DBus.Error.Failed"
     text: str = "Failed on purpose"
@@ -49,23 +49,23 @@ ERROR, SILENCE, DEATH = Fault("error"), Fault("silence"), Fault("death")
 
 
 def error(name):
-    """The fault that every call ends in this error."""
+    """The fault that the answer is this error."""
     return Fault("error", name=name)
 
 
 def late(seconds):
-    """The fault that the right answer takes so long."""
+    """The fault that the right answer comes after so many seconds."""
     return Fault(delay=seconds)
 
 
 def answer(signature, *values):
-    """The fault that the answer is another one than the caller expects."""
+    """The fault that the answer has this signature and these values, which can be wrong."""
     return Fault("answer", answer=(signature, *values))
 
 
 @dataclass(frozen=True)
 class Call:
-    """A call that a service has got. `error` is the name of the error that it ended in, if any."""
+    """A call that a service has received. `error` is the name of the error reply, if any."""
     service: str
     path: str
     interface: str
@@ -82,7 +82,7 @@ class ServiceObject(mockobject.DBusMockObject):
         super().__init__(connection, path, interface, {}, "/dev/null", **keywords)
 
     def Set(self, interface_name, property_name, value, *_, **__):  # pylint: disable=invalid-name
-        """Lets the setter of the property take a value of the property's own type."""
+        """Passes a value of the property's type to its setter."""
         setter = self.setters.get(property_name)
         if interface_name not in self.props or property_name not in self.props[interface_name]:
             raise Refusal(f"no such property {property_name}",
@@ -95,12 +95,13 @@ class ServiceObject(mockobject.DBusMockObject):
         setter(value)
 
 
-# The library puts the methods of every object into the class of all objects, one called Set too.
+# AddMethod() of the library sets methods on the class that all objects share, so that a method of
+# another interface called "Set" would replace these.
 PROPERTY_METHODS = {member: getattr(ServiceObject, member) for member in ("Get", "GetAll", "Set")}
 
 
 class Loop(threading.Thread):
-    """The thread in which the services of this process live, if the main thread does not run it."""
+    """The thread that runs the services' event loop, if the main thread does not."""
 
     def __init__(self):
         super().__init__(daemon=True)
@@ -116,7 +117,7 @@ LOOP = Loop()
 
 
 def on_loop(method):
-    """Lets a method run in the thread of the services; its caller waits for it."""
+    """Runs a method in the services' thread; its caller waits for the result."""
     @functools.wraps(method)
     def wrapper(*arguments, **keywords):
         if threading.current_thread() is LOOP.thread:
@@ -136,7 +137,7 @@ def on_loop(method):
 
 @contextlib.contextmanager
 def standstill():
-    """Lets no service of this process do anything as long as the context lasts."""
+    """Blocks the services' thread as long as the context lasts."""
     begun, end = threading.Event(), threading.Event()
 
     def hold():
@@ -154,14 +155,14 @@ def standstill():
 class Service:
     """A service of the device on the system bus, absent until appear().
 
-    A class of its own for each service gives its NAME, adds its objects in create() and holds its
-    state, which outlives an absence. Each presence has a bus connection, and so a unique name, of
-    its own.
+    Each service has a class, which gives its NAME, adds its objects in create() and holds its
+    state. The state is kept while the service is absent. Each appear() makes a new bus connection
+    with a new unique name.
     """
     NAME = ""
 
     def __init__(self):
-        self.calls = []  # each Call so far, but for introspection
+        self.calls = []  # each Call so far, without introspection
         self.changed = lambda: None  # run after each change of the state
         self.called = lambda call: None  # run after each call
         self._connection = None
@@ -193,7 +194,7 @@ class Service:
 
     @on_loop
     def leave(self):
-        """Drops the bus connection, as a process does that ends; calls in hand stay unanswered."""
+        """Drops the bus connection, as a process that ends; pending calls stay unanswered."""
         if not self.present:
             return
         for path in list(self._objects):
@@ -207,23 +208,23 @@ class Service:
 
     @on_loop
     def fail(self, fault, member=None):
-        """Lets something go wrong with all calls from now on, or with those of one member."""
+        """Applies a fault to all calls from now on, or to those of one member."""
         self._faults[member] = fault
 
     @on_loop
     def mend(self):
-        """Lets nothing go wrong any more."""
+        """Removes all faults."""
         self._faults.clear()
 
     @on_loop
     def signal(self, path, interface, member, signature, *values):
-        """Sends a signal, right or wrong."""
+        """Sends a signal, whose content need not be valid for the interface."""
         message = dbus.lowlevel.SignalMessage(path, interface, member)
         message.append(*values, signature=signature)
         self._connection.send_message(message)
 
     def add_object(self, path, interface, methods=(), **keywords):
-        """Adds an object, in the place of one that is there; each method is a row of name,
+        """Adds an object, or replaces the one at this path. Each method is a row of its name, the
         signatures of arguments and answer, and a function that takes the arguments."""
         if path in self._objects:
             self.remove_object(path)
@@ -238,9 +239,9 @@ class Service:
             self._objects[path].AddMethod(interface, member, takes, gives, method_of(function))
 
     def remove_object(self, path):
-        """Takes an object away."""
+        """Removes an object."""
         self._objects.pop(path).remove_from_connection()
-        mockobject.objects.pop(path, None)  # a second service of the kind may have been there
+        mockobject.objects.pop(path, None)  # another service may have the same path
 
     def object(self, path):
         """The object at this path."""
@@ -302,12 +303,12 @@ class Service:
 
 
 def method_of(function):
-    """A function in the form in which a mock object runs it."""
+    """A function as the code that a mock object runs."""
     return lambda mock, *arguments: function(*arguments)
 
 
 def send_after(delay, connection, message):
-    """Sends a message after so many seconds; one whose connection has gone is lost."""
+    """Sends a message after so many seconds; it is lost when its connection is closed by then."""
     if not delay:
         connection.send_message(message)
         return

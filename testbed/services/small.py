@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The services that carry policies out or tell the daemon something, one class for each."""
+"""The services that enforce policies or that the daemon asks, one class for each."""
 
 import dbus
 
@@ -8,7 +8,7 @@ from testbed.services.service import PROPERTIES, Refusal, Service, on_loop
 
 
 class AudioPolicy(Service):
-    """Opens and closes the microphone."""
+    """Switches the microphone on and off."""
     NAME = "org.freedesktop.ohm.mdm"
 
     def __init__(self):
@@ -111,7 +111,7 @@ class NetworkTechnology(Service):
 
     @on_loop
     def set_tethering(self, is_tethering):
-        """Makes the device a hotspot, or ends that, as its user does."""
+        """Switches the hotspot on or off, as the device's user does."""
         self._set("Tethering", dbus.Boolean(is_tethering))
 
     def _set(self, name, value):
@@ -140,7 +140,7 @@ class RuntimeManager(Service):
 
     @on_loop
     def start(self, application):
-        """Runs an application, as its user does."""
+        """Starts an application, as the device's user does."""
         if application not in self.running:
             self.running.append(application)
             self.changed()
@@ -178,7 +178,7 @@ class SystemLogs(Service):
 
 
 class PropertyService(Service):
-    """A service that is one boolean property of one object."""
+    """A service with one object that has one boolean property."""
     PATH = INTERFACE = PROPERTY = ""
     WRITABLE = False
 
@@ -194,7 +194,7 @@ class PropertyService(Service):
 
     @on_loop
     def set(self, value):
-        """Gives the property a value, and tells the bus about a writable one."""
+        """Sets the property, and announces the change of a writable one."""
         if self.value == bool(value):
             return
         self.value = bool(value)
@@ -208,7 +208,7 @@ class PropertyService(Service):
 
 
 class DeviceInformation(PropertyService):
-    """Knows whether the system is certified."""
+    """Tells whether the system is certified."""
     NAME = "org.kvt.deviceinfo"
     PATH, INTERFACE = "/org/kvt/deviceinfo/Features", "org.kvt.deviceinfo.Features"
     PROPERTY = "isOsCertified"
@@ -218,7 +218,7 @@ class DeviceInformation(PropertyService):
 
 
 class DeviceSentry(PropertyService):
-    """Lets USB devices connect, or not."""
+    """Allows or forbids USB devices."""
     NAME = "org.brinos.DeviceSentry1"
     PATH, INTERFACE = "/org/brinos/DeviceSentry1/Usb", "org.brinos.DeviceSentry1.UsbManager"
     PROPERTY, WRITABLE = "Enabled", True
@@ -228,7 +228,7 @@ class DeviceSentry(PropertyService):
 
 
 class DeveloperMode(Service):
-    """Opens and closes the remote connection of developers."""
+    """Switches remote access for developers on and off."""
     NAME = "org.kvt.developermode"
 
     def __init__(self):

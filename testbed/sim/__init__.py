@@ -1,3 +1,3 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""govd-sim: a whole device on the system bus, and the verbs by which people see and handle it."""
+"""govd-sim: a simulated device on the system bus, and the verbs that show and control it."""

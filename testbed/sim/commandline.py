@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Reads a command line by the table of verbs, and writes the help from it."""
+"""Parses a command line by the table of verbs, and makes the help text from it."""
 
 import re
 import textwrap
@@ -40,11 +40,11 @@ COMMON_OPTIONS = (
 @dataclass(frozen=True)
 class Argument:
     """A place on the command line of a verb."""
-    name: str  # as help and messages write it; "A|B" when it can be nothing else
+    name: str  # as help and messages write it; "A|B" when only these words are allowed
     description: str
-    known: tuple = ()  # the words that it can be; empty when it can be any
+    known: tuple = ()  # the allowed words; empty when any word is allowed
     is_optional: bool = False
-    is_repeated: bool = False  # whether any number can stand there
+    is_repeated: bool = False  # whether it can stand there any number of times
 
     def form(self):
         """How the help writes it."""
@@ -52,14 +52,14 @@ class Argument:
         return f"[{name}]" if self.is_optional else name
 
     def kind(self):
-        """What messages call a word that stands there."""
+        """The word's kind, for messages."""
         return "word" if "|" in self.name else self.name
 
 
 @dataclass(frozen=True)
 class Verb:
-    """A verb. `run` takes the request and the output, and raises Failure; `check` tells what the
-    arguments' rows cannot tell, before they are counted."""
+    """A verb. `run` takes the request and the output, and raises Failure. `check` checks what the
+    rows of the arguments cannot describe; it runs before their count is checked."""
     name: str
     summary: str
     run: Callable
@@ -75,7 +75,7 @@ class Verb:
 
 @dataclass
 class Request:
-    """What the user asked for; what the verb takes is checked."""
+    """A parsed command line with checked arguments."""
     verb: Verb | None
     arguments: list = field(default_factory=list)
     options: dict = field(default_factory=dict)  # by name; a flag has an empty value
@@ -83,12 +83,12 @@ class Request:
 
     @property
     def is_json(self):
-        """Whether the results are for a program."""
+        """Whether the results are written as JSON."""
         return "json" in self.options
 
 
 def parse(words, verbs):
-    """Reads a whole command line, without the name of the program. Raises Failure."""
+    """Parses a command line without the name of the program. Raises Failure."""
     before, rest = {}, list(words)
     take_options(rest, COMMON_OPTIONS, before)
     name = rest.pop(0) if rest else None
@@ -124,7 +124,7 @@ def asks_for_json(words):
 
 
 def take_all(rest, options, found):
-    """Takes options from everywhere on the line; what is left. Raises Failure."""
+    """Takes options from the full line and returns the other words. Raises Failure."""
     arguments = []
     while rest:
         if take_options(rest, options, found):
@@ -135,7 +135,7 @@ def take_all(rest, options, found):
 
 
 def take_options(rest, options, found):
-    """Takes the options at the beginning of the line, up to "--"; whether that was there."""
+    """Takes the options at the beginning of the line, up to "--"; returns whether it was there."""
     known = {f"--{option.name}": option for option in options}
     known |= {f"-{option.letter}": option for option in options if option.letter}
     unknown = []
@@ -161,7 +161,7 @@ def take_options(rest, options, found):
 
 
 def complain_about(unknown):
-    """Raises the Failure of options that there are not."""
+    """Raises the Failure for unknown options."""
     if len(unknown) == 1:
         raise usage(f"Unknown option '{unknown[0]}'; see {PROGRAM} --help")
     if unknown:
@@ -173,7 +173,7 @@ def check_arguments(verb, arguments):
     for word, place in zip(arguments, verb.arguments):
         if place.known and word not in place.known:
             raise unknown_name(place.kind(), word, place.known)
-    # What the verb says of its words is more to the point than their number alone.
+    # The verb's own check comes first: its message is more exact than one about the count.
     verb.check(arguments)
     least = len([place for place in verb.arguments if not place.is_optional])
     is_endless = any(place.is_repeated for place in verb.arguments)
@@ -181,7 +181,7 @@ def check_arguments(verb, arguments):
 
 
 def check_count(arguments, least, most, form):
-    """Raises Failure unless there are so many arguments; `most` can be None."""
+    """Raises Failure unless the number of arguments is allowed; `most` can be None."""
     if len(arguments) < least:
         raise usage(f"too few arguments; use: {PROGRAM} {form}")
     if most is not None and len(arguments) > most:
@@ -189,7 +189,7 @@ def check_count(arguments, least, most, form):
 
 
 def seconds(name, text, least, most):
-    """A text as seconds. Raises Failure."""
+    """Parses a text as seconds. Raises Failure."""
     value = float(text) if re.fullmatch(r"[+-]?(\d+\.?\d*|\.\d+)(e[+-]?\d+)?", text.lower()) else -1
     if not least <= value <= most:
         raise usage(f"{name} takes seconds, from {least:g} to {most:g}, not {quoted(text)}")
@@ -197,12 +197,12 @@ def seconds(name, text, least, most):
 
 
 def usage(message):
-    """The failure of a command line that is wrong."""
+    """The failure for a wrong command line."""
     return Failure(USAGE, "usage", message)
 
 
 def unknown_name(kind, name, known):
-    """The failure of a name that there is not, with the nearest that there are."""
+    """The failure for an unknown name, with the nearest known ones."""
     near = nearest(name, known)
     hint = "" if near else f"; known are {', '.join(known)}"
     return Failure(USAGE, "unknown", f"unknown {kind} {quoted(name)}{hint}", near)
@@ -232,7 +232,7 @@ def option_row(option):
 
 
 def row(form, description):
-    """A row of a help text; a form that is too long has lines of its own."""
+    """A row of a help text; a long form stands on a line of its own."""
     lines = textwrap.wrap(description, HELP_WIDTH - HELP_COLUMN)
     first = f"  {form}"
     if len(first) < HELP_COLUMN:

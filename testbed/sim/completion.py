@@ -1,14 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What can follow on a command line."""
+"""Completion of command lines."""
 
 from testbed.sim.commandline import COMMON_OPTIONS
 from testbed.sim.facts import ROWS
 
 
 def candidates(words, verbs, labels):
-    """What can stand for the last of the words, which is unfinished. `labels` gives the labels of
-    what is plugged in."""
+    """The completions of the last word, which is unfinished. `labels` returns the labels of the
+    media that are plugged in."""
     *before, last = words or [""]
     known_options = [option for verb in verbs.values() for option in verb.options + COMMON_OPTIONS]
     taking = {f"--{option.name}" for option in known_options if option.value}

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The object on the bus by which people and scripts see and handle the device."""
+"""The bus object by which people and scripts read and control the device."""
 
 import dbus
 
@@ -10,7 +10,7 @@ from testbed.sim.output import as_json
 
 
 class Control(Service):
-    """Carries out what people order, and announces each change of the device."""
+    """Carries out orders, and announces each change of the device."""
     NAME = names.SERVICE
 
     def __init__(self, device):

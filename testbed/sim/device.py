@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A whole device: all services, what is plugged in, and the marker file of the camera."""
+"""The simulated device: all services, its ports, and the marker file of the camera."""
 
 import datetime
 import math
@@ -30,18 +30,18 @@ SHOWN_EVENTS = 5  # of the last audit events; the state goes over the bus at eac
 
 @dataclass(frozen=True)
 class Happening:
-    """Something that happened on the device, with what it changed."""
+    """A call, an order or a change of the marker file, with what it changed."""
     time: datetime.datetime
-    origin: str  # the word of the service that was called; "person" or "file"
+    origin: str  # the word of the called service, or "person" for an order, or "file"
     path: str  # of the object that was called, or of the file
-    method: str = ""  # or the order; empty for a file
+    method: str = ""  # the called method or the order; empty for a file
     arguments: tuple = ()
-    error: str = ""  # the name of the error that was the answer, or "silent"
+    error: str = ""  # the name of the error reply, or "silent" for no reply
     changes: tuple = ()  # rows of changes_between()
 
 
 class Device:
-    """The device, which is not on the bus until appear(). `changed` is run after each change,
+    """The device, which is on the bus from appear() on. `changed` is called after each change,
     `happened` with each Happening."""
 
     def __init__(self):
@@ -59,14 +59,14 @@ class Device:
             service.called = lambda call, word=word: self.report(word, call)
 
     def appear(self):
-        """Lets all services appear. Raises NameTaken."""
+        """Makes all services appear. Raises NameTaken."""
         for service in self.services.values():
             service.appear()
         self._reported = facts_of(self.state())
 
     def reset(self):
-        """Makes everything but the marker file what it was at the start, with services that have
-        just come up. Raises NameTaken."""
+        """Restores the state of the start, except the marker file, with services that have just
+        appeared. Raises NameTaken."""
         for service in self.services.values():
             service.leave()
         self._furnish()
@@ -81,15 +81,15 @@ class Device:
         return self.services[word]
 
     def set_present(self, word, is_present):
-        """Lets a service appear, or leave. Raises NameTaken, Refusal."""
+        """Makes a service appear or leave. Raises NameTaken, Refusal."""
         service = self.service(word)
         service.appear() if is_present else service.leave()
         self._tell()
 
     def set_fault(self, word, fault, seconds):
-        """Lets this go wrong with all calls of a service. Raises Refusal."""
+        """Applies a fault to all calls of a service. Raises Refusal."""
         service = self.service(word)
-        if not 0 <= seconds <= names.LONGEST_DELAY:  # which no other value than a number is
+        if not 0 <= seconds <= names.LONGEST_DELAY:  # refuses NaN too
             raise Refusal(f"a delay is {names.LONGEST_DELAY} seconds at most", names.UNKNOWN)
         if fault not in FAULTS:
             raise Refusal(f"there is no fault {quoted(fault)}", names.UNKNOWN)
@@ -106,7 +106,7 @@ class Device:
         self.services["runtime"].start(names.IDENTIFIERS[word])
 
     def state(self):
-        """All that can be seen of the device."""
+        """The state of the device as a tree of plain values."""
         of = self.services
         return {
             "camera": self._camera.is_there,
@@ -128,7 +128,7 @@ class Device:
         }
 
     def report(self, origin, call):
-        """Reports a call or an order, with all that has changed since the last report."""
+        """Reports a call or an order, with all changes since the last report."""
         is_silent = self._faults.get(origin) == "silent"
         self._report(origin, call.path, str(call.member), plain(call.arguments),
                      "silent" if is_silent else call.error)
@@ -149,7 +149,7 @@ class Device:
 
 
 def plain(value):
-    """What came over the bus, as JSON has it."""
+    """A D-Bus value as a plain value for JSON."""
     if isinstance(value, dict):
         return {str(key): plain(content) for key, content in value.items()}
     if isinstance(value, (list, tuple)):

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What can be asked about the device: facts, read out of its state."""
+"""Facts about the device, derived from its state; "expect" waits for them."""
 
 from dataclasses import dataclass
 
@@ -14,10 +14,10 @@ ON_OFF, YES_NO = ("on", "off"), ("yes", "no")
 @dataclass(frozen=True)
 class Row:
     """A kind of fact."""
-    values: tuple = ()  # what it can be; empty for a number
-    name: str = ""  # how the help calls the name of the thing it is about
-    names: tuple = ()  # the things it can be about; empty when any name will do
-    otherwise: str = ""  # what it is of a thing that the state does not mention
+    values: tuple = ()  # the possible values; empty for a number
+    name: str = ""  # what the help calls its name, if it has one
+    names: tuple = ()  # the possible names; empty when any name is allowed
+    otherwise: str = ""  # the value for a name that the state does not contain
 
 
 ROWS = {
@@ -38,7 +38,7 @@ ROWS = {
 
 
 def facts_of(state):
-    """What is so, by "WORD" or "WORD NAME"."""
+    """The values of all facts, by "WORD" or "WORD NAME"."""
     facts = {word: on_off(state[word]) for word in ("camera", "microphone", "tethering", "usb")}
     facts |= {"certified": "yes" if state["certified"] else "no",
               "events": str(state["eventCount"]), "remote-access": on_off(state["remoteAccess"])}
@@ -53,18 +53,18 @@ def facts_of(state):
 
 
 def value_of(facts, key):
-    """What the facts say of a key, mentioned there or not."""
+    """The value of a fact by its key, which `facts` need not contain."""
     return facts.get(key, ROWS[key.partition(" ")[0]].otherwise)
 
 
 def changes_between(before, now):
-    """What differs: rows of key, value before and value now."""
+    """The differences: rows of key, value before and value now."""
     rows = [(key, value_of(before, key), value_of(now, key)) for key in sorted({*before, *now})]
     return [row for row in rows if row[1] != row[2]]
 
 
 def check_expectation(arguments):
-    """Raises Failure unless this can be expected: a word, perhaps a name, and a value."""
+    """Raises Failure unless the words are a fact: a word, a name if it takes one, and a value."""
     if not arguments:
         return
     word = arguments[0]

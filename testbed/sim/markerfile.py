@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A file that comes and goes."""
+"""Watches whether a file exists."""
 
 import ctypes
 import os
@@ -14,8 +14,7 @@ C = ctypes.CDLL(None)
 
 
 class MarkerFile:
-    """Notices when a file comes and goes, even when its directory does not exist yet, and runs
-    `changed` then."""
+    """Calls `changed` when a file appears or disappears; its directory need not exist yet."""
 
     def __init__(self, path, changed):
         self.path = pathlib.Path(path)
@@ -33,8 +32,8 @@ class MarkerFile:
         return GLib.SOURCE_CONTINUE
 
     def _look(self):
-        # Watches before it looks, so that nothing is missed in between. A directory that is watched
-        # already stays so, and one that is not there is no matter.
+        # The watches are added before the look, so that no change is missed in between. Adding a
+        # watch again has no effect, and a missing directory is skipped.
         for directory in self.path.parents:
             C.inotify_add_watch(self._notices, os.fsencode(directory), COMES_OR_GOES)
         if self.is_there != self.path.exists():

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the device is made of, by the words that the command line has for it."""
+"""The parts of the device, by their words on the command line."""
 
-# Those that policies govern, and one that none does.
+# Applications that policies govern, and one that no policy governs.
 APPLICATIONS = ("org.kvt.camera", "org.kvt.cameralockscreen", "org.kvt.browserstandalone",
                 "org.kvt.browserpwa", "org.kvt.messages", "voicecall-ui", "org.kvt.clock")
 IDENTIFIERS = {name.rpartition(".")[2]: name for name in sorted(
@@ -22,17 +22,17 @@ SERVICES = {
 }
 USB_MODES = ("charging_only", "developer_mode", "mass_storage", "mtp_mode")
 FAULTS = ("error", "silent", "slow", "wrong-type")
-LONGEST_DELAY = 3600  # seconds that an answer can be late
+LONGEST_DELAY = 3600  # seconds by which an answer can be delayed
 MEDIA = ("usb", "card")
 CAMERA_MARKER = "/var/lib/govd/camera_enabled"
 
-# The object by which the device is seen and handled.
+# The object that controls the device.
 SERVICE = INTERFACE = "org.kvt.DeviceSimulator"
 PATH = "/org/kvt/DeviceSimulator"
-UNKNOWN = "org.kvt.DeviceSimulator.Error.Unknown"  # the order names what the device does not know
-REFUSED = "org.kvt.DeviceSimulator.Error.Refused"  # the device cannot do it as it is now
+UNKNOWN = "org.kvt.DeviceSimulator.Error.Unknown"  # the order has an unknown name
+REFUSED = "org.kvt.DeviceSimulator.Error.Refused"  # not possible in the device's present state
 
 
 def application_word(identifier):
-    """The word for an application; another one keeps its identifier."""
+    """The word for an application; its identifier when it has no word."""
     return identifier.rpartition(".")[2] if identifier in APPLICATIONS else identifier

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The two ways in which the program speaks: text for people, and JSON for programs.
+"""The two forms of the output: text for people, and JSON for programs.
 
 In JSON, standard output holds one document on each line and nothing else, failures included. As
 text, results go to standard output and failures to standard error. Everything is UTF-8, whatever
-the locale. A reader that has gone is no error.
+the locale. A reader that has closed the pipe is no error.
 """
 
 import json
@@ -22,10 +22,10 @@ GOOD, BAD, FAINT, STRONG = "32", "31", "2", "1"  # the terminal's codes
 
 @dataclass
 class Failure(Exception):
-    """Why a verb could not do what it was asked."""
+    """The reason why a verb failed."""
     code: int  # of the program's exit
     name: str  # for programs
-    message: str  # one line for people, which says what to do
+    message: str  # one line for people, with what they can do
     nearest: tuple = ()  # known names that look like the unknown one
 
     def text(self):
@@ -43,17 +43,17 @@ class Output:
 
     def __init__(self, is_json, verb):
         self.is_json = is_json
-        self.is_open = True  # False once a reader has gone or a write has failed
+        self.is_open = True  # False once a reader has closed the pipe or a write has failed
         self.has_failed = False
         self._verb = verb
         self._has_colours = not is_json and can_be_steered() and not os.environ.get("NO_COLOR")
 
     def write(self, result, text):
-        """Writes a result: an object for programs, a text for people."""
+        """Writes a result: the object with --json, otherwise the text."""
         self._print(self._document(DONE, result=result) if self.is_json else text)
 
     def fail(self, failure):
-        """Writes why there is no result."""
+        """Writes a failure."""
         if self.is_json:
             self._print(self._document(failure.code, error=failure.json()))
         else:
@@ -75,20 +75,20 @@ class Output:
             return
         fault = write(1, text.encode(errors="replace"))
         self.is_open = fault is None
-        # Once the reader has gone, there is nobody to tell anything, not even that it has gone.
+        # A closed pipe (EPIPE) is not reported: its reader needs no more output.
         if fault and not isinstance(fault, BrokenPipeError):
             self.has_failed = True
             self.note(f"cannot write the result ({fault.strerror}); check where the output goes")
 
 
 def as_json(value):
-    """A value as JSON, in as few letters as possible."""
+    """A value as compact JSON."""
     return json.dumps(value, sort_keys=True, separators=(",", ":"), ensure_ascii=False)
 
 
 def write(descriptor, data):
-    """Writes without a buffer, so that each result reaches its reader at once and no way to end the
-    program loses one. Gives the OSError when that fails."""
+    """Writes without a buffer, so that each result reaches its reader at once and none is lost
+    however the program ends. Returns the OSError when that fails."""
     while data:
         try:
             data = data[os.write(descriptor, data):]
@@ -100,5 +100,5 @@ def write(descriptor, data):
 
 
 def can_be_steered():
-    """Whether standard output is a terminal that may be steered."""
+    """Whether standard output is a terminal that understands control sequences."""
     return os.isatty(1) and os.environ.get("TERM") != "dumb"

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What a person plugs into the device and pulls out, known by its label."""
+"""Removable media, known by their labels."""
 
 import itertools
 
@@ -9,7 +9,7 @@ from testbed.services.storage import Block, Drive
 from testbed.sim import names
 from testbed.sim.text import printable, quoted
 
-# By the kind of the medium: the bus of its drive, its label, and the beginning of the drive's name.
+# By the kind of the medium: the bus of its drive, its label, and the prefix of the drive's name.
 KINDS = {"usb": ("usb", "STICK", "usb"), "card": ("sdio", "CARD", "mmcblk")}
 
 
@@ -21,7 +21,7 @@ class Ports:
         self._storage.mounts_at_once = True
 
     def plug(self, kind, label):
-        """Plugs a medium in, which gets a free label if it has none. Its label."""
+        """Plugs a medium in, by default with a free label. Returns its label."""
         if kind not in KINDS:
             raise Refusal(f"there is no port for {quoted(kind)}", names.UNKNOWN)
         if label in (".", "..") or "/" in label or printable(label) != label:
@@ -39,7 +39,7 @@ class Ports:
         return label
 
     def unplug(self, label):
-        """Pulls a medium out; without a label the only one that is plugged in. Its label."""
+        """Pulls a medium out, by default the only one. Returns its label."""
         labels = self._labels()
         if not label and len(labels) != 1:
             raise Refusal(f"say which one to unplug: {', '.join(labels)}" if labels
@@ -53,7 +53,7 @@ class Ports:
         return wanted
 
     def media(self):
-        """All that is plugged in: rows of kind, label, and where it is mounted, empty for not."""
+        """The plugged media: rows of kind, label and mount point, which is empty if unmounted."""
         kinds = {bus: kind for kind, (bus, _, _) in KINDS.items()}
         return [(kinds[self._storage.drives[block.drive].bus], block.label,
                  block.mount_points[0] if block.mount_points else "")
@@ -64,5 +64,5 @@ class Ports:
 
 
 def first_free(taken, candidates):
-    """The first of the candidates that is not taken."""
+    """The first of the candidates that is not in use."""
     return next(candidate for candidate in candidates if candidate not in taken)

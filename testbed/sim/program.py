@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The program, from its command line to its exit code."""
+"""The main function of govd-sim."""
 
 import os
 import signal
@@ -12,7 +12,7 @@ from testbed.sim.verbs import VERBS
 
 
 def main(version):
-    """Does what the command line asks for, and ends the process."""
+    """Runs the verb of the command line, and ends the process."""
     occupy_standard_descriptors()
     signal.signal(signal.SIGINT, signal.SIG_DFL)
     words = [os.fsencode(word).decode(errors="replace") for word in sys.argv[1:]]
@@ -35,8 +35,8 @@ def main(version):
 
 
 def occupy_standard_descriptors():
-    """Fills the places of closed standard descriptors. Otherwise a connection to the bus could take
-    one, and what is printed would be written into it."""
+    """Opens /dev/null on closed standard descriptors. Otherwise the connection to the bus could get
+    one of these numbers, and the output would be written into it."""
     for descriptor in range(3):
         try:
             os.fstat(descriptor)

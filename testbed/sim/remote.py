@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The device that runs on the bus, as another process sees and handles it."""
+"""A client of the device that runs on the bus."""
 
 import collections
 import json
@@ -20,7 +20,7 @@ PROPERTIES = DBusAddress(names.PATH, names.SERVICE, "org.freedesktop.DBus.Proper
 RULES = (f"type='signal',sender='{names.SERVICE}',path='{names.PATH}',member='PropertiesChanged'",
          f"type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
          f"arg0='{names.SERVICE}'")
-PATIENCE = 1.0  # seconds for the bus to say who has a name
+PATIENCE = 1.0  # seconds for the bus to tell the owner of a name
 NO_DEVICE_THERE = Failure(
     NO_DEVICE, "no-device",
     'no device is on the system bus; run "govd-sim device" in another terminal')
@@ -32,7 +32,7 @@ BAD_ANSWER = Failure(
 
 
 def silence(who, timeout):
-    """The failure that somebody does not answer."""
+    """The failure that the bus or the device does not answer."""
     return Failure(NO_ANSWER, "no-answer", f"no answer within {timeout:g} s; check that {who} is "
                    "not stopped, or wait longer with --timeout")
 
@@ -54,8 +54,8 @@ def connect(timeout):
 
 
 class RemoteDevice:
-    """Connects to the bus. That and all answers together have to come before `timeout` seconds are
-    over. All methods raise Failure."""
+    """Connects to the bus. The connection and all answers together may take `timeout` seconds. All
+    methods raise Failure."""
 
     def __init__(self, timeout):
         self.end = time.monotonic() + timeout
@@ -65,7 +65,7 @@ class RemoteDevice:
         self._connection.filter(MatchRule(type="signal"), queue=self._heard)
 
     def state(self):
-        """All that can be seen of the device."""
+        """The state of the device."""
         body = self._ask(new_method_call(PROPERTIES, "Get", "ss", (names.INTERFACE, "State")))
         try:
             state = json.loads(body[0][1])
@@ -76,11 +76,11 @@ class RemoteDevice:
         return state
 
     def order(self, method, signature, arguments):
-        """Calls a method of the control object. The answer's values."""
+        """Calls a method of the control object. Returns the values of the reply."""
         return self._ask(new_method_call(DEVICE, method, signature, arguments))
 
     def is_there(self):
-        """Whether there is a device."""
+        """Whether a device is on the bus."""
         return self._ask(new_method_call(BUS, "NameHasOwner", "s", (names.SERVICE,)))[0]
 
     def fileno(self):
@@ -88,12 +88,12 @@ class RemoteDevice:
         return self._connection.sock.fileno()
 
     def follow(self):
-        """From now on notes changes. To be called before state(), so that none is missed."""
+        """Subscribes to changes. To be called before state(), so that none is missed."""
         for rule in RULES:
             self._ask(new_method_call(BUS, "AddMatch", "s", (rule,)))
 
     def changes(self, end=None):
-        """Gives each new state as it comes, up to this time of the clock."""
+        """Yields each new state as it is announced, until `end` of the monotonic clock."""
         while True:
             left = None if end is None else max(0, end - time.monotonic())
             try:
@@ -128,7 +128,7 @@ class RemoteDevice:
             return Failure(USAGE, "unknown", text)
         if name == names.REFUSED:
             return Failure(REFUSED, "refused", text)
-        if name == "org.freedesktop.DBus.Error.NoReply":  # which the bus also says of who has left
+        if name == "org.freedesktop.DBus.Error.NoReply":  # sent also when the device has left
             return self._silence()
         if name == "org.freedesktop.DBus.Error.ServiceUnknown":
             return NO_DEVICE_THERE

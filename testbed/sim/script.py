@@ -16,7 +16,7 @@ WORD = re.compile(r'(?:[^\s"]|"[^"]*")+')
 
 @dataclass(frozen=True)
 class Line:
-    """A line that does something."""
+    """A line with a verb; comments and empty lines are skipped."""
     number: int
     text: str
     words: list  # without the name of this program; "govctl" stays
@@ -44,7 +44,7 @@ def read_script(path, verbs):
 
 def read_line(number, text, verbs):
     """A line of a script. Raises Failure."""
-    # A quotation that does not end would end with the line, unnoticed.
+    # WORD alone would accept an open quote, up to the end of the line.
     if text.count('"') % 2:
         raise usage("a quotation mark is missing")
     words = [word for word in (word.replace('"', "") for word in WORD.findall(text)) if word]
@@ -59,7 +59,7 @@ def read_line(number, text, verbs):
 
 
 def at_line(path, number, text, failure):
-    """The failure of a line, with its place in front."""
+    """The failure with the line's place in front of its message."""
     place = f'{printable(path)}, line {number}, "{printable(text)}"'
     return dataclasses.replace(failure, message=f"{place}: {failure.message}")
 
@@ -77,7 +77,7 @@ def run_script(request, output, verbs):
 
 
 def run_line(line, script):
-    """Runs a line with the options of its script, unless it has its own. Raises Failure."""
+    """Runs a line with the script's options, which its own options override. Raises Failure."""
     if line.request is None:
         run_govctl(line, script)
         return
@@ -88,7 +88,7 @@ def run_line(line, script):
 
 
 def run_govctl(line, script):
-    """Runs a line of govctl; its own options come later than those of the script, and win."""
+    """Runs a line of govctl; its own options stand after the script's, so they override them."""
     options = ["--json"] if script.is_json else []
     if "timeout" in script.options:
         options += ["--timeout", script.options["timeout"]]

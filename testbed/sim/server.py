@@ -16,7 +16,8 @@ from testbed.sim.view import call_line, call_object
 
 
 def serve(request, output):
-    """Runs a device until it is interrupted, or nobody can see it any more. Raises Failure."""
+    """Runs a device until a signal ends it, its output is closed or the bus is lost. Raises
+    Failure."""
     connection = RemoteDevice(request.timeout)
     if connection.is_there():
         raise Failure(REFUSED, "refused",

@@ -28,28 +28,28 @@ ORDERS = {  # by verb: the method, the signature of its arguments, and these
 
 def run_device(request, output):
     """Runs a device. Raises Failure."""
-    # What a device needs takes longer to import than the other verbs take.
+    # Imported here, because these modules take longer to load than the other verbs take to run.
     from testbed.sim.server import serve  # pylint: disable=import-outside-toplevel
     serve(request, output)
 
 
 def order(request, output):
-    """Has the device do something. Raises Failure."""
+    """Sends an order to the device. Raises Failure."""
     device = RemoteDevice(request.timeout)
     method, signature, arguments = ORDERS[request.verb.name]
     try:
         answer = device.order(method, signature, tuple(arguments(request)))
     except Failure as failure:
-        # Labels are known to the device alone: it is asked for those that look like an unknown one.
+        # Only the device knows the labels: those nearest to an unknown one are asked from it.
         if request.verb.name == "unplug" and failure.code == USAGE and request.arguments:
             failure.nearest = nearest(request.arguments[0], labels(device))
         raise
-    # What has a label of its own is told, because it may have been chosen for the person.
+    # The label is printed, because the device may have chosen it.
     output.write({"label": answer[0]} if answer else {}, f"{answer[0]}\n" if answer else "")
 
 
 def labels(device):
-    """The labels of what is plugged in; none when the device does not say."""
+    """The labels of the plugged media; none when the device does not answer."""
     try:
         return [medium["label"] for medium in device.state()["storage"]]
     except Failure:
@@ -57,10 +57,10 @@ def labels(device):
 
 
 def show_status(request, output):
-    """Draws the state, each new one too when that is asked for. Raises Failure."""
+    """Prints the state, with --watch each new one too. Raises Failure."""
     def show(state):
         text = view.status(state, output)
-        # A terminal shows one state at a time; a file, one below the other.
+        # On a terminal each state replaces the last one; in a file it follows.
         output.write(state, view.screen(text) if steers else text)
 
     device = RemoteDevice(request.timeout)
@@ -83,7 +83,7 @@ def list_services(request, output):
 
 
 def expect(request, output):
-    """Waits until something is so. Raises Failure."""
+    """Waits until a fact has a value. Raises Failure."""
     *words, value = request.arguments
     key = " ".join(words)
     device = RemoteDevice(request.timeout)
@@ -99,7 +99,7 @@ def expect(request, output):
 
 
 def check_fault(arguments):
-    """Raises Failure unless this can go wrong with a service."""
+    """Raises Failure unless the words are a service and a fault."""
     if arguments[1:2] == ["slow"]:
         seconds("slow", "".join(arguments[2:3]), 0, names.LONGEST_DELAY)
     elif len(arguments) > 2:
@@ -112,8 +112,8 @@ def run(request, output):
 
 
 def complete(request, output):
-    """Tells what can follow. A device that is not there has no labels to offer, and nobody to
-    complain to."""
+    """Prints the completions. Without a device there are no labels; a completion reports no
+    failure."""
     def known_labels():
         try:
             return labels(RemoteDevice(request.timeout))

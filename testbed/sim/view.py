@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The device as people see it: its state on one screen, its services, and a line for each call."""
+"""Text forms of the device: its state on one screen, its services, and a line for each call."""
 
 import os
 import re
@@ -13,7 +13,7 @@ from testbed.sim.text import on_off, printable
 
 
 def status(state, output):
-    """The state of the device, drawn on one screen."""
+    """The state of the device as text for one screen."""
     def switch(key):
         return output.paint(GOOD if state[key] else BAD, on_off(state[key]))
 
@@ -38,14 +38,14 @@ def status(state, output):
 
 
 def medium_line(medium, output):
-    """What is plugged in, on one line."""
+    """A medium, on one line."""
     place = (output.paint(GOOD, f"mounted at {medium['mountPoint']}") if medium["mounted"]
              else output.paint(BAD, "not mounted"))
     return f"{medium['label']} ({medium['kind']}), {place}"
 
 
 def service_state(service, output):
-    """How a service fares."""
+    """The state of a service: it runs, is stopped, or has a fault."""
     if not service["present"]:
         return output.paint(BAD, "stopped")
     if service["fault"] != "none":
@@ -54,7 +54,7 @@ def service_state(service, output):
 
 
 def faulty_services(services, output):
-    """The services that do not simply run."""
+    """The services that are stopped or have a fault."""
     return ", ".join(f"{service['word']} {service_state(service, output)}" for service in services
                      if not service["present"] or service["fault"] != "none"
                      ) or output.paint(GOOD, "all run")
@@ -68,7 +68,7 @@ def service_list(state, output):
 
 
 def call_line(happening, output):
-    """What happened on the device, on one line."""
+    """A Happening, on one line."""
     what = happening.path if happening.origin == "file" else (
         f"{happening.method}({printable(as_json(happening.arguments)[1:-1])})")
     outcome = [output.paint(BAD, happening.error.rpartition(".")[2])] if happening.error else []
@@ -81,7 +81,7 @@ def call_line(happening, output):
 
 
 def call_object(happening):
-    """The same for programs."""
+    """A Happening as an object for JSON."""
     time = happening.time.isoformat(timespec="milliseconds").replace("+00:00", "Z")
     return {"time": time, "origin": happening.origin, "path": happening.path,
             "method": happening.method or None, "arguments": list(happening.arguments),
@@ -91,7 +91,7 @@ def call_object(happening):
 
 
 def screen(text):
-    """A terminal's screen that shows as much of a text as it has place for."""
+    """Clears the terminal and shows as much of a text as fits on it."""
     try:
         columns, rows = os.get_terminal_size(1)
     except OSError:
@@ -105,11 +105,11 @@ def screen(text):
 
 
 def clipped(line, columns):
-    """The first letters of a line, and all its colours, which take no place."""
+    """The line cut to so many columns, with all its colour codes, which have no width."""
     result = ""
     for part in re.split(r"(\033\[\d+m)", line):
-        for letter in part if not part.startswith("\033") else [part]:
-            columns -= letter[0] != "\033" and not unicodedata.category(letter[0]).startswith("M")
-            if letter[0] == "\033" or columns >= 0:
-                result += letter
+        for piece in part if not part.startswith("\033") else [part]:
+            columns -= piece[0] != "\033" and not unicodedata.category(piece[0]).startswith("M")
+            if piece[0] == "\033" or columns >= 0:
+                result += piece
     return result

@@ -12,7 +12,7 @@ from testbed.simulator import Sim, do, run, shell
 
 EXAMPLES = pathlib.Path("/usr/share/govd-sim/examples")
 NAMES = ["browser-killed", "camera-ban", "failing-service", "service-comes-back",
-         "stick-thrown-out"]
+         "stick-unmounted"]
 
 
 @pytest.fixture
