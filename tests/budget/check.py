@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Compares what the installed daemon takes with what it may take; runs in the sandbox.
+"""Compares the installed daemon's costs with their limits; runs in the sandbox.
 
 check.py BUDGET PROGRAMS: fails when a quantity exceeds its limit, and when there is a limit without
 a quantity or a quantity without a limit.
@@ -39,14 +39,14 @@ def limits(path):
 
 
 def read_all(listener):
-    """Reads what comes to a socket, without end."""
+    """Reads all datagrams of a socket, without end."""
     while True:
         listener.recv(1 << 16)
 
 
 @contextlib.contextmanager
 def journal():
-    """A journal for a daemon that starts meanwhile."""
+    """Provides the journal's socket to a daemon that starts in this context."""
     JOURNAL.parent.mkdir(parents=True, exist_ok=True)
     with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as listener:
         listener.bind(str(JOURNAL))
@@ -90,7 +90,7 @@ def quantities(programs):
 
 
 def complaints(budget, programs):
-    """Prints each quantity; yields what is wrong."""
+    """Prints each quantity; yields the deviations."""
     taken = dict(quantities(programs))
     for name in sorted(budget.keys() | taken.keys()):
         value, limit = taken.get(name), budget.get(name)

@@ -51,7 +51,7 @@ void Attempt::appendKey(Choices &choices)
     static const QList<QByteArray> known = GoodKeys + BadKeys;
     const bool isKnown = choices.below(2) == 0;
     const QByteArray text = isKnown ? choices.among(known) : choices.text();
-    key = text.constData(); // as far as the bus reads it
+    key = text.constData(); // the bus library reads up to a NUL
     if (sd_bus_message_append(message.get(), "s", key.constData()) >= 0)
         return;
     key.clear(); // the bus takes UTF-8 only

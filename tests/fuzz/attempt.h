@@ -14,8 +14,7 @@ struct Member
     const char *arguments; ///< their signatures
 };
 
-/// A call of a member with arguments of whatever types, and what it asks for if they are the right
-/// ones.
+/// A call of a member with arguments of any types, and what it asks for if the types are right.
 class Attempt
 {
 public:
@@ -28,7 +27,7 @@ public:
     bool isOfSwitch() const { return qstrcmp(member.interface, "Switch") == 0; }
     bool isWrite() const { return qstrcmp(member.arguments, "sv") == 0; }
 
-    /// Fills in what is written. A message can only be read when it has been sent.
+    /// Fills in the written value. It reads the message, which is possible only after sending.
     void readValue();
 
     const Member member;

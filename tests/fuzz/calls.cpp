@@ -47,7 +47,7 @@ void installPlugin()
             "the plugin cannot be installed");
 }
 
-/// Writes that a series begins with, so that it finds what every other series has found.
+/// Makes one of the writes that bring the daemon into the same state before each series.
 void write(const char *interface, const QByteArray &key, const char *signature)
 {
     const Message message = device->call(interface, "SetKeyValue");
@@ -73,7 +73,7 @@ void begin(const Record &initial)
     device->forget();
 }
 
-/// Whether the daemon has to take a fitting write; nothing when the key file decides.
+/// Whether the daemon has to accept a fitting write; nothing when that depends on the key file.
 std::optional<bool> acceptance(const Attempt &attempt)
 {
     if (attempt.isOfSwitch())
@@ -96,7 +96,7 @@ QByteArray describe(const Message &reply)
     return reply ? RandomValue::describe(reply.get()) : "nothing";
 }
 
-/// Checks what an accepted write of a policy has announced, and remembers what is stored now.
+/// Checks the announcements of an accepted write of a policy, and saves the new stored value.
 void followPolicy(const Attempt &attempt)
 {
     const std::optional<Model::Policy> before = model.policy(attempt.key);
@@ -119,7 +119,7 @@ void followSwitch(const Attempt &attempt)
     model.setSwitch(attempt.key, attempt.reading);
 }
 
-/// Checks that the questions that matter after a call about @p key are answered as the model says.
+/// Checks the replies to reads of @p key, after a call about it, against the model.
 void checkReadings(const QByteArray &key)
 {
     std::vector<Message> questions;
@@ -146,7 +146,7 @@ void checkReadings(const QByteArray &key)
 /// Checks the reply to a fitting call that is no write.
 void checkAnswer(const Attempt &attempt, const Message &reply)
 {
-    // In whatever order the switches are.
+    // The order of switches is not defined.
     static const QByteArray switches = "as<s63616d657261 s726164696f >";
     static const QByteArray others = "as<s726164696f s63616d657261 >";
     const QByteArray answer = describe(reply);
@@ -215,8 +215,8 @@ void checkNews(const Attempt &attempt, Outcome outcome)
     }
 }
 
-/// Whether nobody will ever answer. The bus has its limit for those who wait, so that such a
-/// question is not put.
+/// Whether the daemon will never reply. Such a call is not made: the bus limits the number of calls
+/// without a reply.
 bool hasNoAnswer(const Attempt &attempt)
 {
     const bool isPolicyQuestion = attempt.isFitting && !attempt.isWrite() && !attempt.isOfSwitch();
@@ -250,8 +250,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     qInstallMessageHandler(ignoreMessage);
     installPlugin();
     {
-        const __lsan::ScopedDisabler
-            disabler; // the loader of the plugin is never freed, on purpose
+        const __lsan::ScopedDisabler disabler; // the plugin's loader is never freed, by design
         device = new Device;
     }
     for (const QByteArray &key : Attempt::GoodKeys + QList<QByteArray>{"BluetoothEnabled"}) {

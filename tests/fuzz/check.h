@@ -23,7 +23,7 @@ inline void requireDone(int result, const char *what)
     require(result >= 0, QByteArray(what) + ": error " + QByteArray::number(-result));
 }
 
-/// For qInstallMessageHandler(): what is refused is logged, and nearly everything is refused.
+/// For qInstallMessageHandler(): drops the log, as the daemon logs each of the many refused values.
 inline void ignoreMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     require(type != QtFatalMsg, "fatal message: " + text.toUtf8());

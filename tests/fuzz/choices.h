@@ -10,7 +10,7 @@
 #include <cstring>
 
 /// The bytes of an input, read from the front as decisions, so that a person can write an input
-/// with an editor. When they are used up, every further decision is the first one.
+/// with an editor. After the last byte, every decision is the first choice.
 class Choices
 {
 public:
@@ -26,7 +26,7 @@ public:
     /// A number below @p count.
     int below(int count) { return byte() % count; }
 
-    /// A byte that stands for itself if it is among @p letters, and for some letter of them if not.
+    /// The next byte if it is one of @p letters, otherwise one of them chosen by its number.
     char letter(const char *letters)
     {
         const unsigned char chosen = byte();
@@ -35,7 +35,7 @@ public:
         return letters[chosen % std::strlen(letters)];
     }
 
-    /// As many bytes as the next one says, at most 63.
+    /// A text whose length, at most 63, is the next byte.
     QByteArray text()
     {
         const int size = below(64);

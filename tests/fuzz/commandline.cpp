@@ -21,7 +21,7 @@
 
 namespace {
 
-/// Verbs that ask nobody, so that they can run to their end a thousand times a second.
+/// Verbs that make no call, so that they run to their end quickly.
 const QStringList Quick{QStringLiteral("complete"), QStringLiteral("can")};
 
 /// The verb of a line that names none.
@@ -61,7 +61,7 @@ void checkArgument(const Argument &argument, const QString &text)
     }
 }
 
-/// A line that was understood names nothing but what there is.
+/// Checks that the names in an accepted line exist.
 void checkRequest(const Request &request, const QStringList &line)
 {
     const QStringList words = request.verb->name.split(QLatin1Char(' '));

@@ -42,7 +42,7 @@ Message Device::question(const char *interface, const QByteArray &key)
 
 std::vector<Message> Device::exchange(const std::vector<const Message *> &calls)
 {
-    // Shared with the replies that are still to come when this has returned.
+    // Shared with the replies that arrive after this has returned.
     const auto replies = std::make_shared<std::vector<Message>>(calls.size());
     for (std::size_t i = 0; i < calls.size(); ++i) {
         m_peer.send(*calls.at(i),

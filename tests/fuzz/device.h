@@ -8,8 +8,8 @@
 
 #include <vector>
 
-/// The daemon in this process, on the bus, and outside its code a client, which is root, and the
-/// log service.
+/// The daemon in this process, on the bus, with a client that is root and with the log service,
+/// which share no code with it.
 class Device
 {
 public:
@@ -20,11 +20,11 @@ public:
     /// A call of the daemon's interface @p interface ("Policy" or "Switch"), without arguments yet.
     Message call(const char *interface, const char *member);
 
-    /// The question for the value of @p key.
+    /// The call that reads @p key.
     Message question(const char *interface, const QByteArray &key);
 
-    /// Sends @p calls at once and waits for the last reply. The replies, errors too, in the order
-    /// of the calls; null for a call that has not been answered by then.
+    /// Sends @p calls at once and waits for the last reply. Returns the replies, errors too, in the
+    /// order of the calls; null for a call that has not been answered by then.
     std::vector<Message> exchange(const std::vector<const Message *> &calls);
 
     /// The texts of the audit events since forget().

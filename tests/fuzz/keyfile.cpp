@@ -56,7 +56,7 @@ Content contentOf(const QByteArray &bytes)
     return content;
 }
 
-/// The rule for keys, in words of its own.
+/// The rule for keys, written independently of the daemon's.
 bool isGoodKey(const QString &key, const QByteArray &firstGroup)
 {
     const auto isBad = [](QChar each) {
@@ -83,7 +83,7 @@ QByteArray read()
     return file.readAll();
 }
 
-/// Reading must give what GLib finds, whatever GLib makes of the file.
+/// The daemon must read what GLib reads from the file.
 void checkReading(const Content &content)
 {
     KeyFile file;
@@ -94,7 +94,7 @@ void checkReading(const Content &content)
             continue; // a key that is no UTF-8, or several that look alike then
         const auto entry = content.entries.find({Group, key.toUtf8()});
         if (entry == content.entries.end())
-            continue; // of a file that breaks off
+            continue; // of a truncated file
         const QByteArray text = entry->second.trimmed();
         require(text == (value ? "true" : "false") || text == (value ? "1" : "0"),
                 "another value was read than stands there");

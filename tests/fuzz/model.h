@@ -8,8 +8,8 @@
 
 #include <optional>
 
-/// What the daemon has to hold and tell, worked out without its code, with two access switches:
-/// "camera" governs one policy, "radio" two. Values are as RandomValue describes them.
+/// The expected values of the daemon, computed without its code, with two access switches: "camera"
+/// governs one policy, "radio" two. Values have the form of RandomValue::described().
 class Model
 {
 public:
@@ -27,7 +27,7 @@ public:
     bool isOn(const QByteArray &key) const { return m_switches.value(key); }
     void setSwitch(const QByteArray &key, bool value) { m_switches.insert(key, value); }
 
-    /// The answers to the questions about @p key; nothing when there is none.
+    /// The replies to reads of @p key; empty where none comes.
     std::optional<QByteArray> policyAnswer(const QByteArray &key) const;
     QByteArray switchAnswer(const QByteArray &key) const;
     static QByteArray typesAnswer(const QByteArray &key);

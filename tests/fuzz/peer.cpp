@@ -17,8 +17,8 @@ constexpr int Deadline = 20000;
 
 using Taker = std::function<void(Message)>;
 
-/// Holds back the alarm by which the fuzzer looks for inputs that take too long: the bus library
-/// gives up when a signal interrupts its wait for the bus.
+/// Blocks SIGALRM, which the fuzzer uses for its time limit: the bus library fails when a signal
+/// interrupts its wait for the bus.
 class Undisturbed
 {
 public:

@@ -17,8 +17,8 @@ struct MessageDeleter
 
 using Message = std::unique_ptr<sd_bus_message, MessageDeleter>;
 
-/// A connection to the system bus that can send anything that the bus lets through. It shares the
-/// thread, but no code, with what is tested.
+/// A connection to the system bus that can send any message that the bus accepts. It shares the
+/// thread, but no code, with the tested program.
 class Peer : public QObject
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ public:
 
     sd_bus *bus() const { return m_bus; }
 
-    /// Owns @p name, at the latest when its owner of now has left the bus.
+    /// Owns @p name; if it has an owner, as soon as that one has left the bus.
     void takeName(const char *name);
 
     /// A call, a signal or a reply, still without its content.
@@ -37,13 +37,13 @@ public:
     Message signal(const char *path, const char *interface, const char *member);
     static Message reply(sd_bus_message *call);
 
-    /// Sends @p message and waits for nothing.
+    /// Sends @p message without waiting for a reply.
     void send(const Message &message);
 
-    /// Sends the call @p message and hands its reply, an error too, to @p take when it comes.
+    /// Sends the call @p message; passes its reply, an error too, to @p take when it comes.
     void send(const Message &message, const std::function<void(Message)> &take);
 
-    /// Has @p take see every call and signal that arrives; the calls it answers itself.
+    /// Passes every call and signal that arrives to @p take, which replies to calls itself.
     void listen(const std::function<void(sd_bus_message *)> &take) { m_listener = take; }
 
     /// Runs the event loop until @p condition holds; ends the process if that takes too long.

@@ -13,7 +13,7 @@ namespace {
 constexpr char Basic[] = "ybnqiuxtdsog";
 constexpr char Any[] = "ybnqiuxtdsogva(h";
 constexpr char AnyDeeper[] = "ybnqiuxtdsogva(";
-constexpr int DeepestDescriptor = 1; ///< the bus cuts off who sends more than 16 of them
+constexpr int DeepestDescriptor = 1; ///< the bus disconnects a client that sends more than 16
 constexpr int Deepest = 12; ///< of a signature; variants make values deeper
 constexpr int Longest = 80; ///< three of them fit into the 255 letters of a message's signature
 constexpr int DeepestVariant = 4;
@@ -107,7 +107,7 @@ private:
         requireDone(sd_bus_message_close_container(m_message), "close");
     }
 
-    /// Who gives texts to choose from reads properties: types that these often have come often.
+    /// Known texts are given for properties, whose usual types are then chosen more often.
     QByteArray contentOfVariant(int depth)
     {
         if (depth == DeepestVariant)
@@ -175,7 +175,7 @@ QByteArray describeBasic(sd_bus_message *message, char type)
     }
     quint64 bits = 0;
     requireDone(sd_bus_message_read_basic(message, type, &bits), "read");
-    // The number of a file descriptor is another one for each process.
+    // A file descriptor has another number in each process.
     return type == 'h' ? QByteArray("fd") : QByteArray::number(bits, 16);
 }
 

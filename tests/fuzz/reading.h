@@ -7,7 +7,7 @@
 
 #include <systemd/sd-bus.h>
 
-/// What the daemon has to make of a D-Bus value, worked out without its code.
+/// The expected reading of a D-Bus value, computed without the daemon's code.
 namespace Reading {
 
 /// Enters the variant at which @p message stands.

@@ -20,7 +20,7 @@ struct Record
             content = file.readAll();
     }
 
-    /// The same content, and nobody has written it again.
+    /// The same content, and not written in between.
     bool operator==(const Record &other) const
     {
         return content == other.content && written == other.written;

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// A storage service that answers and signals anything, before the partition manager.
+// The partition manager, with a storage service that sends any replies and signals.
 //
-// An input is a number of lives of the service: what it lists, then its signals; see Choices.
+// An input is a number of lives of the service, each with a listing and then signals; see Choices.
 #include "tests/fuzz/check.h"
 #include "tests/fuzz/peer.h"
 #include "tests/fuzz/randomvalue.h"
@@ -67,7 +67,7 @@ Life::Life(Choices &choices)
     : m_choices(choices)
 {
     m_peer.listen([this](sd_bus_message *message) { answer(message); });
-    // The bus may not have noticed yet that the life before is over.
+    // The bus may still give the name to the previous connection.
     m_peer.takeName(Service);
     Peer::waitFor([this] { return m_isListed; }, "the manager to ask what there is");
 }

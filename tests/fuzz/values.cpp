@@ -33,7 +33,7 @@ Message change(const QByteArray &key, const QByteArray &signature, Choices &choi
     return message;
 }
 
-/// Structures are equal to nothing, not even to each other: this is always a change.
+/// Structures are never equal, not even to each other, so this is always a change.
 Message changeToStructure(const QByteArray &key)
 {
     Message message = device->call("Policy", "SetKeyValue");

@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Changes of one thing in a source file, each of which some test has to notice."""
+"""Makes mutants of a source file: single changes, each of which should make a test fail."""
 
 import re
 from dataclasses import dataclass
 
-# What stands in a line, and what takes its place.
+# Patterns in a line, and their replacements.
 REPLACEMENTS = (
     (r" == ", " != "), (r" != ", " == "), (r" < ", " >= "), (r" > ", " <= "), (r" <= ", " > "),
     (r" >= ", " < "), (r" && ", " || "), (r" \|\| ", " && "), (r"(?<=[( ])!(?=[a-zA-Z_:(])", ""),

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 //
-// The library of partitions, for tests that look at it from outside. Each line of the input is a
-// command, a JSON array of its name, the number of a manager, which is made when it is new, and
-// arguments; a line of JSON answers it, with lines about announcements in between.
+// Runs the library of partitions for tests from outside. Each line of the input is a command: a
+// JSON array of its name, the number of a manager, which is made when it is new, and arguments. A
+// line of JSON answers it, with lines about announcements in between.
 #include <systemsettings/partitionmanager.h>
 
 #include <QCoreApplication>
@@ -23,7 +23,7 @@ namespace {
 
 QHash<QString, Partition> known; ///< by object path, as listed or announced last
 
-enum { Bare, Application, Loop } stage = Bare; ///< what there is, besides managers
+enum { Bare, Application, Loop } stage = Bare; ///< the objects beside the managers
 
 void print(const QString &key, const QJsonValue &value, int number)
 {
@@ -42,7 +42,7 @@ QJsonObject describe(const Partition &partition)
             {QStringLiteral("status"), partition.status()}};
 }
 
-/// A manager that tells what it announces.
+/// A manager whose announcements are printed.
 struct Manager
 {
     explicit Manager(int number)
@@ -57,10 +57,10 @@ struct Manager
     }
 
     PartitionManager manager;
-    bool isUnmounting = false; ///< at once what it announces as mounted
+    bool isUnmounting = false; ///< unmounts at once what it announces as mounted
 };
 
-/// By their numbers. Those that are left at the end outlive the application object.
+/// The managers by number. Those that exist at the end outlive the application object.
 std::map<int, Manager> managers;
 const bool isFirstOlderThanMain = managers.try_emplace(0, 0).second;
 

@@ -37,8 +37,8 @@ void PartitionStandIn::forget()
     orders.clear();
 }
 
-// The members of the library's class, of which the executable's definitions go before the
-// library's.
+// The members of the library's class: definitions in the executable take precedence over those in
+// the library.
 
 struct PartitionManagerPrivate
 {

@@ -9,18 +9,18 @@
 
 #include <optional>
 
-/// Takes the place of the library's partition managers in a test that is linked with it: there are
-/// whatever partitions the test likes, and what the managers are asked to do is noted down.
+/// Replaces the library's partition managers in a test that is linked with it: they show the
+/// partitions of the test and record what they are asked.
 struct PartitionStandIn
 {
-    /// The one and only: every manager shows the same partitions.
+    /// The only object: every manager shows the same partitions.
     static PartitionStandIn &instance();
 
-    /// A partition of that object path; a drive that is given no @p bus does not tell it.
+    /// A partition with that object path; without @p bus its drive has no connection bus.
     static Partition partition(const QString &path, int storageType, int status,
                                std::optional<int> bus);
 
-    /// The object paths of what was to be unmounted.
+    /// The object paths of the partitions that were to be unmounted.
     QStringList unmountedPaths() const;
 
     void forget();
@@ -37,7 +37,7 @@ struct PartitionStandIn
         QVariantMap options;
     };
 
-    QVector<Partition> partitions; ///< whatever types are asked for
+    QVector<Partition> partitions; ///< listed for all types
     QVector<Question> questions; ///< for partitions, since forget()
     QVector<Order> orders; ///< to unmount, since forget()
 };

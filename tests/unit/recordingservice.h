@@ -11,8 +11,8 @@
 #include <atomic>
 #include <functional>
 
-/// A service on the bus that answers every call with nothing, in a thread of its own, so that the
-/// caller may be blocked meanwhile. On the bus from appear() until its end.
+/// A service on the bus that answers every call with an empty reply. It runs in a thread of its
+/// own, so that the caller may block. It is on the bus from appear() until its destruction.
 class RecordingService : public QDBusVirtualObject
 {
 public:
@@ -41,7 +41,7 @@ public:
             isThere = bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath)
                 && bus.registerService(m_name);
         };
-        // The bus library gives the object a child, which has to be in its thread.
+        // The bus library adds a child to the object, which has to be in the same thread.
         QMetaObject::invokeMethod(this, take, Qt::BlockingQueuedConnection);
         return isThere;
     }

@@ -83,7 +83,7 @@ void tst_AccessControl::groupOfTwoNames()
 
 void tst_AccessControl::largeGroup()
 {
-    // An entry that does not fit the first buffer of the look-up.
+    // An entry that is larger than the first buffer of the look-up.
     std::ofstream groups("/etc/group", std::ios::app);
     groups << "multitude:x:21000:";
     for (int i = 0; i < 2000; ++i)

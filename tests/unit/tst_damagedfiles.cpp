@@ -3,16 +3,16 @@
 
 // When a damaged policy file loses values:
 //
-// 1. What GLib refuses as a key file counts for nothing. No policy has a value, all are enforced
-//    as off, no change is accepted, and the file stays as it is until somebody mends it.
-// 2. In a file that GLib takes, each policy depends on its own line, with the ends of the lines
+// 1. If GLib refuses the file, no policy has a value, all are enforced as off, no change is
+//    accepted, and the file stays as it is until a person repairs it.
+// 2. In a file that GLib accepts, each policy depends on its own line, with the ends of the lines
 //    before and after it, and on the line of its group. Damage there loses the value, and the
-//    policy gets its default, as if it had never been decided; it is never read the wrong way
-//    round. Damage anywhere else leaves it alone.
-// 3. What is cut off a file is lost in this way, and so is everything in an empty file. Of keys
-//    that stand there twice the last one counts, and groups of one name count as one.
+//    policy gets its default, as if it had never been set; the value is never inverted. Damage
+//    elsewhere does not change it.
+// 3. Lines that are cut off are lost in the same way, and so is everything in an empty file. Of
+//    keys that stand there twice the last one counts, and groups with the same name count as one.
 //
-// The daemon itself replaces its files as a whole, so that such damage comes from elsewhere.
+// The daemon replaces its files by a rename, so such damage has other causes.
 #include "keyfile.h"
 #include "policymanager.h"
 
@@ -75,7 +75,7 @@ QByteArray validFile()
 Readings readings(const QByteArray &content)
 {
     write(content);
-    // What this process would log as the daemon is not the test's to tell.
+    // The log of the daemon's code in this process is not tested here.
     QLoggingCategory *log = QLoggingCategory::defaultCategory();
     log->setEnabled(QtInfoMsg, false);
     log->setEnabled(QtWarningMsg, false);
@@ -104,8 +104,8 @@ bool isConcerned(const QByteArray &content, const QString &key, int begin, int e
     return begin <= groupEnd || (begin <= lineEnd && end > line);
 }
 
-/// The same, worked out from what the daemon's key reader finds: a thousand times faster, so that
-/// every damage can be tried, while a whole daemon is built for some of them.
+/// The same, predicted from the daemon's key reader alone. This is a thousand times faster, so that
+/// every damage can be tried; a full daemon is built for some of them.
 Readings predictions(const QByteArray &content)
 {
     write(content);
@@ -126,7 +126,7 @@ void checkDaemon(const QByteArray &damaged)
     const Readings expected = predictions(damaged);
     QCOMPARE(readings(damaged), expected);
     if (hasNothing(expected))
-        QCOMPARE(::content(), damaged); // for whoever mends it
+        QCOMPARE(::content(), damaged); // kept for a repair
 }
 
 /// Checks what is read from @p damaged, which differs from validFile() between @p begin and @p end.

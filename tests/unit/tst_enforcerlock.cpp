@@ -17,8 +17,8 @@
 
 namespace {
 
-/// Waits for @p condition without an event loop, in which the bus would send this thread, too, for
-/// the lock. Returns whether it came true.
+/// Waits for @p condition without an event loop, because a bus signal handled there would make this
+/// thread wait for the lock, too. Returns whether it became true.
 bool waitFor(const std::function<bool()> &condition)
 {
     const QDeadlineTimer deadline(20000);
@@ -30,7 +30,7 @@ bool waitFor(const std::function<bool()> &condition)
     return true;
 }
 
-/// A function at work in a thread of its own.
+/// A function that runs in a thread of its own.
 class Work
 {
     Q_DISABLE_COPY(Work)
@@ -49,10 +49,10 @@ public:
 
     bool isDone() const { return m_thread->isFinished(); }
 
-    /// Whether it sleeps until somebody lets go of a lock that is a part of @p object.
+    /// Whether the thread waits for a mutex that is a part of @p object.
     template <typename T> bool waitsForLockOf(const T &object) const
     {
-        // The number of the system call, then its arguments: here the address of the lock first.
+        // The number of the system call and its arguments: the first one of futex is the address.
         QFile file(QStringLiteral("/proc/self/task/%1/syscall").arg(m_id.load()));
         if (!file.open(QIODevice::ReadOnly))
             return false;
@@ -68,7 +68,7 @@ private:
     std::unique_ptr<QThread> m_thread;
 };
 
-/// A handler of the audio service at work in another thread, until the service may answer.
+/// A handler that calls the audio service in another thread, until the service may answer.
 class BusyHandler
 {
     Q_DISABLE_COPY(BusyHandler)
@@ -77,7 +77,7 @@ public:
     BusyHandler() = default;
     ~BusyHandler() { finish(); }
 
-    /// What the audio service does when it is called.
+    /// Runs in the audio service when it is called.
     void holdBack()
     {
         m_asked.release();
@@ -85,12 +85,12 @@ public:
         m_mayAnswer.release(); // from now on for every call
     }
 
-    /// Lets @p function run the handler.
+    /// Runs the handler by @p function.
     void start(const std::function<void()> &function) { m_work = std::make_unique<Work>(function); }
 
     [[nodiscard]] bool waitUntilBusy() { return m_asked.tryAcquire(1, 20000); }
 
-    /// Lets the service answer, and returns when the handler and who ran it have.
+    /// Lets the service answer, and returns when the handler and its caller have returned.
     void finish()
     {
         m_mayAnswer.release();
@@ -105,7 +105,7 @@ private:
 
 } // namespace
 
-/// Who has to wait while the handler of a service runs in another thread.
+/// Which calls wait while the handler of a service runs in another thread.
 class TestEnforcerLock : public QObject
 {
     Q_OBJECT
@@ -148,7 +148,7 @@ void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler()
         QVERIFY(audio.appear());
     }
 
-    std::unique_ptr<Work> other; // outlives the handler, for which it may have to wait
+    std::unique_ptr<Work> other; // destroyed after the handler, for which it may wait
     handler.start([&] {
         if (isTaskOld)
             enforcer.applyServicePolicies(Names::AudioPolicy.service);

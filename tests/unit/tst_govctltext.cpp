@@ -21,7 +21,7 @@ const Daemon::Switch Off{QStringLiteral("b"), false, {1}};
 
 } // namespace
 
-/// Words and reasons: what needs no daemon.
+/// The texts and reasons of the client that need no daemon.
 class TestGovctlText : public QObject
 {
     Q_OBJECT

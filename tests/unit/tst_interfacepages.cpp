@@ -80,7 +80,7 @@ void TestInterfacePages::switches()
 {
     const QString interface = QStringLiteral("org.kvt.PolicyManager.Switch");
     QStringList expected = described(interface);
-    // The page tells the type that is on the wire, and says why the file tells another.
+    // The page gives the type that is sent, and explains why the interface file has another.
     expected.replaceInStrings(QStringLiteral("SetKeyValue in s in v out i"),
                               QStringLiteral("SetKeyValue in s in v out b"));
     QCOMPARE(documented(interface), expected);

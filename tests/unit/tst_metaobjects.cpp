@@ -50,7 +50,7 @@ QString installedDescription(const QString &interface)
 
 } // namespace
 
-/// What queued calls, the bus and plugin authors rely on: members and their order.
+/// The members and their order, on which queued calls, the bus and plugin authors rely.
 class tst_MetaObjects : public QObject
 {
     Q_OBJECT

@@ -6,7 +6,7 @@
 
 #include <QTest>
 
-/// Handlers while there is no policy manager, which the daemon always has.
+/// Handlers without a policy manager; the daemon always has one.
 class TestNoManager : public QObject
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ void TestNoManager::usbModesAreLeftAlone()
     QCOMPARE(modes.calls(), 0);
 }
 
-/// The enforcer never asks for this, because the table lists one policy for the service.
+/// The enforcer never makes this call, because the table lists one policy for the service.
 void TestNoManager::tetheringIsLeftAloneForOtherPolicies()
 {
     RecordingService wifi(Names::WifiTechnology.service);

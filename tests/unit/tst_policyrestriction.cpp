@@ -15,7 +15,7 @@ namespace {
 
 const QString Control = QStringLiteral("/run/govd-test/lock.so");
 
-/// Has the lock plugin of the tests among the plugins, with keys that it can lock and one locked.
+/// Installs the lock plugin of the tests, with keys that it can lock and one that it locks.
 void installPlugin()
 {
     const QString directory =
@@ -44,7 +44,7 @@ void announce(const QString &key, bool isLocked, bool isFromThread)
 
 } // namespace
 
-/// What the lock plugins tell, before anybody has judged whether it still holds.
+/// The announcements of lock plugins, before the manager has checked whether they still apply.
 class TestPolicyRestriction : public QObject
 {
     Q_OBJECT
@@ -84,7 +84,7 @@ void TestPolicyRestriction::announcementIsPassedOnAsItCame()
     announce(key, isLocked, true);
 
     QTRY_COMPARE(relayed.size(), 2);
-    QCoreApplication::sendPostedEvents(); // more would stand in the queue by now
+    QCoreApplication::sendPostedEvents(); // further announcements would be in the queue by now
     QCOMPARE(relayed.size(), 2);
     for (const QVariantList &arguments : qAsConst(relayed))
         QCOMPARE(arguments, (QVariantList{key, isLocked}));

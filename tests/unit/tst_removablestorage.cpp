@@ -16,12 +16,12 @@ const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
 const QString NoPolicy = QStringLiteral("NoPolicy");
 const QString MobileData = QStringLiteral("MobileDataEnabled");
 
-/// External and mounted, on the bus that stands at the end.
+/// External and mounted, on the bus at the end of its name.
 const QString OnUnknownBus = QStringLiteral("type 8, status 2, bus ?");
 const QString OnCardBus = QStringLiteral("type 8, status 2, bus 0");
 const QString OnUsb = QStringLiteral("type 8, status 2, bus 1");
 
-/// One of each kind, called by it. More kinds than the substitute of the library can show.
+/// One partition of each kind, named after it; more kinds than the substitute library can show.
 QVector<Partition> everyKind()
 {
     const QVector<std::optional<int>> buses{std::nullopt, -1, 0, 1, 2, 3};
@@ -41,7 +41,7 @@ QVector<Partition> everyKind()
 
 } // namespace
 
-/// Which partitions are unmounted, and how the platform is asked for it.
+/// Which partitions are unmounted, and by which calls of the platform library.
 class TestRemovableStorage : public QObject
 {
     Q_OBJECT

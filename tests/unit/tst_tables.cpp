@@ -33,7 +33,7 @@ QStringList modesOf(PolicyType policy)
     return mode ? QStringList(QString::fromLatin1(mode)) : QStringList();
 }
 
-/// What happens on the device for a policy. That the sandbox is told of no application is nothing.
+/// What the handlers do for a policy. A call of the sandbox with no application counts as nothing.
 std::set<PolicyHandler> actionsOf(PolicyType policy)
 {
     std::set<PolicyHandler> result;
@@ -75,7 +75,7 @@ QString cell(const QStringList &names)
 
 } // namespace
 
-/// What the page of policies and "govctl explain" say of the dispatch tables.
+/// The page of policies and "govctl explain" against the dispatch tables.
 class tst_Tables : public QObject
 {
     Q_OBJECT
@@ -142,8 +142,8 @@ void tst_Tables::explainTellsWhatTheTablesSay()
     }
 }
 
-/// "govctl verify" looks at each service that is told something, and at something for each policy
-/// that the daemon enforces.
+/// "govctl verify" checks each service that handlers call, and something for each policy with a
+/// handler.
 void tst_Tables::everyCarrierIsLookedAt()
 {
     QMap<int, QStringList> looked;

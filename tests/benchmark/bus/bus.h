@@ -7,10 +7,10 @@
 #include <string>
 #include <systemd/sd-bus.h>
 
-/// The system's bus library with owners for its objects and exceptions for its error numbers.
+/// sd-bus with owning pointers for its objects and exceptions for its error numbers.
 ///
-/// It is used here, and not Qt's, because it is the lightest that there is: what a benchmark adds
-/// to the time of a call is small beside what it measures.
+/// It is used here instead of Qt's library because it is light: the benchmark itself adds little to
+/// the time of a call.
 namespace Bus {
 
 struct Release
@@ -22,11 +22,11 @@ struct Release
 using Connection = std::unique_ptr<sd_bus, Release>;
 using Message = std::unique_ptr<sd_bus_message, Release>;
 
-/// Passes on a result of the bus library; throws std::system_error, which names @p action, when it
+/// Returns @p result of the bus library; throws std::system_error, which names @p action, when it
 /// is a negative error number.
 int check(int result, const char *action);
 
-/// A new connection to the system bus, which has said hello.
+/// A new connection to the system bus, which has a unique name.
 Connection connect();
 
 /// An error of a call, which frees its texts.

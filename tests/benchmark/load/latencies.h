@@ -9,11 +9,11 @@
 
 using Clock = std::chrono::steady_clock;
 
-/// How long calls took, and how long all of them together.
+/// The latencies of calls, and the total time.
 class Latencies
 {
 public:
-    /// Makes room for @p count calls, so that adding one costs no allocation.
+    /// Reserves room for @p count calls, so that adding one allocates nothing.
     explicit Latencies(std::size_t count) { m_microseconds.reserve(count); }
 
     void add(Clock::duration duration);

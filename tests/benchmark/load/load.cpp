@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint64_t Forever = UINT64_MAX;
 
-/// Calls that are under way, and those that follow.
+/// Makes calls and keeps several of them without a reply.
 class Pipeline
 {
 public:
@@ -60,7 +60,7 @@ int Pipeline::receive(sd_bus_message *reply, void *userData, sd_bus_error *)
     ++pipeline.m_answered;
     try {
         pipeline.m_operation.verify(reply, sd_bus_message_get_error(reply));
-    } catch (...) { // not through the C library
+    } catch (...) { // an exception must not pass through the C library
         pipeline.m_failure = std::current_exception();
     }
     return 0;

@@ -6,15 +6,15 @@
 #include "benchmark/load/latencies.h"
 #include "benchmark/load/operation.h"
 
-/// Makes @p count calls, each when the reply of the one before has come.
+/// Makes @p count calls, one at a time.
 Latencies callInTurn(sd_bus *bus, const Operation &operation, unsigned count);
 
-/// Makes @p count calls and keeps up to @p outstanding of them without a reply; the time of a call
-/// is the time from when it was sent until its reply was read.
+/// Makes @p count calls, with up to @p outstanding at a time. The time of a call runs from sending
+/// it until its reply is read.
 Latencies callAhead(sd_bus *bus, const Operation &operation, unsigned count, unsigned outstanding);
 
-/// Opens @p count connections that receive every change of a policy, says "ready" on standard
-/// output, and reads and drops what comes until the process is ended.
+/// Opens @p count connections that receive every change of a policy, prints "ready", and reads and
+/// drops the signals until the process is ended.
 [[noreturn]] void subscribe(unsigned count);
 
 #endif

@@ -5,8 +5,8 @@
 
 #include "benchmark/bus/bus.h"
 
-/// A kind of call that is made again and again, and the reply that it must get: a call that fails
-/// early is fast, and must not pass for a good result.
+/// A kind of call, and the reply that it must get: a call that fails early is fast and must not
+/// count as a result.
 class Operation
 {
 public:

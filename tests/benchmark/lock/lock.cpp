@@ -6,8 +6,8 @@
 #include <govd/sourcerestriction.h>
 #include <pellorapolicy/policyvalue.h>
 
-/// A lock that covers every policy and locks none. It is called by the name of its file, so that
-/// copies of it are so many different locks.
+/// A lock that covers every policy and locks none. Its name is that of its file, so that each copy
+/// is another lock.
 class Lock : public SourceRestriction
 {
     Q_OBJECT

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Measures the installed daemon beside the reference servers; runs in the sandbox.
 
-scripts/bench calls it and says more.
+scripts/bench --help describes it.
 """
 
 import argparse
@@ -25,7 +25,7 @@ from table import Table
 
 @dataclasses.dataclass(frozen=True)
 class Scale:
-    """How much is measured."""
+    """The amount of measurements."""
 
     rounds: int
     calls: int
@@ -35,7 +35,7 @@ class Scale:
     steps: int
 
     def growth(self, *sizes):
-        """Those of the sizes that are taken."""
+        """The sizes that are measured, of those given."""
         return sizes[:self.steps]
 
 

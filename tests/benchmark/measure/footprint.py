@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the daemon is made of: the size of its binary and the libraries that it needs."""
+"""The size of the daemon's binary and the libraries that it needs."""
 
 import os
 import pathlib
@@ -19,16 +19,16 @@ def binary_size():
 
 
 def needed_libraries():
-    """How many libraries the executable itself asks for."""
+    """The number of libraries that the executable itself is linked to."""
     return run("readelf", "--dynamic", DAEMON).count("(NEEDED)")
 
 
 def library_directory():
-    """Where Qt's libraries are, and below it the daemon's lock plugins."""
+    """The folder of Qt's libraries, which also holds that of the lock plugins."""
     qt_line, = (line for line in run("ldd", DAEMON).splitlines() if "libQt5Core" in line)
     return pathlib.Path(qt_line.split()[2]).parent
 
 
 def loaded_libraries():
-    """How many libraries are loaded in the end."""
+    """The number of libraries that are loaded, indirect ones included."""
     return len(run("ldd", DAEMON).splitlines())

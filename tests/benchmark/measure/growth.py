@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How a read and a write grow with what the daemon has to look after."""
+"""How the time of a read and a write grows with keys, listeners, switches, locks and tasks."""
 
 import contextlib
 import pathlib
@@ -69,7 +69,7 @@ def _locks(table, programs, keys, scale):
 
 
 def _tasks(table, programs, keys, scale):
-    """Each write of a policy whose service is absent leaves a task behind."""
+    """Each write of a policy whose service is absent adds a task that waits for the service."""
     done = 0
     servers.reset()
     with servers.server(programs, DAEMON, keys):
@@ -93,7 +93,7 @@ def _sticks(table, programs, keys, scale):
 
 
 def table(programs, keys, scale):
-    """All of it with the configuration in memory."""
+    """All rows, with the configuration in memory."""
     result = Table("Growth: median latency in microseconds", "read mandated", "read govd",
                    "write mandated", "write govd")
     with servers.storage(None):

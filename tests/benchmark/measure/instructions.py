@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How many instructions a server executes and how often it allocates, counted by valgrind.
+"""The instructions that a server executes and its allocations, counted by valgrind.
 
-Counts hardly depend on the machine, other than times. What is not of a call itself, as the coming
-and going of the client, is taken out by making N calls and then 3 N, and halving the difference.
+Unlike times, counts hardly depend on the machine. The fixed cost, such as the client's connection,
+is removed by making N calls and then 3 N: half of the difference is the cost of N calls.
 """
 
 import contextlib
@@ -57,7 +57,7 @@ class Profiler:
 
     @contextlib.contextmanager
     def running(self):
-        """Runs the server; its counts are of what is done meanwhile."""
+        """Runs the server; the counts are those of this time."""
         with tempfile.TemporaryDirectory() as directory:
             self._output = pathlib.Path(directory) / "profile"
             command = ["valgrind", "--tool=callgrind", f"--callgrind-out-file={self._output}",
@@ -71,7 +71,7 @@ class Profiler:
     def start(self):
         """The counts of a start: from exec to a server that is on the bus and at rest."""
         with self.running():
-            # A reply means that all before it has been done.
+            # The server answers in order: a reply means that all before it is done.
             load(self._programs, "read", 1, self._service, warm_up=0)
             return self._dump()
 

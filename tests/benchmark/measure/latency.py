@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How long calls take, of the daemon beside the references."""
+"""The latency of calls, of the daemon and of the reference servers."""
 
 import contextlib
 import dataclasses
@@ -50,7 +50,7 @@ class Samples:
         self.results = {kind: [] for kind in row.kinds}
 
     def collect(self, programs, calls):
-        """One round: every server in turn, so that all meet the same moods of the machine."""
+        """One round: every server in turn, so that the machine's load changes for all of them."""
         for kind, results in self.results.items():
             results.append(load(programs, self.row.operation, calls, SERVICES[kind], self.row.key,
                                 self.row.user, self.row.outstanding))
@@ -99,7 +99,7 @@ def _all_servers(programs, keys):
 
 @contextlib.contextmanager
 def _logs(programs):
-    """Both places where changes are recorded, with somebody who takes what comes."""
+    """Both places where changes are recorded: a reader of /dev/log and the log service."""
     with (Process([SYSTEM_LOG]), Process([DEVICE, "logs"])):
         wait_for_name("org.kvtlabs.SystemLogs")
         wait_for_path(SYSTEM_LOG_SOCKET)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How much memory a server takes, at first and after many calls."""
+"""The memory of a server, after its start and after many calls."""
 
 import pathlib
 
@@ -22,10 +22,11 @@ def _work(programs, kind, calls):
 
 
 def table(programs, keys, scale):
-    """Memory of each server alone: a library that two servers map would count half for each.
+    """The memory of each server, which runs alone: a library that two servers map would count half
+    for each.
 
-    What the process itself has written is the one figure that other processes cannot change. Its
-    files do not count there: those of the daemon lie in memory here, and not on a disk.
+    Only the third figure, anonymous memory, does not depend on other processes. It leaves out
+    mapped files.
     """
     result = Table("Memory in KiB: proportional / resident / written by itself", *ALL)
     cells = {}

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How many messages a server sends and receives, counted by a monitor of the bus."""
+"""The number of messages that a server sends and receives, counted by a monitor of the bus."""
 
 import re
 import subprocess
@@ -17,19 +17,19 @@ def _connection(service):
 
 
 class Monitor:
-    """Sees all messages of the bus from the moment when it is made until it is read."""
+    """Records all messages of the bus from its making until it is read."""
 
     def __init__(self):
         self._process = subprocess.Popen(["stdbuf", "-oL", "dbus-monitor", "--system", "--profile"],
                                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                          text=True)
-        # The bus tells a monitor that its own name is gone: from then on it sees everything.
+        # NameLost is the bus's first message to a monitor; from then on it receives everything.
         for line in self._process.stdout:
             if "NameLost" in line:
                 break
 
     def lines(self):
-        """Everything until a mark, which this function lets the bus carry."""
+        """All messages before a mark, which this function sends over the bus."""
         run("gdbus", "emit", "--system", "--object-path", "/", "--signal", "org.kvt.Benchmark.Mark")
         lines = []
         for line in self._process.stdout:

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Processes of a measurement: they end with it, and a failure of one of them ends it."""
+"""Processes of a measurement: they end with it, and if one fails, it fails."""
 
 import json
 import os
@@ -8,11 +8,11 @@ import pathlib
 import subprocess
 import time
 
-PATIENCE = 120  # seconds; only a process that hangs takes that long
+PATIENCE = 120  # seconds; only a process that hangs takes as long
 
 
 class Failure(Exception):
-    """What a person must know of a measurement that could not be made."""
+    """The reason why a measurement could not be made, for people."""
 
 
 DEVICE = pathlib.Path(__file__).resolve().parents[1] / "services"
@@ -56,12 +56,12 @@ def run(*command):
 
 
 def wait_for_name(name):
-    """Waits until somebody owns a bus name."""
+    """Waits until a bus name has an owner."""
     run("gdbus", "wait", "--system", "--timeout", PATIENCE, name)
 
 
 def wait_for_path(path):
-    """Waits until something is at a path."""
+    """Waits until a path exists."""
     deadline = time.monotonic() + PATIENCE
     while not path.exists():
         if time.monotonic() > deadline:
@@ -70,7 +70,7 @@ def wait_for_path(path):
 
 
 def identity(user):
-    """The words before a command that let it run as a user."""
+    """The words before a command that make it run as a user."""
     if user == "root":
         return []
     group = run("id", "-g", user).strip()

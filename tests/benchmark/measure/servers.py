@@ -43,13 +43,13 @@ def command(programs, kind, keys=()):
 
 
 def reset():
-    """Takes everything away that servers have stored."""
+    """Removes everything that servers have stored."""
     for path in CONFIGURATION.iterdir():
         shutil.rmtree(path) if path.is_dir() else path.unlink()
 
 
 def fill(extra):
-    """Gives all configuration files so many more keys, which no policy has."""
+    """Adds so many keys to all configuration files, which belong to no policy."""
     lines = "".join(f"Unknown{number:05}Enabled=true\n" for number in range(extra))
     for path in (POLICY_FILE, *REFERENCE_FILES.values()):
         path.write_text("[policy]\n" + lines, encoding="utf-8")
@@ -57,14 +57,14 @@ def fill(extra):
 
 @contextlib.contextmanager
 def server(programs, kind, keys=(), environment=None):
-    """A server that is on the bus."""
+    """Runs a server and waits until it is on the bus."""
     with Process(command(programs, kind, keys), environment) as process:
         wait_for_name(SERVICES[kind])
         yield process
 
 
 def daemon(programs):
-    """The daemon alone."""
+    """Runs the daemon alone."""
     return server(programs, DAEMON)
 
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How long a start takes, from exec to the name on the bus."""
+"""The time of a start, from exec to the name on the bus."""
 
 import statistics
 

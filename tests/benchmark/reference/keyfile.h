@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-/// Loads the key file at @p path whole, sets @p key and saves it whole. Throws std::runtime_error.
+/// Loads the key file at @p path, sets @p key and writes the file anew. Throws std::runtime_error.
 void saveKeyValue(const std::string &path, const std::string &key, bool value);
 
 /// The booleans of the key file; empty when there is no file.

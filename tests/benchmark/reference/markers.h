@@ -5,9 +5,9 @@
 
 #include <string>
 
-/// Creates or removes the marker file of the policy @p key in @p directory, as the daemon's own
-/// handlers do; nothing for a policy without one. Servers that run at one time take a directory
-/// each.
+/// Creates or removes the marker file of the policy @p key in @p directory, as the daemon's
+/// handlers do; nothing for a policy without one. Servers that run at the same time use separate
+/// directories.
 void markPolicy(const std::string &directory, const std::string &key, bool value);
 
 #endif

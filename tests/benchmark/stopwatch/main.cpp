@@ -34,7 +34,7 @@ pid_t start(char **command)
     return child;
 }
 
-/// Waits until somebody has the name; throws when the process @p child has ended before.
+/// Waits until the name has an owner; throws when the process @p child has ended before.
 void waitForOwner(sd_bus *bus, const bool &isOwned, pid_t child)
 {
     constexpr uint64_t Patience = 100000; // microseconds

@@ -77,7 +77,7 @@ void add(const char *row, const QString &path, Exit code, std::initializer_list<
 
 } // namespace
 
-/// What govd-plugin-check says of plugins that are right or wrong in one way each.
+/// The output of govd-plugin-check for plugins that are right, or wrong in one way each.
 class TestPluginCheck : public QObject
 {
     Q_OBJECT
@@ -249,7 +249,7 @@ void TestPluginCheck::wrongUsage()
     QCOMPARE(check(texts({"--help"})).code, int(Sound));
 }
 
-/// Otherwise it would find fault with plugins that the daemon takes, or the other way round.
+/// Otherwise it would refuse plugins that the daemon loads, or accept others.
 void TestPluginCheck::symbolsAreThoseOfTheDaemon()
 {
     const auto symbols = [](const QString &program) {

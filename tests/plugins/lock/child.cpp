@@ -6,8 +6,8 @@
 
 #include <govd/sourcerestriction.h>
 
-/// A lock plugin that tells who treats it how: whose child it is when it is asked something, in
-/// which thread, and who deletes it. Qt itself deletes what is left when the process ends.
+/// A lock plugin that records its parent and its thread when it is called, and who deletes it. Qt
+/// itself deletes the remaining root objects when the process ends.
 class Child : public SourceRestriction
 {
     Q_OBJECT

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-// What no library and no daemon has. A variable, because a function is looked for only when it is
-// called.
+// Defined in no library and not in the daemon. A variable, because a function is resolved only when
+// it is called.
 extern int govdTestNowhere;
 
 /// A lock plugin that cannot be loaded.

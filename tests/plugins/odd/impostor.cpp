@@ -4,8 +4,8 @@
 #include <QObject>
 #include <QtPlugin>
 
-/// A plugin that says that it is an access-switch plugin, but its root object is none. Notes down
-/// when that object comes and goes.
+/// A plugin with the metadata of an access-switch plugin, but a root object of another class. It
+/// records when that object is made and deleted.
 class Impostor : public QObject
 {
     Q_OBJECT

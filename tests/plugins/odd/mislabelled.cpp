@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <pellorapolicy/accessswitchplugin.h>
 
-/// A plugin that says that it is something else, but its root object is an access-switch plugin.
+/// A plugin with other metadata, but with an access-switch plugin as its root object.
 class Mislabelled : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QtPlugin>
 
-/// Defined nowhere: what a plugin meets that was built against another version of a library.
+/// Defined nowhere, as a function that is missing in the installed version of a library.
 extern int govdTestDefinedNowhere;
 
 /// A plugin that cannot be loaded.

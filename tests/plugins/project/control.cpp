@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The name of the file that this code was loaded from: one library may be installed many times.
+/// The name of the file that this code was loaded from; a library can be installed several times.
 QString ownFileName()
 {
     static const char here = 0;
@@ -27,7 +27,7 @@ QString ownFileName()
 Control::Control()
     : m_base(QLatin1String("/run/govd-test/") + ownFileName())
 {
-    // Open for writing as well, so that the pipe has no end when the test closes it.
+    // Also open for writing, so that the pipe does not end when the test closes it.
     const int pipe =
         open(qPrintable(m_base + QLatin1String(".orders")), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     m_orders.open(pipe, QIODevice::ReadWrite | QIODevice::Unbuffered, QFile::AutoCloseHandle);

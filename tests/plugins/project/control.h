@@ -8,8 +8,8 @@
 #include <QObject>
 #include <QString>
 
-/// The strings on which a test moves a plugin: a state to act on, a list of calls to note down, and
-/// a pipe for orders. Their files bear the name of the plugin's own file.
+/// The control of a plugin by a test: a file with its state, a file that lists its calls, and a
+/// pipe for orders. They are named after the plugin's own file.
 class Control : public QObject
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
     void note(const QString &call);
 
 Q_SIGNALS:
-    /// The test orders something, which has happened when this returns.
+    /// An order of the test, which has been carried out when this returns.
     void ordered(const QJsonObject &order);
 
 private:

@@ -7,7 +7,7 @@
 
 #include <govd/sourcerestriction.h>
 
-/// A source restriction that does as a test tells it.
+/// A source restriction that a test controls.
 class LockPlugin : public SourceRestriction
 {
     Q_OBJECT

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QtPlugin>
 
-/// A plugin of a kind that the daemon does not know.
+/// A plugin with an interface that the daemon does not use.
 class OtherInterface : public QObject
 {
     Q_OBJECT

@@ -13,7 +13,7 @@ QJsonObject switchesOf(const QJsonObject &state)
     return state.value(QLatin1String("switches")).toObject();
 }
 
-/// A whole number becomes an int, which JSON does not know.
+/// An integer becomes an int; JSON has only doubles.
 QVariant valueFrom(const QJsonValue &value)
 {
     return value.isDouble() ? QVariant(value.toInt()) : value.toVariant();
@@ -69,7 +69,7 @@ QHash<QString, QList<int>> SwitchPlugin::keyPolicyTypes() const
     return table;
 }
 
-/// Notes the call down, waits as long as it is held, and returns the state to act on.
+/// Records the call, waits while the state holds it, and returns the state.
 QJsonObject SwitchPlugin::begin(const QString &operation, const QString &arguments) const
 {
     m_control.note((operation + QLatin1Char(' ') + arguments).trimmed());

@@ -7,7 +7,7 @@
 
 #include <pellorapolicy/accessswitchplugin.h>
 
-/// An access-switch plugin that does as a test tells it.
+/// An access-switch plugin that a test controls.
 class SwitchPlugin : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT

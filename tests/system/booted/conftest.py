@@ -12,7 +12,7 @@ from testbed.bus import SERVICE, Client, bus_policy, service_rules, write_of
 
 
 def pytest_sessionstart():
-    """Nothing here may run on a machine that is not thrown away afterwards."""
+    """Refuses to run outside the sandbox: the tests change the machine."""
     booted = pathlib.Path("/proc/1/comm").read_text() == "systemd\n"
     if not (booted and pathlib.Path("/run/govd-sandbox").exists()):
         pytest.exit("These tests run in the sandbox only: scripts/sandbox --boot -- ...", 1)
@@ -30,14 +30,14 @@ def pytest_runtest_makereport(item, call):
 
 @pytest.fixture(scope="session", autouse=True)
 def known_services():
-    """A bus that takes the services of the tests for those of the device."""
+    """A bus policy that lets the tests own the names of the device's services."""
     with bus_policy("services", service_rules()):
         yield
 
 
 @pytest.fixture(scope="session", autouse=True)
 def shipped_root():
-    """All that is in the daemon's root directory before its first start."""
+    """The content of the daemon's root directory before its first start."""
     return unit.root_content()
 
 
@@ -57,7 +57,7 @@ def stopped(journal):
 
 @pytest.fixture
 def daemon(stopped):
-    """A daemon that runs for the first time; its process number."""
+    """A daemon that runs for the first time; its process id."""
     unit.start()
     return unit.main_pid()
 
@@ -73,7 +73,7 @@ def lasting_daemon():
 
 @pytest.fixture
 def client():
-    """Opens clients of the bus, in the name of any user, that are closed after the test."""
+    """Opens clients of the bus as any user; they are closed after the test."""
     with contextlib.ExitStack() as opened:
         yield lambda user: opened.enter_context(Client(user))
 
@@ -86,13 +86,13 @@ def root(client):
 
 @pytest.fixture
 def guest(client):
-    """A client of somebody without rights."""
+    """A client of a user without rights."""
     return client("guest")
 
 
 @pytest.fixture
 def runtime_manager():
-    """A service that ends applications, but answers nothing."""
+    """The service that ends applications; it sends no reply."""
     with Client("root", descriptors=True) as client:
         client.own("org.kvt.RuntimeManager")
         yield client
@@ -100,7 +100,7 @@ def runtime_manager():
 
 @pytest.fixture
 def waiting(daemon, root, runtime_manager):
-    """The process number of a daemon that waits for the service that ends applications."""
+    """The process id of a daemon that waits for the service that ends applications."""
     root.send(write_of("InternetSharingEnabled", False))
     root.send(write_of("MessagesEnabled", False))
     runtime_manager.next_call()
@@ -109,7 +109,7 @@ def waiting(daemon, root, runtime_manager):
 
 @pytest.fixture
 def open_bus():
-    """A bus that passes everything on to the daemon, descriptors too, whatever its policy says."""
+    """A bus policy that passes everything on to the daemon, descriptors too."""
     everything = f'<policy context="mandatory"><allow send_destination="{SERVICE}"/></policy>'
     with bus_policy("open", everything):
         yield

@@ -13,7 +13,7 @@ TOUCH = re.compile(r".*(?:/etc/policy|/etc/govd|/var/lib|/run/dbus|socket\().*")
 
 @pytest.fixture
 def run(tmp_path):
-    """Runs the daemon with arguments; what it touched is in `touched` of the result."""
+    """Runs the daemon with arguments; `touched` of the result lists what it has touched."""
     def run_with(*arguments):
         trace = tmp_path / "trace"
         done = subprocess.run(

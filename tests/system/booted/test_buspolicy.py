@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The bus policy as it is shipped: its text, and what the bus makes of it."""
+"""The shipped bus policy: its text, and its effect on the bus."""
 
 import pathlib
 from xml.etree import ElementTree
@@ -47,7 +47,7 @@ def test_rules_are_about_the_daemon_only():
             continue
         for rule in policy:
             rules += 1
-            assert rule.tag == "allow"  # what nothing allows is refused anyway
+            assert rule.tag == "allow"  # everything else is refused by default
             if "own" in rule.attrib:
                 assert policy.attrib == {"user": "root"}
                 assert rule.attrib == {"own": SERVICE}

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Who may change policies, under the unit and the bus policy as they are shipped."""
+"""Who may change policies, under the shipped unit and bus policy."""
 
 import pathlib
 import re
@@ -19,7 +19,7 @@ STRANGERS = [("guest",), ("pretender",)]
 
 @pytest.fixture
 def earlier_session():
-    """A process that was there before its user came into the group pellora-mdm."""
+    """A process that was started before its user was added to the group pellora-mdm."""
     process = User("guest")
     with membership("guest", "pellora-mdm"):
         yield process
@@ -27,7 +27,7 @@ def earlier_session():
 
 @pytest.fixture
 def without_group():
-    """A system on which nobody has made the group pellora-mdm; its users are made before."""
+    """A system without the group pellora-mdm; the processes of its users are started before."""
     users = {name: User(name) for name in ("root", "operator", "mdm", "guest")}
     file = pathlib.Path("/etc/group")
     before = file.read_text()
@@ -39,14 +39,14 @@ def without_group():
 
 
 def expect_change(writer):
-    """Has this client change a policy, and restores it."""
+    """Checks that this client can change a policy, and restores it."""
     assert writer.ask(WRITE) == (True,)
     assert writer.ask(read_of(CAMERA)) == (("b", False),)
     assert writer.ask(write_of(CAMERA, True)) == (True,)
 
 
 def expect_refusal(stranger, by_bus):
-    """Has this client try to."""
+    """Checks that this client cannot change a policy, and who refuses it."""
     if by_bus:
         assert verdict(stranger.send_and_get_reply(WRITE)) == REFUSED_BY_BUS
     else:
@@ -65,8 +65,8 @@ def test_others_may_not(lasting_daemon, client, process):
 
 
 @pytest.mark.parametrize("process", [
-    ("deputy",),  # the bus takes any group of a process for it, the daemon the primary one alone
-    ("guest", "pellora-mdm"),  # this group is a matter of the user, not of the process
+    ("deputy",),  # the bus looks at all groups of a process, the daemon at the primary one only
+    ("guest", "pellora-mdm"),  # for this group the user's membership counts, not the process's
 ], ids="-".join)
 def test_others_whom_the_bus_lets_pass_may_not(lasting_daemon, client, process):
     expect_refusal(client(User(*process)), by_bus=False)

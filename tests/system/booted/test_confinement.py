@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the daemon writes under the unit as it is shipped, and what it is kept from."""
+"""What the daemon writes under the shipped unit, and what the unit keeps it from."""
 
 import errno
 import pathlib
@@ -47,7 +47,8 @@ def test_markers(daemon, root, key, marker, value_with_marker):
 
 
 def test_root_is_complete(shipped_root, daemon):
-    """What systemd has to add itself fails where /usr is read-only, and stays after a removal."""
+    """A mount point that systemd has to add fails where /usr is read-only, and stays after a
+    removal."""
     assert unit.root_content() == shipped_root
 
 

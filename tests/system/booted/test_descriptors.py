@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""File descriptors that come with messages neither end the daemon nor stay in it."""
+"""File descriptors in messages neither end the daemon nor stay open in it."""
 
 import os
 import pathlib
@@ -13,10 +13,10 @@ from testbed.bus import SERVICE, Client, read_of, silent, write_of
 from testbed.processes import open_descriptors
 from testbed.waiting import wait_until
 
-MOST = 16  # as many as dbus-daemon takes with one message
+MOST = 16  # descriptors that dbus-daemon accepts in one message
 POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
 
-# Values that hold the descriptor 0 of this process, by their signature.
+# Values that contain the message's descriptor 0, by their signature.
 VALUES = {
     "h": 0,
     "ah": [0],
@@ -41,14 +41,14 @@ def descriptors():
 
 @pytest.fixture
 def stand_in(stopped):
-    """A client that has the daemon's name, and takes whatever the bus lets pass to it."""
+    """A client that owns the daemon's name, and receives what the bus passes on."""
     with Client("root", descriptors=True) as client:
         client.own(SERVICE)
         yield client
 
 
 def signal_to(name):
-    """A signal that nobody asked for, sent to one client alone."""
+    """An unrequested signal, sent to one client only."""
     message = new_signal(DBusAddress("/", interface="org.example.Stranger"), "Signal")
     message.header.fields[HeaderFields.destination] = name
     return message

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Callers without rights who execute a program that has them. The daemon looks at the process when
-it gets the call; the bus has looked when it connected."""
+"""Callers without rights that execute a program with rights. The daemon checks the process when it
+handles the call; the bus has checked it when it connected."""
 
 import grp
 import pwd
@@ -37,14 +37,14 @@ def program(elevation):
 
 @pytest.fixture
 def ids(elevation):
-    """The user and the group of the process of somebody without rights who executes the program."""
+    """The user and the group of an unprivileged user's process after it executes the program."""
     mode, group = elevation
     guest = pwd.getpwnam("guest")
     return (0, guest.pw_gid) if mode & 0o4000 else (guest.pw_uid, grp.getgrnam(group).gr_gid)
 
 
 def decision_while_the_daemon_waits(daemon, program, ids):
-    """What becomes of a call that the daemon gets when its caller has executed the program."""
+    """The decision on a call that the daemon handles after its caller has executed the program."""
     with held([daemon]):
         caller = ElevatedCaller("guest", WRITE, program)
         caller.wait_until_elevated(*ids)
@@ -53,7 +53,7 @@ def decision_while_the_daemon_waits(daemon, program, ids):
 
 
 def count(decision, program):
-    """How many of so many attempts get this decision; the daemon is not kept from making it."""
+    """How many attempts get this decision, while the daemon is not held."""
     number = 0
     for _ in range(ATTEMPTS):
         with ElevatedCaller("guest", WRITE, program) as caller:
@@ -93,5 +93,5 @@ def test_program_that_connects_itself(daemon, mode, group, is_allowed):
         assert done.stdout == "(true,)\n"
     else:
         assert DENIED in done.stderr
-        assert "pellora-mdm" not in done.stderr  # not the daemon's words but those of the bus
+        assert "pellora-mdm" not in done.stderr  # the bus's error, not the daemon's
     assert files.stored()[CAMERA] == str(not is_allowed).lower()

@@ -10,11 +10,11 @@ from testbed import govctl
 @pytest.mark.parametrize("user, groups, allowed, bus", [
     ("root", None, True, True),
     ("mdm", None, True, True),
-    ("mdm", [], False, False),  # made a member after it has logged in
+    ("mdm", [], False, False),  # became a member after its login
     ("operator", None, True, True),
     ("deputy", None, False, True),
     ("guest", None, False, False),
-    ("guest", ["pellora-mdm"], False, True)])  # is a member no longer
+    ("guest", ["pellora-mdm"], False, True)])  # is no longer a member
 def test_answer_is_what_happens(daemon, user, groups, allowed, bus):
     answer = govctl.run("can --json", user=user, groups=groups)
     assert (answer.code, answer.result["allowed"], answer.result["bus"]) == (

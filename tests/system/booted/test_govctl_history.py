@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Who changed what, as the client finds it in the journal, and the last change taken back."""
+"""history and undo: who changed what, from the journal, and taking back the last change."""
 
 import json
 import pathlib
@@ -29,7 +29,7 @@ def no_records(stopped):
 
 @pytest.fixture
 def lens(no_records):
-    """A daemon that knows one switch, which governs a policy."""
+    """A daemon with one switch, which governs a policy."""
     write("/etc/govd/fileswitch.conf", "[lens]\npolicies=NfcEnabled\nvalue=true\n")
     with installed(FILE_SWITCH, SWITCH_PLUGIN):
         unit.start()
@@ -38,7 +38,7 @@ def lens(no_records):
 
 @pytest.fixture
 def agent(no_records):
-    """Somebody with the right to change everything."""
+    """A user who may write everything."""
     with Client("mdm") as client:
         yield client
 
@@ -49,28 +49,28 @@ def change(client, key, *value, **address):
 
 
 def value_of(client, key, *address):
-    """How a policy or switch reads."""
+    """The value of a policy or switch."""
     return client.ask(read_of(key, *address))[0][1]
 
 
 def run(*arguments, **keywords):
-    """Runs the client when the journal has taken in all that it was sent."""
+    """Runs the client after the journal has stored all messages so far."""
     unit.run("journalctl", "--sync")
     return govctl.run(*arguments, **keywords)
 
 
 def history(*arguments):
-    """The writes on record."""
+    """The recorded writes."""
     return run("history", "--json", *arguments).result["writes"]
 
 
 def name_of(client):
-    """The name that a client's process goes by."""
+    """The name of a client's process."""
     return pathlib.Path(f"/proc/{client.user.pid}/comm").read_text()[:-1]
 
 
 def refused(*arguments):
-    """The code and the error of a client that takes nothing back."""
+    """The code and the error of an undo that fails."""
     outcome = run("undo", "--json", *arguments)
     return outcome.code, outcome.error
 
@@ -202,7 +202,7 @@ def test_what_is_neither_on_nor_off(daemon, agent):
 
 
 def test_stored_value_behind_a_switch(lens, agent):
-    """A policy that a switch forced off may have been stored on; that is not on record."""
+    """A policy that a switch forced off may have been stored on, which is not recorded."""
     change(agent, "lens", False, address=SWITCH)
     change(agent, "NfcEnabled", True)
     change(agent, "lens", True, address=SWITCH)

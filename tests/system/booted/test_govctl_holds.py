@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Changes for a while: timers of systemd end them, and the next start of the device."""
+"""Changes with a time limit: systemd timers end them, or the next start of the device."""
 
 import datetime
 import json
@@ -18,21 +18,21 @@ AT_START = "govctl-release.service"
 
 @pytest.fixture
 def device(daemon, root):
-    """Reads policies of a daemon that runs for the first time, where nothing holds."""
+    """Reads policies of a daemon that runs for the first time, without holds."""
     yield lambda key: root.ask(read_of(key))[0][1]
     assert govctl.run("release").code == 0
     assert not list(HOLDS.glob("*"))
 
 
 def timers():
-    """The timers that end changes."""
+    """The timers of holds."""
     listed = unit.run("systemctl", "list-units", "--plain", "--no-legend", "--type=timer",
                       "govctl-release-*")
     return [line.split()[0] for line in listed.splitlines()]
 
 
 def pass_time(number, **time):
-    """Moves the end of a change, as the clock would."""
+    """Moves the end of a hold back by so much time."""
     path = HOLDS / f"{number}.json"
     hold = json.loads(path.read_text())
     until = datetime.datetime.fromisoformat(hold["until"].replace("Z", "+00:00"))
@@ -41,7 +41,7 @@ def pass_time(number, **time):
 
 
 def restart_device(while_off=None):
-    """Ends what a start of the device ends, and starts what a start starts, in its order."""
+    """Does what a restart of the device does: ends timers and daemon, and starts them in order."""
     unit.run("systemctl", "stop", *timers(), AT_START, unit.UNIT)
     if while_off:
         while_off()

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Who wrote what, and what became of it, is one record in the journal for each write."""
+"""Each write has one record in the journal, with its caller and its result."""
 
 import pathlib
 
@@ -21,7 +21,7 @@ LONG = 5000
 
 @pytest.fixture
 def with_plugins(stopped):
-    """A daemon that knows one switch, of which it is not told a value, and one lock."""
+    """A daemon with one switch, whose value cannot be read, and one lock."""
     write("/etc/govd/fileswitch.conf", "[lens]\npolicies=NfcEnabled\nvalue=true\n")
     write("/etc/govd/filelock.conf", "[lock]\npolicies=VpnEnabled\n")
     with installed(FILE_SWITCH, SWITCH_PLUGIN), \
@@ -32,13 +32,13 @@ def with_plugins(stopped):
 
 @pytest.fixture
 def agent():
-    """A client of somebody with the right to change everything."""
+    """A client of a user who may write everything."""
     with Client("mdm") as client:
         yield client
 
 
 def caller(client):
-    """The fields about a client. The daemon may not look at the files that other users run."""
+    """The fields about a client. The daemon may not read the path of other users' programs."""
     return {"GOVD_CALLER": client.unique_name, "GOVD_CALLER_PID": f"{client.user.pid}",
             "GOVD_CALLER_UID": f"{client.user.uid}",
             "GOVD_CALLER_PROGRAM": pathlib.Path(f"/proc/{client.user.pid}/comm").read_text()[:-1]}
@@ -52,7 +52,7 @@ def record(client, kind, key, new, result, **more):
 
 
 def records(journal, count):
-    """The records so far, when there are so many."""
+    """Waits for so many records and returns all."""
     return wait_until(lambda: len(found := journal.records()) >= count and found, 10)
 
 
@@ -120,7 +120,7 @@ def test_vanished_caller(daemon, agent, journal):
 
 
 def test_what_is_no_write_over_the_bus(with_plugins, root, agent, journal):
-    """Neither reads nor what the daemon reads and fills in at its start is recorded."""
+    """Reads, values read from files and defaults are not recorded."""
     unit.run("systemctl", "restart", unit.UNIT)
     for message in (read_of(CAMERA), read_of("lens", SWITCH)):
         root.ask(message)
@@ -155,7 +155,7 @@ def test_callers_without_rights_are_limited(open_bus, daemon, agent, guest, jour
 
 
 def test_journal_that_hangs(open_bus, daemon, agent, guest, journal):
-    """As many records as it takes unread, and more, make nobody wait for longer than a second."""
+    """More records than its queue holds delay no caller for longer than a second."""
     with held(processes_of("systemd-journald.service")):
         for _ in range(30):
             guest.refusal(write_of(CAMERA, False))

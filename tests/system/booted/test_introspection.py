@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon does not read what services tell of themselves."""
+"""The daemon does not read services' introspection data."""
 
 import configparser
 import contextlib
@@ -17,7 +17,7 @@ from testbed.bus import SERVICES, Client, write_of
 class Services(threading.Thread):
     """All services around the daemon, in one client. They answer each call at once.
 
-    `members` has what they were called for, in the order of the calls. A context.
+    `members` lists the called members in order. A context.
     """
 
     def __init__(self):
@@ -46,7 +46,7 @@ class Services(threading.Thread):
 
 @pytest.fixture
 def services(stopped):
-    """The services around the daemon."""
+    """The services that the daemon calls."""
     with Services() as present:
         yield present
 

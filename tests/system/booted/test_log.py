@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Whatever somebody makes the daemon write, an administrator's change is in the journal."""
+"""An administrator's change is in the journal even when another user floods the daemon's log."""
 
 import os
 import pathlib
@@ -19,14 +19,14 @@ FAILED_READ = ('AccessSwitch plugin failed to retrieve value for key: "unknown"'
 JOURNAL_SETTINGS = pathlib.Path("/run/systemd/journald.conf.d/test.conf")
 KIB = 1 << 10
 
-# Calls of a flood, and lines that the journal takes from a unit within 30 seconds; it multiplies the
-# latter by up to six, by the free space of its disk.
+# Calls of a flood, and lines that the journal accepts from a unit within 30 seconds. The journal
+# multiplies the latter by up to six, depending on the free space of its disk.
 FLOOD, BURST = (108_000, 10_000) if "GOVD_HOLD" in os.environ else (2_400, 100)
 
 
 @pytest.fixture(autouse=True)
 def fresh_journal():
-    """A journal that has not begun to leave out lines."""
+    """A journal that has not begun to drop lines."""
     JOURNAL_SETTINGS.parent.mkdir(exist_ok=True)
     JOURNAL_SETTINGS.write_text(f"[Journal]\nRateLimitBurst={BURST}\n")
     unit.run("systemctl", "restart", "systemd-journald")
@@ -34,14 +34,14 @@ def fresh_journal():
 
 @pytest.fixture
 def with_switches(stopped):
-    """A daemon with an access-switch plugin that has no switch: whoever reads one makes it fail."""
+    """A daemon with an access-switch plugin without switches: each read of one fails."""
     with installed(FILE_SWITCH, SWITCH_PLUGIN):
         unit.start()
         yield
 
 
 def records_of_a_change(root, journal):
-    """What the journal has about a change that root makes now."""
+    """The journal's records of a change that root makes now."""
     assert root.ask(write_of("CameraEnabled", False), 200) == (True,)
     return wait_until(lambda: [line for line in journal.lines() if line.text == AUDIT], 10)
 
@@ -60,7 +60,7 @@ def test_reads_that_fail(with_switches, root, journal):
 
 
 def told_and_counted(journal):
-    """How many lines about failing reads there are, together with those that were left out."""
+    """The number of lines about failing reads, those that were left out included."""
     texts = [line.text for line in journal.lines()]
     left_out = [int(number) for number in re.findall(r"Left out (\d+) log lines", "\n".join(texts))]
     return sum(left_out) + len([text for text in texts if text in FAILED_READ])
@@ -70,7 +70,7 @@ def test_writes_that_change_nothing(daemon, root, journal):
     with Client("mdm") as agent:
         agent.flood(silent(write_of("CameraEnabled", True)), FLOOD)
         agent.settle()
-        assert records_of_a_change(root, journal)  # somebody who has gone is refused
+        assert records_of_a_change(root, journal)  # a caller that has left is refused
 
 
 def test_long_texts(with_switches, guest, journal):

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon gives back the memory of what it was sent."""
+"""The daemon frees the memory of messages that it was sent."""
 
 import pytest
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Configuration that lies on a mount: one that comes late, one that fails, one that goes."""
+"""Configuration on a mount that comes late, fails, or is unmounted."""
 
 import os
 import pathlib
@@ -23,7 +23,7 @@ GATE_UNIT = f"[Service]\nType=oneshot\nExecStart=cat {GATE}\n"
 
 @pytest.fixture
 def units(stopped):
-    """Lets units be added, each by its name and text, which are gone after the test."""
+    """Adds units, each by its name and text; they are removed after the test."""
     added = []
 
     def add(name, text):
@@ -39,8 +39,8 @@ def units(stopped):
 
 @pytest.fixture
 def make_mount(units):
-    """Lets a mount be added like that of a device, which the file-system table or its maker has
-    told systemd of; `setting` is one of its unit."""
+    """Adds a mount unit, like one from the file-system table or from the device maker; `setting` is
+    a line of its unit."""
     def make(folder, setting=""):
         name = unit.run("systemd-escape", "--path", "--suffix=mount", folder)
         units(name, f"[Unit]\n{setting}\n"
@@ -52,7 +52,7 @@ def make_mount(units):
 
 @pytest.fixture
 def gate(units):
-    """A unit that waits until somebody writes to this pipe."""
+    """A unit that waits until this pipe is written to."""
     os.mkfifo(GATE)
     units("gate.service", GATE_UNIT)
     yield GATE
@@ -60,20 +60,20 @@ def gate(units):
 
 
 def remove_source():
-    """Takes away what is to be mounted."""
+    """Removes the source of the mount."""
     if SOURCE.is_dir():
         shutil.rmtree(SOURCE)
     SOURCE.unlink(missing_ok=True)
 
 
 def store(key):
-    """Lets the mount have a folder in which a policy is stored as off."""
+    """Makes a folder, in which a policy is stored as off, the source of the mount."""
     remove_source()
     files.store({key: False}, SOURCE / "policy.conf")
 
 
 def store_nothing():
-    """Lets the mount fail: what is no folder cannot be mounted; a missing one would be made."""
+    """Makes the mount fail: its source is no folder; a missing one would be made."""
     remove_source()
     SOURCE.touch()
 
@@ -84,20 +84,20 @@ def state_of(name):
 
 
 def ask(message):
-    """What the daemon answers root."""
+    """The daemon's answer to root."""
     with Client() as client:
         return client.ask(message)
 
 
 def expect_everything_off():
-    """The daemon saves nothing, and its policies are enforced as off."""
+    """Checks that the daemon saves nothing and enforces its policies as off."""
     assert ask(write_of("CameraEnabled", True)) == (False,)
     assert not CAMERA_MARKER.exists()
     assert DEVELOPER_SHELL_MARKER.exists()
 
 
 def expect_empty(folder):
-    """The daemon has not taken a folder for that of a new device."""
+    """Checks that the daemon has not treated the folder as that of a new device."""
     assert list(folder.iterdir()) == []
 
 
@@ -130,11 +130,11 @@ def test_failed_mount(make_mount):
     unit.start()
     expect_everything_off()
     expect_empty(POLICIES)
-    # Nor does the next process, which finds the mount as broken as before.
+    # The next process finds the mount in the same state.
     kill_daemon()
     expect_everything_off()
     expect_empty(POLICIES)
-    # Whoever mends the mount only has to start the daemon again.
+    # After a repair of the mount, a restart of the daemon is enough.
     store("BrowserEnabled")
     unit.run("systemctl", "restart", unit.UNIT)
     assert ask(read_of("BrowserEnabled")) == (("b", False),)
@@ -163,7 +163,7 @@ def test_mount_that_went(make_mount):
 
 
 def test_mount_by_somebody_else(units):
-    """A drop-in tells of a mount that systemd itself knows nothing of."""
+    """A drop-in names a mount that has no unit of systemd."""
     units("govd-configuration.service.d/mount.conf",
           f"[Unit]\nAssertPathIsMountPoint={POLICIES}\n")
     unit.start()

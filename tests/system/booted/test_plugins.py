@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Plugins that go by files, under the unit as it is shipped: what it shows them, what it hides."""
+"""Plugins that read files, under the shipped unit: what it shows them and what it hides."""
 
 import os
 import pathlib
@@ -64,19 +64,19 @@ def reads(key):
 
 
 def is_locked(key):
-    """Whether nobody can set a policy."""
+    """Whether a policy cannot be set."""
     with Client() as client:
         return client.ask(write_of(key, True)) == (False,)
 
 
 def status():
-    """What somebody without rights is told of the daemon."""
+    """The output of "govctl status" for a user without rights."""
     return run_as("guest", "govctl", "status").stdout
 
 
 def damage(kind):
-    """Puts an object of another kind beside the file: somebody else's, a link or a pipe."""
-    if kind == "of another owner":  # the daemon is root by its user id alone
+    """Makes an unacceptable object beside the file: another user's file, a link or a pipe."""
+    if kind == "of another owner":  # the daemon has no capability to read it
         DRAFT.touch(0o600)
         shutil.chown(DRAFT, "guest")
     elif kind == "link":
@@ -98,7 +98,7 @@ def test_last_good_state_survives_restarts(file_lock, journal, kind, fault):
     assert f"plugin    filelock: {LOCK_FILE} is good: it is in force" in status()
     assert run_as("guest", "ls", "/var/lib/govd/plugins").returncode != 0
 
-    # What lies beside the file takes its place in one step: without a file, all is forgotten.
+    # The object replaces the file in one step: a moment without the file would clear the locks.
     damage(kind)
     DRAFT.rename(LOCK_FILE)
     unit.run("systemctl", "restart", unit.UNIT)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Whatever ends the daemon, it comes back."""
+"""The daemon is restarted after every kind of end."""
 
 import contextlib
 import os
@@ -15,13 +15,13 @@ from testbed.processes import processes_of
 from testbed.waiting import wait_until
 
 CONTAINER = 10  # a header field that only some libraries know, and whose type is that of a path
-OFTEN = 12  # more often, and in a shorter time, than systemd's own limit allows
+OFTEN = 12  # more starts in a short time than systemd's default limit allows
 MALFORMED = with_field(read_of("CameraEnabled").serialise(serial=7), CONTAINER, "u", 1)
 
 
 @pytest.fixture
 def enabled(daemon):
-    """A daemon that is started at boot, and with the bus; its process number."""
+    """A daemon that is started at boot and with the bus; its process id."""
     unit.run("systemctl", "enable", "--quiet", unit.UNIT)
     yield daemon
     unit.run("systemctl", "disable", "--quiet", unit.UNIT)
@@ -29,7 +29,7 @@ def enabled(daemon):
 
 @contextlib.contextmanager
 def broken_bus():
-    """A socket that takes connections for a bus that cannot be started."""
+    """A socket that accepts connections for a bus that cannot be started."""
     with unit.drop_in("[Service]\nExecStart=\nExecStart=/bin/false\n", "dbus.service"):
         unit.run("systemctl", "stop", "dbus.service", "dbus.socket")
         yield
@@ -38,7 +38,7 @@ def broken_bus():
 
 
 def is_active():
-    """Whether systemd takes the daemon for one that runs."""
+    """Whether systemd shows the daemon as active."""
     return unit.shown("ActiveState") == "active"
 
 
@@ -87,7 +87,7 @@ def test_bus_stopped_and_started(enabled):
 
 
 def test_started_without_a_bus(enabled):
-    """Once systemd has given up the socket it gives up what needs it, until there is a bus."""
+    """When systemd gives up the bus socket, it gives up the daemon too, until there is a bus."""
     with broken_bus():
         unit.run("systemctl", "start", "--no-block", unit.UNIT)
         wait_until(lambda: unit.restarts() and unit.shown("ActiveState") == "inactive")
@@ -96,7 +96,7 @@ def test_started_without_a_bus(enabled):
 
 
 def fire():
-    """Sends one message that the daemon's bus library takes for a reason to hang up."""
+    """Sends one message for which the daemon's bus library closes its connection."""
     with contextlib.suppress(ConnectionError), Client("guest") as stranger:
         stranger.sock.sendall(MALFORMED)
         stranger.settle()

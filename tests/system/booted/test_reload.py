@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A reload enforces all policies once more, without reading files."""
+"""A reload enforces all policies again, without reading files."""
 
 import pathlib
 
@@ -16,19 +16,19 @@ POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
 
 
 def reload():
-    """Asks for it as a person does."""
+    """Reloads the unit, as an administrator does."""
     unit.run("systemctl", "reload", unit.UNIT)
 
 
 @pytest.fixture
 def without_marker(daemon):
-    """The process number of a daemon whose camera marker somebody has removed."""
+    """The process id of a daemon whose camera marker has been removed."""
     CAMERA_MARKER.unlink()
     return daemon
 
 
 def told(manager):
-    """Waits until the service that ends applications is told to, and lets it answer."""
+    """Waits for the call to the service that ends applications, and answers it."""
     call = manager.next_call()
     manager.send(new_method_return(call))
     return call.body == ("org.kvt.messages",)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What signals do to the daemon while it starts, waits and serves."""
+"""The effect of signals while the daemon starts, waits and serves."""
 
 import os
 import pathlib
@@ -15,7 +15,7 @@ from testbed.waiting import wait_until
 
 @pytest.fixture
 def silent_device_information(stopped):
-    """A service that every start asks, and that answers nothing."""
+    """The device-information service, which every start calls; it sends no reply."""
     with Client("root") as client:
         client.own("org.kvt.deviceinfo")
         yield client

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The unit itself, and the daemon under it where the system is not as it should be."""
+"""The unit itself, and the daemon under it on faulty systems."""
 
 import pathlib
 
@@ -24,7 +24,7 @@ def enabled():
 
 @pytest.fixture
 def without_log(daemon):
-    """A system whose log somebody has stopped."""
+    """A system whose log service is stopped."""
     unit.run("systemctl", "stop", *LOG)
     yield
     unit.run("systemctl", "start", *LOG)
@@ -32,14 +32,14 @@ def without_log(daemon):
 
 @pytest.fixture
 def read_only_configuration(stopped):
-    """A system on which nobody can write below /etc."""
+    """A system with a read-only /etc."""
     with files.mounted("/etc", "--bind", "/etc"):
         unit.run("mount", "-o", "remount,bind,ro", "/etc")
         yield
 
 
 def starts_and_refuses(root, journal, line):
-    """Whether the daemon runs, refuses what it cannot save, and tells why in such a line."""
+    """Whether the daemon runs, refuses a write that it cannot save, and logs the reason."""
     unit.start()
     refused = root.ask(write_of("CameraEnabled", False)) == (False,)
     return refused and [found for found in journal.lines() if line in found.text]
@@ -58,7 +58,7 @@ def test_comes_before_logins(enabled):
 
 
 def test_no_activation(stopped, root):
-    """A question asked while the daemon does not run is answered at once, and starts nothing."""
+    """A call while the daemon does not run fails at once, and starts nothing."""
     with pytest.raises(DBusErrorResponse) as caught:
         root.ask(read_of("CameraEnabled"))
     assert caught.value.name == "org.freedesktop.DBus.Error.ServiceUnknown"

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A daemon that hears nothing any more is started again; one that waits for services is not.
+"""A daemon that no longer reads messages is restarted; one that waits for services is not.
 
-The last module by name: dbus-broker, whose log was held back here, may not answer again whoever it
-refuses.
+The module is the last one by name: dbus-broker, whose log is held here, may hang at its next
+refusal.
 """
 
 import contextlib
@@ -21,15 +21,15 @@ from testbed.bus import POLICY, SERVICE, Client, write_of
 from testbed.processes import Frozen, held, processes_of, thread_of
 from testbed.waiting import holds_for, wait_until
 
-TIME_ALLOWED = 3  # seconds without a sign of life
+TIME_ALLOWED = 3  # seconds of the watchdog
 SYSTEM_LOG = pathlib.Path("/run/systemd/journal/dev-log")
-LOG_QUEUE = 100  # more messages than the kernel keeps for a log that does not read
+LOG_QUEUE = 100  # more messages than the kernel queues for a log that does not read
 CAMERA_MARKER = pathlib.Path("/var/lib/govd/camera_enabled")
 
 
 @pytest.fixture
 def impatient(daemon):
-    """A service manager that gives a daemon, not yet started, less time than the shipped unit."""
+    """A shorter watchdog time than in the shipped unit; the daemon is not yet started."""
     assert unit.shown("WatchdogUSec") == "1min"
     unit.reset()
     with unit.drop_in(f"[Service]\nWatchdogSec={TIME_ALLOWED}\n"):
@@ -38,7 +38,7 @@ def impatient(daemon):
 
 @pytest.fixture
 def hanging_log():
-    """A system log that takes nothing out of its queue."""
+    """A system log that reads nothing from its queue."""
     aside = SYSTEM_LOG.rename(SYSTEM_LOG.with_suffix(".aside"))
     with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
         log.bind(str(SYSTEM_LOG))
@@ -48,7 +48,7 @@ def hanging_log():
 
 @pytest.fixture
 def watched(impatient, root):
-    """The process number of a daemon that has locked the camera, but whose marker says otherwise."""
+    """The process id of a daemon that has the camera off, but whose marker is there."""
     unit.start()
     root.ask(write_of("CameraEnabled", False))
     CAMERA_MARKER.touch()

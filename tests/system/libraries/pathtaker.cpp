@@ -4,7 +4,7 @@
 
 #include <govd/sourcerestriction.h>
 
-/// A source restriction that locks nothing, but sits on the bus where the daemon belongs.
+/// A source restriction that locks nothing, but registers an object at the daemon's object path.
 class PathTaker : public SourceRestriction
 {
     Q_OBJECT

@@ -23,7 +23,7 @@ public Q_SLOTS:
     /// The stored value; true for a key that was never stored.
     QDBusVariant KeyValue(const QString &key) { return QDBusVariant(m_values.value(key, true)); }
 
-    /// Stores a value for whoever asks.
+    /// Stores a value, for any caller.
     bool SetKeyValue(const QString &key, const QDBusVariant &value)
     {
         m_values.insert(key, value.variant());

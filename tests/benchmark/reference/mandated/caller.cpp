@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What the bus says about a connection; 0 when it knows nothing.
+/// The bus's answer about a connection; 0 when the query fails.
 uint32_t askBus(sd_bus_message *call, const char *question)
 {
     sd_bus_message *reply = nullptr;

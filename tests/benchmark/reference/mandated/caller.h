@@ -5,8 +5,8 @@
 
 #include "benchmark/bus/bus.h"
 
-/// Whether the sender of @p call may change anything, by the daemon's rules. One that may not has
-/// its reply when this returns.
+/// Whether the sender of @p call may write, by the daemon's rules. If not, an error reply has been
+/// sent.
 bool isCallAllowed(sd_bus_message *call);
 
 #endif

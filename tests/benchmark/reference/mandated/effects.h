@@ -5,8 +5,8 @@
 
 #include "benchmark/bus/bus.h"
 
-/// Does what the daemon's own handlers do for the policies that act without another application:
-/// marker files, and the call to the service of USB devices, which is absent in a benchmark.
+/// Enforces the policies of the direct route as the daemon does: marker files, and the call to the
+/// service of USB devices, which is absent in a benchmark.
 void enforce(sd_bus *bus, const std::string &key, bool value);
 
 /// The line in the system log and the event for the system-log service, whose reply is dropped.

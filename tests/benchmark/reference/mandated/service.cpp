@@ -40,7 +40,7 @@ Service::Service(const std::string &name, std::string file, const std::vector<st
     Bus::check(sd_bus_request_name(m_bus.get(), name.c_str(), 0), "cannot take the name");
 }
 
-/// The reply is not used: the services that the names stand for are all absent here.
+/// The reply is not used: the services whose names could be in it are all absent here.
 void Service::followNames()
 {
     Bus::check(sd_bus_match_signal(m_bus.get(), nullptr, BusName, BusPath, BusName,

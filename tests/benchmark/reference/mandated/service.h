@@ -8,13 +8,13 @@
 #include <unordered_map>
 #include <vector>
 
-/// The policy interface with every step that the daemon must take for a read, for a write and at
-/// start, and no other, on the lightest libraries: what the steps themselves cost.
+/// The policy interface with exactly the steps that the daemon must take for a read, for a write
+/// and at start, on light libraries: the cost of the steps themselves.
 class Service
 {
 public:
-    /// Loads @p file, enforces the values of @p keys, each of which gets a default when the file
-    /// does not hold it, and takes the bus name @p name at last.
+    /// Loads @p file, enforces the values of @p keys, with a default for those that the file does
+    /// not hold, and then takes the bus name @p name.
     Service(const std::string &name, std::string file, const std::vector<std::string> &keys);
 
     /// Serves until the process is ended.

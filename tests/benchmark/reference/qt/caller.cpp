@@ -12,7 +12,7 @@
 
 namespace {
 
-/// What the bus says about a connection; 0 when it knows nothing.
+/// The bus's answer about a connection; 0 when the query fails.
 uint askBus(const QDBusConnection &bus, const QString &question, const QString &sender)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(

@@ -6,14 +6,14 @@
 #include <QDBusContext>
 #include <QObject>
 
-/// The object on the bus: judges whoever calls it.
+/// The object on the bus, which checks its callers.
 class Caller : public QObject, public QDBusContext
 {
     Q_OBJECT
 
 public:
-    /// Whether the sender of the present call may change anything, by the daemon's rules. One that
-    /// may not has its reply when this returns.
+    /// Whether the sender of the present call may write, by the daemon's rules. If not, an error
+    /// reply has been sent.
     bool isAllowed();
 };
 

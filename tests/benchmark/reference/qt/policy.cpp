@@ -54,7 +54,7 @@ Policy::Policy(Caller *caller, std::string file, const QStringList &keys)
         enforce(key, m_values.value(key).toBool());
 }
 
-/// The reply is not used: the services that the names stand for are all absent here.
+/// The reply is not used: the services whose names could be in it are all absent here.
 void Policy::followNames()
 {
     QDBusConnection bus = QDBusConnection::systemBus();
@@ -70,7 +70,7 @@ void Policy::followName(const QString &name)
     Q_UNUSED(name)
 }
 
-/// None are there, and no files that seed the configuration.
+/// Looks for plugins and for seed files; there are none in a benchmark.
 void Policy::lookForPlugins()
 {
     QDir(QLibraryInfo::location(QLibraryInfo::LibrariesPath) + Names::SourceRestrictionDirectory)

@@ -13,16 +13,16 @@
 
 #include <string>
 
-/// The policy interface with every step that the daemon must take for a read, for a write and at
-/// start, in the daemon's order, and no other: what the steps themselves cost with Qt.
+/// The policy interface with exactly the steps that the daemon must take for a read, for a write
+/// and at start, in the daemon's order: the cost of the steps themselves with Qt.
 class Policy : public QDBusAbstractAdaptor
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kvt.PolicyManager.Policy")
 
 public:
-    /// Looks for plugins, loads @p file and enforces the values of @p keys, each of which gets a
-    /// default when the file does not hold it.
+    /// Looks for plugins, loads @p file and enforces the values of @p keys, with a default for
+    /// those that the file does not hold.
     Policy(Caller *caller, std::string file, const QStringList &keys);
 
 public Q_SLOTS:

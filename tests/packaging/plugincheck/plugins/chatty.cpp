@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-/// A lock plugin that announces what it is being asked for.
+/// A lock plugin that announces a policy while it is asked about it.
 class Plugin : public SourceRestriction
 {
     Q_OBJECT

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <pellorapolicy/accessswitchplugin.h>
 
-/// An access-switch plugin that announces what it is being asked for.
+/// An access-switch plugin that announces a switch while it is asked about it.
 class Plugin : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-// What no library and no daemon has.
+// Defined in no library and not in the daemon.
 QString govdTestNowhere();
 
 /// A lock plugin that loads, and ends the daemon when it is asked for its name.

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-/// A lock plugin without an interface identifier, of which Qt makes no plugin at all.
+/// A lock plugin without an interface identifier; Qt does not treat it as a plugin.
 class Plugin : public SourceRestriction
 {
     Q_OBJECT

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-/// A lock plugin that does not say that it is one.
+/// A lock plugin without Q_INTERFACES.
 class Plugin : public SourceRestriction
 {
     Q_OBJECT

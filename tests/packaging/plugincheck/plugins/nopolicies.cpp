@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-/// A lock plugin that can lock nothing.
+/// A lock plugin that supports no policy.
 class Plugin : public SourceRestriction
 {
     Q_OBJECT

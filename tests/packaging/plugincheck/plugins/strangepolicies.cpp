@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <govd/sourcerestriction.h>
 
-/// A lock plugin without a name, for policies that are none.
+/// A lock plugin without a name, for policies that do not exist.
 class Plugin : public SourceRestriction
 {
     Q_OBJECT

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QtPlugin>
 
-/// Something else under the identifier of lock plugins.
+/// Another class with the interface identifier of lock plugins.
 class Stranger
 {
 public:
@@ -11,7 +11,7 @@ public:
 };
 Q_DECLARE_INTERFACE(Stranger, "org.kvt.sourcerestriction")
 
-/// A plugin that answers to the identifier of lock plugins with an object of another class.
+/// A plugin with the interface identifier of lock plugins and an object of another class.
 class Plugin : public QObject, public Stranger
 {
     Q_OBJECT

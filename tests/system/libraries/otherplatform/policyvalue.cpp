@@ -2,5 +2,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "policyvalue.h"
 
-// The class is all meta-object, which is compiled into this file.
+// The class has a meta-object only, which is compiled into this file.
 #include "moc_policyvalue.cpp"

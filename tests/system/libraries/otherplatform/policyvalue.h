@@ -7,20 +7,19 @@
 
 namespace Pellora {
 
-/// The policies of a platform that has few of them, calls them by other names, and numbers them
-/// with holes.
+/// The policies of a platform with few policies, other names, and gaps between the numbers.
 class Q_DECL_EXPORT PolicyValue
 {
     Q_GADGET
 
 public:
     enum PolicyType : int {
-        UsbAllowed = 45, ///< as number beyond the number of keys, but first of all
+        UsbAllowed = 45, ///< its number is larger than the count of keys, but it is listed first
         NoPolicy = 0,
         LensAllowed = 1,
         UserReportExportEnabled = 2, ///< the daemon knows this name, and does nothing for number 2
         TorchAllowed = 3,
-        userReportExportEnabled = 5, ///< the daemon knows no name in these letters
+        userReportExportEnabled = 5, ///< differs in case from a name that the daemon uses
         ReportsAllowed = 41,
     };
     Q_ENUM(PolicyType)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Whatever piles up on the daemon's connection, it listens again afterwards."""
+"""After a backlog on its bus connection, the daemon reads messages again."""
 
 import pytest
 
@@ -10,19 +10,19 @@ from testbed.processes import held, open_descriptors, processes_of, resident
 from testbed.waiting import wait_until
 
 MIB = 1 << 20
-LIBRARY_BYTES = 63 * MIB  # that wait in the bus library until, by default, it reads no more
+LIBRARY_BYTES = 63 * MIB  # unhandled bytes at which the bus library stops reading by default
 LIBRARY_DESCRIPTORS = 4096
 
 
 @pytest.fixture
 def more_descriptors(stopped, open_bus):
-    """A system that lets more descriptors pass to the daemon than the bus library takes by itself."""
+    """A limit of descriptors for the daemon that is above the bus library's default."""
     with unit.drop_in("[Service]\nLimitNOFILE=65536\n"):
         yield
 
 
-def listens_again():
-    """Whether reads are answered, and a service that comes is told what waits for it."""
+def serves_again():
+    """Whether reads are answered, and a service that appears gets its tasks."""
     wait_until(unit.answers, 20)
     with Client("root") as connman:
         connman.own("net.connman")
@@ -34,7 +34,7 @@ def test_calls_of_a_mebibyte(waiting, guest, runtime_manager):
     guest.settle()
     wait_until(lambda: resident(waiting) > LIBRARY_BYTES)
     runtime_manager.close()
-    assert listens_again()
+    assert serves_again()
 
 
 def test_descriptors(more_descriptors, waiting, runtime_manager):
@@ -43,10 +43,10 @@ def test_descriptors(more_descriptors, waiting, runtime_manager):
             stranger.send_with(silent(read_of("CameraEnabled")), [0] * 16)
             return open_descriptors(waiting) > LIBRARY_DESCRIPTORS
 
-        # What the bus cannot pass on at once it refuses, since it keeps few descriptors itself.
+        # The bus queues few descriptors and refuses what it cannot pass on at once.
         wait_until(another_is_too_many)
     runtime_manager.close()
-    assert listens_again()
+    assert serves_again()
 
 
 def test_slow_log(daemon, root, guest):
@@ -56,4 +56,4 @@ def test_slow_log(daemon, root, guest):
         guest.flood(read_of("x" * MIB), 90)
         guest.settle()
         assert unit.answers(20)
-    assert listens_again()
+    assert serves_again()

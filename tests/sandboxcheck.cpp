@@ -7,11 +7,11 @@
 
 namespace {
 
-/// Ends the process before main() unless it runs in the sandbox. Tests remove and write files in
-/// the real places, so a test started by hand would harm the machine.
-struct SandboxGuard
+/// Ends the process before main() unless it runs in the sandbox. Tests write and remove files at
+/// their real paths, so a test outside the sandbox would harm the machine.
+struct SandboxCheck
 {
-    SandboxGuard()
+    SandboxCheck()
     {
         if (std::getenv("GOVD_SANDBOX") && access("/run/govd-sandbox", F_OK) == 0)
             return;
@@ -20,6 +20,6 @@ struct SandboxGuard
     }
 };
 
-const SandboxGuard guard;
+const SandboxCheck check;
 
 } // namespace
