@@ -1,6 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Tests of the installed daemon as a process of theirs, on an open bus, among services of theirs."""
+"""Fixtures for tests that run the installed daemon as their own process, on an open bus, with
+simulated services."""
 
 import contextlib
 import pathlib
@@ -24,10 +25,10 @@ from testbed.transcript import Transcript
 
 
 def pytest_sessionstart():
-    """Nothing here may run on a machine that is not thrown away afterwards."""
+    """Refuses to run outside the sandbox: the tests change the machine."""
     if not pathlib.Path("/run/govd-sandbox").exists():
         pytest.exit("These tests run in the sandbox only: scripts/sandbox -- ...", 1)
-    # In the background of a shell it is ignored, and the daemon would inherit that.
+    # A shell ignores SIGINT in background jobs, and the daemon would inherit that.
     signal.signal(signal.SIGINT, signal.default_int_handler)
     LOOP.start()
 
@@ -42,14 +43,14 @@ def pytest_runtest_makereport(item, call):
 
 @pytest.fixture(scope="module")
 def transcript():
-    """What has passed the bus, which other modules may end."""
+    """The messages of the bus, which is started if another module has ended it."""
     with contextlib.closing(Transcript()) as one:
         yield one
 
 
 @pytest.fixture(scope="session")
 def system_log():
-    """What has been written to the system log."""
+    """The records of the system log."""
     return SystemLog()
 
 
@@ -69,14 +70,14 @@ def daemon(transcript, system_log):
 
 @pytest.fixture
 def process():
-    """The daemon, not yet started, with nobody who watches the bus: for calls by the thousand."""
+    """The daemon, not yet started, without a monitor of the bus: for thousands of calls."""
     with Process() as unwatched:
         yield unwatched
 
 
 @pytest.fixture
 def client():
-    """Opens clients of the bus, in the name of any user, that are closed after the test."""
+    """Opens clients of the bus as any user; they are closed after the test."""
     opened = []
 
     def connect(name="root", **keywords):
@@ -95,7 +96,7 @@ def root(client):
 
 @pytest.fixture
 def guest(client):
-    """A client of somebody without rights."""
+    """A client of a user without rights."""
     return client("guest")
 
 
@@ -116,7 +117,7 @@ def lock_plugin():
 
 @pytest.fixture
 def file_lock():
-    """The plugin that locks what a file lists, without a file."""
+    """The plugin that locks the policies in a file, without the file."""
     FILE_LOCK_FILE.parent.mkdir(exist_ok=True)
     with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
         yield
@@ -125,8 +126,8 @@ def file_lock():
 
 @pytest.fixture
 def services():
-    """All services that carry policies out, by their classes: on the bus, and with something to
-    end."""
+    """All services that enforce policies, by their classes: on the bus, and with applications and
+    tethering to end."""
     all_services = {kind: kind() for kind in TARGETS}
     for application in RUNNING:
         all_services[small.RuntimeManager].start(application)
@@ -147,7 +148,7 @@ def device():
 
 @pytest.fixture
 def partitions():
-    """The library of partitions in a process that neither fails nor complains of anything."""
+    """The library of partitions in a process that must end without failure and warning."""
     with Partitions() as process:
         yield process
         assert (process.end(), process.take_log()) == (0, [])

@@ -21,7 +21,7 @@ TEXTS = {  # key, old value (empty: none), new value and text
     "two percent signs": ("%%1%%", "", "x", "Policy %%% changed. Old value x. New value %3."),
     "beyond ASCII": ("K\u00fche", "\u03b1", COW,
                      f"Policy K\u00fche changed. Old value \u03b1. New value {COW}."),
-    # Each step fills the lowest number that is left, also one that came with a text before.
+    # Each step replaces the lowest place-holder, also one that an inserted text contains.
     "first place in the key": ("a%1", "b", "c", "Policy ab changed. Old value c. New value %3."),
     "second place in the key": ("a%2", "b", "c", "Policy ab changed. Old value b. New value c."),
     "third place in the key": ("a%3", "b", "c", "Policy ac changed. Old value b. New value c."),

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Configuration that cannot be recorded: nothing is taken then, and nothing is allowed."""
+"""Configuration that cannot be saved: every write is refused, every policy is enforced as off."""
 
 import contextlib
 import os
@@ -47,21 +47,21 @@ AS_FORBIDDEN = {  # the calls of each service
 
 @pytest.fixture(autouse=True)
 def markers():
-    """What was allowed before."""
+    """Marker files from a time when the features were allowed."""
     files.write(CAMERA_MARKER, "")
     files.write(REPORT_MARKER, "")
 
 
 @pytest.fixture
 def services(application_sandbox, audio_policy, developer_mode, device_sentry, network, usb_modes):
-    """Services that take every call, so that nothing but refused values is in the log."""
+    """Services that accept every call, so that the log has lines about refused values only."""
     for service in (application_sandbox, audio_policy, developer_mode, device_sentry, network,
                     usb_modes):
         service.appear()
 
 
 def check_refusals(daemon, cause, count):
-    """Checks that so many values were refused, each with two lines, and that none is there."""
+    """Checks that so many values were refused, each with two lines, and that no policy has one."""
     lines = [line for line in daemon.logged() if not line.startswith("info|")]  # of applications
     assert len(lines) == 2 * count
     assert all(line.startswith(f"warning|default|{cause}") for line in lines[::2])
@@ -84,7 +84,7 @@ def test_file_that_is_no_key_file_stops_everything(daemon, services, content, ca
 def test_file_that_breaks_off_is_not_taken_in_part(daemon, services):
     files.write(POLICY_FILE, "[policy]\nCameraEnabled=true\nMicrophoneEnabled=true\n<broken>\n")
     daemon.start_observed()
-    # Two values are read, refused, and then missed and refused once more as defaults.
+    # Two values are read and refused; their defaults are refused once more.
     check_refusals(daemon, LOADING, 48)
 
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon without a bus: it carries everything else out, and ends."""
+"""The daemon that loses the bus, or finds none: it does the rest of its work, and ends."""
 
 import pytest
 
@@ -17,7 +17,7 @@ NO_BUS = 'critical|default|"Not connected to D-Bus server"'
 
 @pytest.fixture(autouse=True)
 def bus():
-    """The bus runs when a test begins, and when it has ended."""
+    """Makes sure that the bus runs before and after each test."""
     yield
     start_bus()
 
@@ -81,7 +81,7 @@ def test_bus_that_is_lost_in_a_call_of_a_change_ends_the_daemon(process, device_
 def test_loss_of_the_bus_is_no_failure(process, root):
     process.launch()
     process.wait_until_ready()
-    # The bus library can abort when the bus goes while a call waits: with the answer, none does.
+    # The bus library can abort when the bus ends during a call, so the call is answered first.
     assert root.ask(introspection())
     stop_bus()
     assert process.wait() == 0

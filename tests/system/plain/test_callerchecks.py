@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How often the daemon asks the bus who its caller is, and when."""
+"""How often, and when, the daemon asks the bus about its caller."""
 
 import pytest
 
@@ -22,7 +22,7 @@ EVENT = event("cellular", True, False)
 SWITCHED = ("signal", "SwitchChanged", "cellular", False)
 LOCATION_OFF, NOTHING_OFF, WLAN_OFF = (
     announcement(key, False) for key in (LOCATION, "", "WlanEnabled"))
-THREE = [2, 999, 4]  # policies that nothing but the store knows, and a number that is none
+THREE = [2, 999, 4]  # two policies without a handler, and a number of no policy
 SWITCH_WRITES = {  # the switch's policies, when it is announced, the plugin's result; what happens
     "announced, governs nothing": ([], "inside", 0, [CHECK, SWITCHED, EVENT, REPLY]),
     "announced, governs one": ([2], "inside", 0, [CHECK, CHECK, LOCATION_OFF, SWITCHED, EVENT,
@@ -37,7 +37,7 @@ SWITCH_WRITES = {  # the switch's policies, when it is announced, the plugin's r
 
 
 def with_checks(messages, check):
-    """The messages, with what one check of the caller is."""
+    """The messages, with CHECK replaced by the questions of one check."""
     return [words for message in messages for words in (check if message == CHECK else [message])]
 
 

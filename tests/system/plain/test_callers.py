@@ -13,7 +13,7 @@ from testbed.files import CAMERA_MARKER, SWITCH_FILE
 from testbed.users import User
 
 CAMERA = "CameraEnabled"
-NAMELESS = 54321  # an id that the user and group databases do not know
+NAMELESS = 54321  # an id that is not in the user and group databases
 # A process as User takes it: its user, its group if that is not the user's primary one, and whether
 # both are only effective.
 ALLOWED = [  # and whether the bus is asked about its user
@@ -34,11 +34,11 @@ STRANGERS = [
     ("deputy",),  # privileged is not the primary group
     ("pretender",),  # primary group Privileged
     ("guest", None, True),
-    # The user's membership is looked up, the groups of the process are not.
+    # The daemon looks up the user's membership, not the groups of the process.
     ("guest", "pellora-mdm"),
     ("guest", "root"),
 ]
-# A process as it connects and as it calls; the number of questions, and whether it may.
+# A process when it connects and when it calls; the number of questions, and whether it may write.
 CHANGED = [
     # Each is checked twice when the first check lets it pass.
     (("guest",), ("root",), 1, True),
@@ -46,7 +46,7 @@ CHANGED = [
     (("root",), ("guest",), 2, False),
     (("guest", "privileged"), ("guest",), 2, False),
     (("root",), (NAMELESS,), 2, False),
-    # The user is the one that the bus knows.
+    # The user is the one that the bus has recorded.
     (("mdm",), ("guest",), 2, True),
     (("guest",), ("mdm",), 2, False),
 ]
@@ -120,7 +120,7 @@ def test_reading_is_open_to_everybody(daemon, guest, switches):
 
 @pytest.mark.parametrize("then, now, count, is_allowed", CHANGED, ids=name_of)
 def test_process_counts_as_it_is_now(daemon, client, then, now, count, is_allowed):
-    """It is somebody else than when it connected to the bus."""
+    """Its ids have changed since it connected to the bus."""
     daemon.start()
     caller = client(User(*then, *[None] * (2 - len(then)), True))
     caller.user.change(*now)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The values of policies that no file names."""
+"""The default values of policies that are in no file."""
 
 import dbus
 import pytest
@@ -59,7 +59,7 @@ def test_stored_policies_keep_their_values(daemon):
 
 
 def test_second_start_finds_the_defaults_as_stored(daemon, device_information):
-    """A device does not lose what was decided when its certificate changes."""
+    """The defaults stay as they are when the device's certification changes."""
     device_information.set(True)
     device_information.appear()
     daemon.start_observed()
@@ -73,7 +73,7 @@ def test_second_start_finds_the_defaults_as_stored(daemon, device_information):
 
 
 def test_locked_policy_gets_no_default(daemon, lock_plugin):
-    """What is left when the lock is gone is no value at all."""
+    """When the lock is gone, the policy has no value."""
     locked = ("CameraEnabled", USER_REPORT)
     lock = lock_plugin(*locked)
     lock.set_locked(*locked)
@@ -123,7 +123,7 @@ def test_certificate_is_asked_for_once(daemon, device_information):
     assert (call.path, call.interface) == ("/org/kvt/deviceinfo/Features",
                                            "org.freedesktop.DBus.Properties")
     assert ("call", call.member, *call.arguments) == QUESTION
-    # Of what is said to services, only the setting of USB devices belongs to a later policy.
+    # Of these calls, only the one about USB devices belongs to a later policy.
     assert [words[1] for words in daemon.said()] == ["Get", "Set", "Set"]
 
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Which policy is handed to which handlers, and in which order."""
+"""Which handlers run for which policy, and in which order."""
 
 import pytest
 
@@ -29,7 +29,7 @@ def test_every_policy_reaches_its_handlers_only(daemon, services, value):
         assert said[-2:] == [announcement(key, value), ("reply", True)]
         assert len(said) == 3 + len(calls)
         assert calls[:len(direct)] == direct
-        assert sorted(calls[len(direct):]) == sorted(waiting)  # services come in any order
+        assert sorted(calls[len(direct):]) == sorted(waiting)  # services have no fixed order
         assert daemon.logged() == []
 
 
@@ -54,7 +54,7 @@ def test_policy_without_handlers_waits_for_nobody(daemon, services, key):
 
 @pytest.mark.parametrize("seed", range(4))
 def test_direct_route_comes_first(daemon, services, seed):
-    """Whatever order the tables of the daemon have in this run."""
+    """In every order that the daemon's hash tables can have."""
     daemon.environment["QT_HASH_SEED"] = str(seed)
     daemon.start()
     for key in ("BrowserEnabled", "DeveloperModeEnabled"):

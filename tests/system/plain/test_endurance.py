@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Calls without end: what the daemon has taken of memory and descriptors after the first ten
-thousand is all that it ever takes. A flood of them costs others time and nothing else."""
+"""Endless calls: the daemon's memory and descriptors do not grow after the first ten thousand. A
+flood delays other callers and has no other effect."""
 
 import os
 import signal
@@ -19,7 +19,7 @@ USERS = ("root", "operator", "deputy", "mdm", "agent", "pretender", "guest")
 
 
 def odd_calls():
-    """Calls that are cheap and go wrong, or tell nothing about policies."""
+    """Cheap calls that fail, or that do not concern policies."""
     def of(interface, member):
         return new_method_call(DBusAddress(POLICY.object_path, SERVICE, interface), member)
     return [introspection(), of("org.freedesktop.DBus.Peer", "Ping"),
@@ -28,8 +28,8 @@ def odd_calls():
 
 
 def test_memory_and_descriptors_stay_as_they_are(process, client):
-    # Policies whose services need not be there: a change for one that has never been seen is kept
-    # for it, which takes memory by design.
+    # Policies whose services may be absent: by design, a change is kept for a service that has not
+    # appeared yet, which takes memory.
     keys = ("NfcEnabled", "WlanEnabled", "VpnEnabled", "CloudSyncEnabled", "BackupEnabled",
             "DeveloperShellEnabled")
     process.start()
@@ -55,7 +55,7 @@ def test_memory_and_descriptors_stay_as_they_are(process, client):
 def test_flood_costs_others_time_and_nothing_else(process, client):
     process.start()
     before = files.snapshot(files.POLICY_FILE)
-    process.signal(signal.SIGSTOP)  # so that all of them are in the queue before the read
+    process.signal(signal.SIGSTOP)  # so that all calls are queued before the read
     flood = client("guest")
     flood.flood(silent(write_of("NfcEnabled", False)), 20_000)
     flood.settle()

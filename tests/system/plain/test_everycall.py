@@ -22,8 +22,8 @@ MAY_WRITE = {"root": True, "operator": True, "deputy": False, "mdm": True, "agen
              "pretender": False, "guest": False}
 DENIED, UNKNOWN = "AccessDenied", "UnknownMethod"
 
-# What each kind of caller gets from each member, called with arguments that make sense: the types
-# of the answer, or the error. A write has an answer for those who may not as well.
+# The result of each member for each kind of caller, called with valid arguments: the types of the
+# answer, or the error. A write is answered for callers without rights too.
 ANSWERS = {
     f"{POLICY.interface}.KeyValue": "v",
     f"{POLICY.interface}.SetKeyValue": ("b", DENIED),
@@ -54,7 +54,7 @@ class Member:
         return f"{self.interface}.{self.name}"
 
     def call(self, signature, arguments):
-        """A call of it, a signal's as if it were a method."""
+        """A call of it; a signal is called like a method."""
         address = DBusAddress(POLICY.object_path, SERVICE, self.interface)
         return new_method_call(address, self.name, signature, tuple(arguments))
 
@@ -71,9 +71,9 @@ def members():
 
 
 def outcome(client, message):
-    """What comes of a call: the types of the answer, the error, or None for no answer."""
+    """The outcome of a call: the types of the answer, the error, or None for no answer."""
     serial = client.call(message)
-    end = client.call(introspection())  # the daemon answers one client in order
+    end = client.call(introspection())  # the daemon replies to one client in order
     found = None
     while True:
         reply = client.receive(timeout=60)

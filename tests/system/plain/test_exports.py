@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Of the daemon's own, others see what lock plugins resolve against it and nothing else."""
+"""The daemon exports only the symbols that lock plugins resolve against it."""
 
 import subprocess
 

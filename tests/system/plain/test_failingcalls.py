@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """System calls that fail while the file of a policy or of a switch is written.
 
-A switch belongs to its plugin, which has taken and announced the new value when the file is
-written: that it was not saved is told to the caller, and the plugin keeps the value.
+A switch belongs to its plugin, which has set and announced the new value before the file is
+written: the caller gets the failure, and the plugin keeps the value.
 """
 
 import pytest
@@ -44,7 +44,7 @@ def rows(*families):
 
 
 def make_with(daemon, write, call, text, error):
-    """Makes the write to off with one call failing; the answer, and the file before."""
+    """Writes "off" while one system call fails. Returns the answer, and the file before."""
     # All writes from the second one on make the same calls.
     assert write.make(False) is write.make(True) is True
     rehearsal = SystemCalls(daemon.pid)
@@ -79,7 +79,7 @@ def test_write_that_cannot_be_saved_is_refused(daemon, switches, kind, call, tex
     assert daemon.records() == []
     assert len(daemon.logged()) == 2
     assert files.snapshot(write.FILE) == before
-    # Nothing half-written is left.
+    # No partly written file is left.
     assert not [path for path in write.FILE.parent.iterdir() if ".conf." in path.name]
     assert write.read() is CAMERA_MARKER.exists() is not kind.IS_SWITCH
 
@@ -108,7 +108,7 @@ def test_failure_that_does_not_matter_is_not_told(daemon, switches, kind, call, 
 
 
 def test_new_file_that_cannot_be_removed_is_not_read(daemon):
-    """The file that could not take the other's place stays beside it, and nobody reads it."""
+    """The new file that could not be renamed stays beside the old one, and is never read."""
     daemon.start()
     calls = SystemCalls(daemon.pid, "-e", "inject=rename,unlink:error=EROFS:when=1")
     answer = daemon.set("CameraEnabled", False)

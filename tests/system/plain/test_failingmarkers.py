@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 """System calls that fail while a marker file is made or removed, in a change and at start: the
-daemon says so in a line of its log, and everything else goes its way."""
+daemon logs one line, and everything else is done."""
 
 import pathlib
 import shutil
@@ -16,7 +16,7 @@ from testbed.systemcalls import SystemCalls, failing, injected, traced
 
 @dataclass(frozen=True)
 class Marker:
-    """A policy that is carried out by a file, and what the daemon says when it cannot."""
+    """A policy that is enforced by a marker file, and the warnings when that fails."""
     policy: str
     path: pathlib.Path
     there_when_allowed: bool
@@ -24,7 +24,7 @@ class Marker:
 
 
 def file_warnings(path):
-    """What the daemon says about most markers."""
+    """The daemon's warnings about most markers."""
     return tuple(f'Failed to {what} file: "{path}"' for what in ("remove", "create"))
 
 
@@ -69,7 +69,7 @@ def test_failure_is_reported_and_nothing_else(daemon, marker, creation, call, er
     assert files.stored()[marker.policy] == files.text_of(value)
     assert daemon.policy(marker.policy) is value
     assert marker.path.exists() is not creation
-    # The next change finds its way again.
+    # The next change succeeds again.
     daemon.change(marker.policy, not value)
     daemon.change(marker.policy, value)
     assert marker.path.exists() is creation
@@ -83,7 +83,7 @@ def test_start_goes_on_after_a_failure(daemon, marker, creation, call, error):
         files.write(marker.path, "")
     daemon.wrapper = traced(*options(marker, call, "1+", error))
     daemon.start_observed()
-    # Each policy is carried out twice at start.
+    # Each policy is enforced twice at start.
     assert daemon.complaints().count(f"warning|default|{marker.warnings[creation]}") == 2
     assert marker.path.exists() is not creation
     assert daemon.policy(marker.policy) is value

@@ -16,7 +16,7 @@ SAVING = pytest.mark.parametrize("error", ["ENOSPC", "EROFS", "EIO", "EACCES"])
 
 
 def names_left():
-    """What lies in the folder of the configuration."""
+    """The names in the folder of the configuration."""
     return [path.name for path in files.POLICY_FILE.parent.iterdir()]
 
 
@@ -35,7 +35,7 @@ def test_unreadable_file_is_never_taken_for_a_missing_one(daemon, call, error):
 @LOOKING
 @LOOKING_CALL
 def test_unreadable_switch_file_is_never_taken_for_a_missing_one(daemon, switches, call, error):
-    """Whatever the plugin holds by itself: the seed must not overrule what was decided before."""
+    """Whatever values the plugin has: the seed must not replace the values that were set before."""
     switches.set_switch("lens", [1], False)
     switches.set_switch("other", [], True)
     files.write(files.SWITCH_FILE, content := "[policy]\nlens=false\nother=false\n")

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What a file of policies may hold, how it is understood, and what its rewriting leaves of it."""
+"""The contents of a policy file: how they are read, and what a rewrite keeps of them."""
 
 import pytest
 
@@ -10,7 +10,7 @@ from testbed.policies import KEYS
 
 CAMERA, MICROPHONE = "CameraEnabled", "MicrophoneEnabled"
 SEED = POLICY_FILE.parent / "policy.d/seed.conf"
-# The default of the policy is true, so only what reads as false shows.
+# The default of the policy is true, so only a value that reads as false makes a difference.
 FALSE = [b"false", b"0", b"false  ", b"  false", b"false\r"]
 NOT_FALSE = [b"true", b"1", b"no", b"off", b"False", b"FALSE", b"falsely", b"false # for good",
              b"false;false;", b'"false"', b"00", b"-1", b"", b"\xff\xfe"]
@@ -31,7 +31,7 @@ NO_KEY_FILE = [b"", b"CameraEnabled: false\n", b"CameraEnabled=false\n",
 
 
 def defaults_beside(*already):
-    """The lines of the policies' defaults in a file that has these already."""
+    """The lines that the defaults add to a file that has these lines already."""
     return "".join(f"{key}={files.text_of(key != 'UserReportExportEnabled')}\n"
                    for key in KEYS if key not in already)
 
@@ -44,7 +44,7 @@ def test_values_are_booleans(daemon, value, is_allowed):
     daemon.start_observed()
     assert daemon.policy(CAMERA) is is_allowed
     assert daemon.policy(MICROPHONE) is False
-    # Whatever stood there, what is recorded is a plain value.
+    # Whatever the file had, the event has a plain value.
     assert files.stored()[CAMERA] == files.text_of(is_allowed)
     assert daemon.complaints() == []
 
@@ -67,7 +67,7 @@ def test_bad_value_leaves_others_alone(daemon):
 
 
 def test_seed_that_breaks_off_is_taken_up_to_there(daemon):
-    # Nobody looks whether the file could be loaded as a whole.
+    # The daemon does not check whether loading the file has failed.
     files.write(SEED, "[policy]\nCameraEnabled=false\nthis is no line of a key file\n"
                       "MicrophoneEnabled=false\n")
     daemon.start_observed()

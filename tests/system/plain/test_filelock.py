@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Locks that follow a file, the example for authors of lock plugins, and what counts when the file
+"""The lock plugin that reads a file, the example for plugin authors, and what applies when the file
 is damaged."""
 
 import os
@@ -47,7 +47,7 @@ def kiosk():
 
 
 def damage(kind):
-    """Puts an object of another kind into the place of the file in one step."""
+    """Replaces the file in one step by an object of another kind."""
     draft = FILE.with_suffix(".draft")
     if kind == "malformed":
         draft.write_text("[lock]\npolicies=NoSuchPolicy\n")
@@ -74,12 +74,12 @@ def damage(kind):
 
 
 def kept(fault):
-    """The line of the log when the last good content goes on to count."""
+    """The log line when the last good content stays in force."""
     return f"warning|default|filelock: {FILE} {fault}: its last good content is in force"
 
 
 def never_good(fault):
-    """The line of the log when there has been no good content."""
+    """The log line when there has been no good content."""
     return (f"warning|default|filelock: {FILE} {fault}, and no good content is known: "
             "nothing is in force")
 
@@ -182,7 +182,7 @@ def test_mended_file_is_in_force(daemon, file_lock):
 
 
 def test_removed_file_is_forgotten(daemon, file_lock):
-    """Without the file nothing is locked, and what it once held does not come back."""
+    """Without the file nothing is locked, and its old content does not return."""
     FILE.write_text(CAMERA_LOCKED)
     daemon.start()
     FILE.unlink()
@@ -197,7 +197,8 @@ def test_removed_file_is_forgotten(daemon, file_lock):
 
 
 def test_file_that_went_while_nobody_followed_it_keeps_what_it_held(daemon, file_lock):
-    """As after a mount that failed: a file that is damaged at the next start counts no less."""
+    """As after a failed mount: the kept content applies, also when the file is damaged at the next
+    start."""
     FILE.write_text(CAMERA_LOCKED)
     daemon.start()
     assert daemon.stop() == 0

@@ -21,7 +21,7 @@ ON = f"[lens]\npolicies={CAMERA}\nvalue=true\n"
 @pytest.fixture(autouse=True)
 def file_switch():
     """The plugin, with a file that has a switch for the camera."""
-    files.write(FILE, f"# by the house\n{ON}")
+    files.write(FILE, f"# by the administrator\n{ON}")
     with installed(FILE_SWITCH, SWITCH_PLUGIN):
         yield
     shutil.rmtree(FILE.parent)
@@ -51,7 +51,7 @@ def test_off_forces_its_policies_off(daemon, transcript):
 def test_write_is_kept_beside_comments(daemon):
     daemon.start()
     assert daemon.set_switch("lens", False) is True
-    assert FILE.read_text() == f"# by the house\n\n{OFF}"
+    assert FILE.read_text() == f"# by the administrator\n\n{OFF}"
 
 
 def test_write_keeps_a_link_and_its_privacy(daemon):
@@ -94,7 +94,7 @@ def test_switch_that_goes_frees_its_policies(daemon):
     (f"[lens]\npolicies={CAMERA}\n", "malformed"),
     (f"[lens]\npolicies={CAMERA}\nvalue=perhaps\n", "malformed"),
     ("lens is on\n", "malformed"),
-    ("", "empty"),  # as while it is being written in place
+    ("", "empty"),  # as in the middle of a write in place
 ])
 def test_damaged_file_keeps_the_switches(daemon, content, fault):
     files.write(FILE, OFF)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Callers that are gone when the daemon looks at them."""
+"""Callers that have left the bus when the daemon checks them."""
 
 import pytest
 
@@ -37,7 +37,7 @@ def test_gone_before_the_check(daemon, client, switches, name, key, address):
 
 @pytest.mark.parametrize("value", [True, False])
 def test_gone_between_the_checks_of_a_policy(daemon, root, switches, value):
-    """The change is made and announced all the same; only its enforcement is refused."""
+    """The change is made and announced; only its enforcement is refused."""
     files.store({CAMERA: not value})
     switches.set_switch("cellular", [2], True)  # governs another policy
     daemon.start()
@@ -83,7 +83,7 @@ def test_gone_between_the_checks_of_a_switch(daemon, root, switches):
 
 @pytest.mark.parametrize("name", USERS)
 def test_gone_process_is_judged_by_its_user(daemon, client, name):
-    """The connection outlives the process that opened it: the bus still knows both ids."""
+    """The connection outlives the process that opened it: the bus still has both ids."""
     daemon.start()
     with held([daemon.pid]):
         caller = client(User(name))

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How the client is called, and where its output goes."""
+"""The client's command line and output streams."""
 
 import re
 
@@ -98,7 +98,7 @@ def test_version_is_text():
 
 
 def test_no_program_name():
-    """The kernel puts an empty name where the caller gives none at all."""
+    """The kernel adds an empty name if the caller passes no arguments at all."""
     named = govctl.shell("exec -a '' govctl list --keys")
     assert named.code == 0
     assert "CameraEnabled" in named.lines

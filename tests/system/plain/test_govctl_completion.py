@@ -1,12 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the Tab key makes of a command line of the client."""
+"""Completion of the client's command line in the shells."""
 
 import pytest
 
 from testbed import govctl
 
-# A shell with a command that is completed as the client is and notes its arguments down.
+# A shell with a command that is completed like the client and records its arguments.
 SETUP = """source /usr/share/bash-completion/completions/govctl
 show() { printf '%s\\n' "$@" >answer; }
 complete -F _govctl show

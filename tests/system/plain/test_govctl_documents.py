@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Verbs and options of the client, the same in all that tells of them: the schema of its output,
-its help, its completion and its manual page."""
+"""Verbs and options of the client are the same in the schema of its output, its help, its
+completion and its manual page."""
 
 import json
 import pathlib
@@ -20,7 +20,7 @@ each_verb = pytest.mark.parametrize("verb", VERBS)
 
 
 def completed(*words):
-    """What can stand in the place of the last of these words."""
+    """The completions of the last of these words."""
     outcome = govctl.run("complete", "--json", "--", *words)
     return [candidate["word"] for candidate in outcome.result["candidates"]]
 
@@ -37,20 +37,20 @@ def options_in(text):
 
 
 def options_on(page):
-    """The options on a part of the manual page."""
+    """The options in a section of the manual page."""
     lines = re.findall(r"^\.It Fl (.*?)(?: Ar .*)?$", page, re.MULTILINE)
     return sorted(f"-{name}" for line in lines for name in line.split(" , "))
 
 
 def verbs_on(page):
-    """The verbs on the manual page, each with what stands below it."""
+    """The verbs on the manual page, each with its text."""
     entries = re.split(r"^\.It Cm ", page.partition("\n.Sh EXIT STATUS")[0], flags=re.MULTILINE)
     names = [re.sub(" (Ar|Op|Oo) .*", "", entry.partition("\n")[0]) for entry in entries[1:]]
     return dict(zip(names, entries[1:]))
 
 
 def forms():
-    """How the help of all verbs writes each verb with its arguments, and what it says of it."""
+    """Each verb with its arguments and its summary, from the help."""
     text = help_of().partition("\nVerbs:\n")[2].partition("\n\n")[0]
     rows = [re.split("  +", line.strip(), maxsplit=1) for line in text.split("\n")]
     names = [re.match("[a-z]+( [a-z]+)?(?= |$)", form)[0] for form, _ in rows]
@@ -111,7 +111,7 @@ def test_completion_has_every_argument(process, switches, verb):
     process.start()
     form, _ = forms()[verb]
     words, arguments = verb.split(), form.removeprefix(verb).split()
-    for argument in arguments:  # there are no holds, and any words may be completed
+    for argument in arguments:  # no holds exist, and any words may be completed
         assert bool(completed(*words, "")) == (argument not in ("[HOLD...]", "[WORD...]"))
         words.append("x")
     if not form.endswith("...]"):
@@ -127,7 +127,7 @@ def test_page_has_every_exit_code():
 
 @pytest.mark.parametrize("path", SCRIPTS)
 def test_every_shell_asks_the_program(path):
-    """The scripts hold no verb and no option of their own, but the words of this one call."""
+    """The scripts contain no verb or option except those of this one call."""
     call = "govctl complete --timeout 0.5 -- "
     script = pathlib.Path("/usr/share", path).read_text()
     assert call in script

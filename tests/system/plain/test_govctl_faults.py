@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The client without a bus, a daemon, an answer or the right one: one exit code, one line, and in
-time."""
+"""The client without a bus, without a daemon, or without a valid answer: each fault has its exit
+code and one line of text, within the time limit."""
 
 import signal
 import socket
@@ -13,7 +13,7 @@ from testbed import govctl
 from testbed.fakedaemon import FakeDaemon
 from testbed.files import CAMERA_MARKER, write
 
-# Every verb that wants an answer of the daemon itself.
+# Every verb that needs an answer of the daemon itself.
 ASKING = ("summary", "list", "get CameraEnabled", "set CameraEnabled off", "explain CameraEnabled",
           "switch list", "switch get radio", "switch set radio off", "verify", "export",
           "watch --once", "status", "dump")
@@ -22,7 +22,7 @@ asking = pytest.mark.parametrize("verb", ASKING)
 
 @pytest.fixture
 def silent_bus(tmp_path):
-    """A bus that takes connections and says nothing: the environment that leads to it."""
+    """A bus that accepts connections and never answers: the environment with its address."""
     with socket.socket(socket.AF_UNIX) as listener:
         listener.bind(str(tmp_path / "bus"))
         listener.listen(10)
@@ -31,7 +31,7 @@ def silent_bus(tmp_path):
 
 @pytest.fixture
 def lawless_bus(tmp_path_factory):
-    """A bus of its own on which everybody may own every name: the path of its socket."""
+    """A separate bus on which every user may own every name: the path of its socket."""
     folder = tmp_path_factory.mktemp("bus")
     for path in (folder, folder.parent, folder.parent.parent):
         path.chmod(0o755)
@@ -42,7 +42,7 @@ def lawless_bus(tmp_path_factory):
     with subprocess.Popen(
             ["dbus-daemon", "--nofork", "--print-address", f"--config-file={folder}/bus.conf"],
             stdout=subprocess.PIPE) as process:
-        assert process.stdout.readline()  # it listens from then on
+        assert process.stdout.readline()  # printed when it listens
         yield str(folder / "socket")
         process.kill()
 
@@ -67,7 +67,7 @@ def test_silent_bus(silent_bus, verb):
 
 
 def test_silent_bus_and_completion(silent_bus):
-    """Whoever completes a word can do without the switches, but not without the shell."""
+    """A completion may lack the switches, but it must not block the shell."""
     silent = govctl.run("--timeout", "0.2", "complete", "--", "switch", "get", "",
                         environment=silent_bus)
     assert (silent.code, silent.out, silent.err) == (0, "", "")
@@ -101,7 +101,7 @@ def test_daemon_stuck_in_a_write(process, switches):
 
 
 def test_daemon_that_leaves(daemon, transcript):
-    """The bus tells, so nobody waits for the time-out."""
+    """The bus reports it, so the client does not wait for its time-out."""
     daemon.start()
     daemon.signal(signal.SIGSTOP)
     with govctl.Govctl("get CameraEnabled --timeout 86400 --json") as client:
@@ -130,7 +130,7 @@ def test_foreign_owner(lawless_bus, verb):
 
 
 def test_foreign_successor(lawless_bus):
-    """What it announces is not shown, neither before it is known nor after."""
+    """Its announcements are not shown, neither before its user is known nor after."""
     environment = {govctl.BUS_ADDRESS: f"unix:path={lawless_bus}"}
     with FakeDaemon(path=lawless_bus):
         watch = govctl.watch("--once", environment=environment)
@@ -164,7 +164,7 @@ def test_wrong_answers(call, answer, verb):
 
 
 def test_right_answers():
-    """The rows of wrong answers fail for the answer that they change alone."""
+    """The rows of wrong answers fail only because of the answer that they change."""
     with FakeDaemon() as fake:
         assert govctl.run("get CameraEnabled").out == "on\n"
         assert govctl.run("switch list").out == '"radio"  on  WlanEnabled\n'
@@ -173,7 +173,7 @@ def test_right_answers():
 
 
 def test_empty_object():
-    """Somebody has the name and nothing behind it."""
+    """The owner of the name has no object."""
     with FakeDaemon() as fake:
         fake.answers.clear()
         empty = govctl.run("list")
@@ -182,7 +182,7 @@ def test_empty_object():
 
 
 def test_write_without_effect():
-    write(CAMERA_MARKER, "")  # what is there while the camera is on
+    write(CAMERA_MARKER, "")  # exists while the camera is on
     with FakeDaemon():
         policy, switch = govctl.run("set CameraEnabled off"), govctl.run("switch set radio off")
     assert (policy.code, switch.code) == (8, 0)

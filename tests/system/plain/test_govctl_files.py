@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Files that say how a device shall be: govctl export, diff and apply."""
+"""Files with the wanted state of a device: govctl export, diff and apply."""
 
 import pytest
 
@@ -30,7 +30,7 @@ def radio(switches):
 
 
 def changes(outcome):
-    """What was changed, as keys with their new values."""
+    """The changes, as keys with their new values."""
     return {step["key"]: step["value"] for step in outcome.result["changes"]}
 
 
@@ -80,7 +80,7 @@ def test_apply_changes_what_differs_and_nothing_else(daemon, radio, wanted):
     assert outcome.code == 0
     assert changes(outcome) == changes(dry) == {
         "CameraEnabled": False, "radio": False, "NfcEnabled": True}
-    # What forbids comes first.
+    # Writes of "off" come first.
     assert [step["value"] for step in outcome.result["changes"]] == [False, False, True]
     assert stored()["CameraEnabled"] == "false" and stored()["NfcEnabled"] == "true"
     assert daemon.switch("radio") is False
@@ -126,7 +126,7 @@ def test_lock_is_seen_before_anything_changes(daemon, lock_plugin, wanted):
     assert (refused.code, refused.error) == (3, "locked")
     assert "nothing was changed" in refused.document["error"]["message"]
     assert daemon.records() == []
-    # That a lock keeps it off is what this file wants.
+    # This file wants it off, as the lock does.
     assert changes(govctl.run("apply", wanted({"CameraEnabled": "false"}), "--json")) == {}
 
 

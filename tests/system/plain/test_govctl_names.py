@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How the client knows policies by their names, and what it makes of other words."""
+"""Names of policies on the client's command line, and suggestions for unknown ones."""
 
 import pytest
 
@@ -9,7 +9,7 @@ from testbed.policies import KEYS
 
 
 def near(name):
-    """The failure that a name gets which no policy has."""
+    """The failure for an unknown name."""
     outcome = govctl.run("get", name, "--json")
     assert (outcome.code, outcome.error) == (2, "unknown-policy")
     return outcome.document["error"]

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the client tells of the files that plugins go by, shown with the one that lists locks."""
+"""What the client reports of the plugins' files, tested with the file of locks."""
 
 import pathlib
 
@@ -61,7 +61,7 @@ def test_without_plugins_there_is_nothing_to_tell(process):
 
 
 def test_without_a_daemon_nothing_is_known(process, file_lock):
-    """What a daemon has left behind says nothing about now."""
+    """A report that an earlier daemon has left does not describe the present."""
     process.start()
     assert process.stop() == 0
     assert list(STATES.iterdir())

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The verbs of the client about the whole device: status, can and dump."""
+"""The verbs of the client about the device: status, can and dump."""
 
 import pytest
 
@@ -69,7 +69,7 @@ def test_status_knows_what_it_does_not_know():
     ("root", "root"), ("mdm", "member"), ("agent", "member"), ("operator", "group"),
     ("deputy", "none"), ("pretender", "none"), ("guest", "none")])
 def test_can_tells_why(process, user, right):
-    """The daemon has the last word: it must agree."""
+    """The daemon decides, so its answer must agree."""
     allowed = right != "none"
     text = govctl.run("can", user=user)
     assert text.code == (0 if allowed else 1)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The verbs of the client for access switches, and what switches do to policies."""
+"""The verbs of the client for access switches, and the effect of switches on policies."""
 
 import re
 
@@ -128,7 +128,7 @@ def test_policy_under_a_switch_can_be_set(process, switches):
 
 
 def test_strange_names_survive(process, switches):
-    """Keys of switches are the plugin's own: they can hold anything."""
+    """The plugin chooses the keys of switches, so they can contain any characters."""
     umlaut, nasty = "Schalter für WLAN", "a\nb\033[31m"
     switches.set_switch(umlaut, [WLAN], False)
     switches.set_switch(nasty, [CAMERA], True)

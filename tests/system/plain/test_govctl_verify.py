@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What govctl says of policies being in force, against a device that does or does not follow."""
+"""govctl verify on a device whose services do, or do not, what the daemon asks."""
 
 import pytest
 
@@ -15,7 +15,7 @@ IN_FORCE, NOT_IN_FORCE, NOT_ENFORCED, UNSEEN = (
 
 
 def state(key):
-    """The state of one policy, and what was seen."""
+    """The state of one policy, and the findings."""
     policy, = govctl.run("verify", key, "--json").result["policies"]
     return policy["state"], " ".join(policy["seen"])
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The verb of the client that watches, and the commands that it runs."""
+"""govctl watch, and the commands that it runs."""
 
 import datetime
 import signal
@@ -31,7 +31,7 @@ def forged(key, destination=None):
 
 
 def results(outcome):
-    """The results in the lines of what a run gave."""
+    """The results in the output lines of a run."""
     return [govctl.valid(line)["result"] for line in outcome.lines]
 
 
@@ -99,7 +99,7 @@ def test_follows_the_daemon_across_a_restart(process):
 
 
 def test_hears_the_first_announcement_of_a_new_daemon():
-    """It may come as soon as the daemon has the name."""
+    """The daemon may announce as soon as it has the name."""
     with FakeDaemon():
         watch = govctl.watch("--once")
     with watch, FakeDaemon() as fresh:
@@ -116,7 +116,7 @@ def test_heeds_nobody_else(process, root, guest):
         for stranger in (root, guest):
             stranger.send(forged("VpnEnabled"))
             stranger.send(forged("NfcEnabled", target))
-            stranger.settle()  # the bus has passed them on before it passes on what comes next
+            stranger.settle()  # the bus has passed them on before the next messages
         process.change(CAMERA, False)
         line, = watch.finish().lines
     assert CAMERA in line
@@ -183,7 +183,7 @@ def test_tells_of_a_failing_command(process, command, complaint):
 
 
 def test_commands_keep_the_order(process, tmp_path):
-    """Each command waits for a pass of the test's, so the events behind it have to wait as well."""
+    """Each command waits until the test lets it end, so the events behind it wait as well."""
     ticket = tmp_path / "pass"
     process.start()
     command = f'until rm {ticket} 2>/dev/null; do sleep 0.01; done; echo "ran $GOVCTL_VALUE"'

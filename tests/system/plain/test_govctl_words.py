@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What govctl lists and says, and for how long it waits."""
+"""The texts and lists of govctl, and its waiting times."""
 
 import subprocess
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Policies that switches govern: a reader gets the word of all of them, a write that of the first."""
+"""Policies that switches govern: a read asks all of the switches, a write only the first."""
 
 import pytest
 
@@ -8,7 +8,7 @@ from testbed import files
 from testbed.daemon import announcement, event, event_text
 from testbed.files import CAMERA_MARKER
 
-OTHER = "Other"  # the name of no policy: of type 0
+OTHER = "Other"  # no policy has this key; its type is 0
 
 
 @pytest.fixture
@@ -26,7 +26,7 @@ def in_order(daemon):
 
 
 def questions(keys):
-    """The calls of the plugin when these switches are asked about one policy."""
+    """The calls to the plugin when these switches are asked about one policy."""
     return ["keyPolicyTypes", *(f"keyValue {key}" for key in keys)]
 
 
@@ -37,7 +37,7 @@ def failure(code):
 
 
 def set_in_order(switches, keys, *values):
-    """Gives the switches their values without a word."""
+    """Gives the switches their values without an announcement."""
     for key, value in zip(keys, values):
         switches.set_entries(key, value=value)
 
@@ -96,7 +96,7 @@ def test_reading_no_policy_type_asks_switches_of_type_0(daemon, switches):
     daemon.change(OTHER, True)
     assert daemon.policy(OTHER) is True
     switches.set_entries("zero", value=False)
-    # A key that nobody has stored, too: without the switch it would have no value.
+    # So does a key without a stored value, which would have no value without the switch.
     for key in (OTHER, "cameraenabled", "NoPolicy"):
         assert daemon.policy(key) is False
     assert daemon.policy("CameraEnabled") is True
@@ -104,7 +104,7 @@ def test_reading_no_policy_type_asks_switches_of_type_0(daemon, switches):
 
 @pytest.mark.parametrize("a, b", [(True, True), (False, True), (True, False)])
 def test_start_enforces_what_readers_see(daemon, camera_switches, a, b):
-    """The last word at the start is that of all switches, whichever of them is the first."""
+    """The last enforcement at the start asks all switches, so their order does not matter."""
     files.store({"CameraEnabled": True})
     set_in_order(camera_switches, "ab", a, b)
     daemon.start()
@@ -130,7 +130,7 @@ def test_first_switch_counts_for_writes(daemon, camera_switches, root, first, se
     assert question[:2] == ("call", "GetConnectionUnixProcessID")
     assert said == [question, event("CameraEnabled", False, True), question,
                     announcement("CameraEnabled", enforced), ("reply", True)]
-    # The reader's questions are for the old value in the event.
+    # The questions of a read are for the old value in the event.
     assert camera_switches.calls(before) == questions(keys[:asked]) + questions(keys[:1])
     assert CAMERA_MARKER.exists() is enforced
     assert files.stored()["CameraEnabled"] == "true"
@@ -143,7 +143,7 @@ def test_writing_false_does_not_ask_switches(daemon, switches):
     daemon.start()
     before = len(switches.calls())
     daemon.change("CameraEnabled", False)
-    # The one question is the reader's, for the old value in the event.
+    # The only question is that of a read, for the old value in the event.
     assert switches.calls(before) == ["keyPolicyTypes", "keyValue a", "keyPolicyTypes"]
 
 
@@ -175,7 +175,7 @@ def test_store_keeps_true_under_a_switch_that_is_off(daemon, switches):
     assert daemon.policy("CameraEnabled") is False
     assert not CAMERA_MARKER.exists()
     daemon.forget()
-    # The same value again is no change, although readers see another one.
+    # The same stored value again is no change, although the effective value differs.
     daemon.change("CameraEnabled", True)
     assert daemon.records() == [event_text("CameraEnabled", False, True)]
     assert daemon.announcements() == []

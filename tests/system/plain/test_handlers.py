@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Each policy is carried out by calls to services, whatever is wrong with them."""
+"""The handlers of each policy call the services, with and without faults."""
 
 import pytest
 
@@ -16,7 +16,7 @@ ABSENT = ("org.freedesktop.DBus.Error.ServiceUnknown",
 DIED = ("org.freedesktop.DBus.Error.NoReply",
         "Message recipient disconnected from message bus without replying")
 REFUSED = ("org.example.Refused", "Failed on purpose")
-FAULTS = {  # what goes wrong, and in which errors the calls end one after the other
+FAULTS = {  # the fault, and the errors in which the calls end, in order
     "absent": (None, (ABSENT, ABSENT)),
     "error": (error(REFUSED[0]), (REFUSED, REFUSED)),
     "death": (DEATH, (DIED, ABSENT)),
@@ -24,7 +24,7 @@ FAULTS = {  # what goes wrong, and in which errors the calls end one after the o
 
 
 def orders(daemon, service):
-    """The calls to a service, but for the one that a USB-mode service gets before all others."""
+    """The calls to a service, without the first one to a USB-mode service (the whitelist)."""
     return [call for call in daemon.calls(service.NAME) if call[3] != "set_whitelisted_modes"]
 
 
@@ -73,7 +73,7 @@ def test_odd_answer_is_success(daemon, services, handler, fault):
 
 @pytest.mark.parametrize("handler", ONE_FOR_EACH_SERVICE, ids=str)
 def test_late_answer_is_waited_for(daemon, services, handler):
-    """When a change is confirmed, it is in force."""
+    """The daemon replies only when the change is in force."""
     daemon.start()
     services[handler.service].fail(late(0.2))
     daemon.change(handler.key, False)
@@ -90,7 +90,7 @@ def test_late_answer_is_waited_for(daemon, services, handler):
 
 @pytest.mark.parametrize("handler", [row for row in HANDLERS if DIRECT in row.routes], ids=str)
 def test_direct_handler_needs_no_service(daemon, services, handler):
-    """Without a service it fails at once, and does not try again when the service appears."""
+    """Without the service it fails at once, and is not repeated when the service appears."""
     service = services[handler.service]
     service.leave()
     daemon.start()
@@ -110,7 +110,7 @@ def test_direct_handler_needs_no_service(daemon, services, handler):
 
 @pytest.mark.parametrize("handler", [row for row in HANDLERS if row.routes == (WATCHED,)], ids=str)
 def test_tasks_wait_for_the_service_in_order(daemon, services, handler):
-    """First the tasks of the start: of each stored value, and of all once more."""
+    """First come the tasks of the start: for each stored value, and for all policies again."""
     # User reports are forbidden without device information.
     start = {row.key: row.key != "UserReportExportEnabled" for row in HANDLERS}
     changes = [not start[handler.key], start[handler.key], not start[handler.key]]
@@ -129,7 +129,7 @@ def test_tasks_wait_for_the_service_in_order(daemon, services, handler):
 @pytest.mark.parametrize("values", [dict.fromkeys([row.key for row in HANDLERS], value)
                                     for value in (False, True)], ids=["forbidden", "allowed"])
 def test_all_policies_are_carried_out_twice_at_start(daemon, services, values):
-    """Each as its value is stored, and once more when all are set up."""
+    """Each when its value is stored, and again when all have values."""
     files.store(values)
     daemon.start_observed()
     for service in services:

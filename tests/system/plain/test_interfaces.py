@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the daemon offers on the bus, that it offers nothing else, and what its messages are."""
+"""The daemon's interfaces on the bus, that there are no others, and the form of its messages."""
 
 import pathlib
 import xml.etree.ElementTree
@@ -31,7 +31,7 @@ interface name=org.kvt.PolicyManager.Policy
   arg name=value type=v direction=in
   arg type=b direction=out
 """,
-    # The result of SetKeyValue is said to be a number, which it is not.
+    # The result of SetKeyValue is described as a number, but sent as a boolean.
     SWITCH.interface: """\
 interface name=org.kvt.PolicyManager.Switch
  signal name=SwitchChanged
@@ -50,7 +50,7 @@ interface name=org.kvt.PolicyManager.Switch
  method name=Keys
   arg type=as direction=out
 """}
-OF_THE_MANAGER = [  # methods that are not for the bus, with arguments
+OF_THE_MANAGER = [  # methods of the class that must not be on the bus, with arguments
     ("updatePolicyValue", "sv", (CAMERA, VALUE)),
     ("enforceSwitchPolicies", "sv", (CAMERA, VALUE)),
     ("onPolicyIsLockedChanged", "sb", (CAMERA, True)),
@@ -78,7 +78,7 @@ REPLIES = [  # their signatures and values
     (read_of(CAMERA), "v", ("b", True)),
     (write_of(CAMERA, False), "b", True),
     (read_of("lens", SWITCH), "v", ("b", True)),
-    (write_of("lens", False, address=SWITCH), "b", True),  # said to be "i"
+    (write_of("lens", False, address=SWITCH), "b", True),  # described as "i"
     (write_of("gate", True, address=SWITCH), "b", False),
     (new_method_call(SWITCH, "KeyPolicyTypes", "s", ("lens",)), "ai", [1, 45]),
     (new_method_call(SWITCH, "Keys"), "as", ["lens"]),

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Without a journal at its start the daemon looks for one once, and never does anything for it;
-with one, records change nothing on the bus."""
+"""Without a journal at its start the daemon looks for one once, and then makes no records. With
+one, records change nothing on the bus."""
 
 import os
 import pathlib

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon killed: it loses nothing that it has acknowledged, leaves no state that it never was
-in, and the next start reads what it left."""
+"""A killed daemon: no acknowledged write is lost, the files are never in a state between two
+writes, and the next start reads them."""
 
 import os
 import random
@@ -35,7 +35,7 @@ def test_file_is_old_or_new_wherever_a_write_is_killed(daemon, switches, key, fi
             assert make(key, old_value) is True
 
     def kill(place):
-        """Whether the file holds the old content after a kill there, and whether it came to it."""
+        """Whether the file has the old content after a kill there, and whether it was reached."""
         daemon.start()
         value = not read(key)
         prepare(not value)
@@ -89,7 +89,7 @@ def test_start_after_a_killed_first_start_has_every_default(daemon, tmp_path):
         daemon.wrapper = traced(*place.killing())
         try:
             daemon.start()
-            daemon.kill()  # what comes after the start, or came in another number this time
+            daemon.kill()  # the place lies after the start, or this run has fewer such calls
         except ChildProcessError:
             pass
         content = files.POLICY_FILE.read_text() if files.POLICY_FILE.exists() else None
@@ -126,7 +126,7 @@ def test_nothing_acknowledged_is_lost_at_random(daemon):
             for number in range(BURST):
                 if number == end:
                     daemon.kill()
-                # The bus answers for the one that has gone.
+                # The bus sends an error for calls to a closed connection.
                 message = client.receive(timeout=60)
                 while HeaderFields.reply_serial not in message.header.fields:
                     message = client.receive(timeout=60)

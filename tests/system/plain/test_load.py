@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Many clients at once, with and without rights: all that anybody can see fits to one order of the
-writes that were accepted, and to nothing else."""
+"""Many clients at once, with and without rights: all replies, signals and events agree with one
+order of the accepted writes."""
 
 import collections
 import os
@@ -24,14 +24,14 @@ NEVER_ANSWERED = 60  # calls of one client at a time, so that the bus does not r
 
 @dataclass(frozen=True)
 class Deed:
-    """A call of a client: a read, or a write of a value, and what came of it."""
+    """A call of a client: a read, or a write of a value, and its result."""
     key: str
     written: object  # None for a read
     answer: object  # the value that was read, or whether a write was accepted; None for a refusal
 
 
 def message_of(chance, number, key):
-    """A call as somebody makes it, and the value that it writes, if any."""
+    """A message, and the value that it writes, if any."""
     if chance.random() < 0.4:
         return read_of(key), None
     if KEYS.index(key) % 5 == 0:
@@ -42,7 +42,7 @@ def message_of(chance, number, key):
 
 
 def work(clients, calls):
-    """Lets each client make so many calls, all at the same time; the deeds of each, in order."""
+    """Makes so many calls with all clients at the same time; the deeds of each, in order."""
     chance, numbers = random.Random(SEED), iter(range(1 << 30))
     deeds = [[] for _ in clients]
     for _ in range(0, calls, NEVER_ANSWERED):
@@ -54,7 +54,7 @@ def work(clients, calls):
                 message, value = message_of(chance, next(numbers), key)
                 sent[-1][client.call(message)] = key, value
         for client, calls_of, done in zip(clients, sent, deeds):
-            for serial, (key, value) in calls_of.items():  # the daemon answers one client in order
+            for serial, (key, value) in calls_of.items():  # replies to one client are in order
                 reply = client.answer(serial)
                 refused = reply.header.message_type == MessageType.error
                 content = None if refused else reply.body[0]
@@ -63,7 +63,7 @@ def work(clients, calls):
 
 
 class History:
-    """The changes in the order in which they happened, as the audit events tell them."""
+    """The changes in their order, from the audit events."""
 
     def __init__(self, before, events):
         self.now = dict(before)
@@ -103,7 +103,7 @@ def test_everything_fits_to_one_order_of_the_writes(daemon, client, system_logs)
     clients = [client(user) for user in users]
     deeds = work(clients, calls)
     history = History(before, map(parsed, daemon.records()))
-    # Nobody without rights gets anything accepted, and whoever has some is refused nothing.
+    # Without rights every write is refused; with rights every write is accepted.
     for user, done in zip(users, deeds):
         writes = {deed.answer for deed in done if deed.written is not None}
         assert writes == {True if MAY_WRITE[user] else None}
@@ -113,10 +113,10 @@ def test_everything_fits_to_one_order_of_the_writes(daemon, client, system_logs)
     happened = collections.Counter((key, value) for key, changes in history.changes.items()
                                    for _, value in changes)
     assert accepted == happened and sum(accepted.values()) > calls
-    # Listeners hear the same history.
+    # The signals give the same history.
     assert history.announcements == [
         words for words in daemon.said() if words[0] == "signal" or words[1] == "sendEventStringAlt"]
-    # Each client's account has its place in it.
+    # The calls of each client fit into it.
     for user, done in zip(users, deeds):
         place = 0
         for deed in done:
@@ -124,7 +124,7 @@ def test_everything_fits_to_one_order_of_the_writes(daemon, client, system_logs)
                 place = history.place_of(deed.key, deed.answer, place)
             elif deed.answer:
                 place = history.place_of(deed.key, deed.written, place)
-    # And so it ends.
+    # The final values are those of the last changes.
     assert {key: daemon.policy(key) for key in KEYS} == history.now
     assert files.stored() == {key: files.text_of(bool(value))
                               for key, value in history.now.items()}

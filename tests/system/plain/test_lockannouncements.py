@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""News of a lock are passed on as what readers see from now on, if they hold."""
+"""An announcement of a lock is passed on with the effective value, if the lock has changed."""
 
 import pytest
 
@@ -59,7 +59,7 @@ def test_news_of_another_source_count_too(daemon, lock_plugin):
     two.set_locked()
     two.announce(CAMERA, False)
     assert daemon.announcements() == []
-    two.announce(CAMERA, True)  # not by itself, but it is
+    two.announce(CAMERA, True)  # it does not lock the policy itself, but another plugin does
     assert daemon.announcements() == [announcement(CAMERA, False)]
     daemon.forget()
     one.set_locked()
@@ -90,7 +90,7 @@ def test_freed_policy_without_its_switch_is_announced_as_false(daemon, switches,
 
 
 def test_freed_policy_without_a_value_is_not_announced(daemon, lock_plugin):
-    """An announcement without a value cannot travel."""
+    """A signal without a value cannot be sent."""
     plugin = lock_plugin(CAMERA)
     plugin.set_locked(CAMERA)
     daemon.start()
@@ -104,7 +104,7 @@ def test_freed_policy_without_a_value_is_not_announced(daemon, lock_plugin):
 
 @pytest.mark.parametrize("locked", [True, False])
 def test_nothing_is_enforced_or_written(daemon, lock_plugin, locked):
-    """A lock changes what readers see, not what is in force."""
+    """A lock changes the effective value, not the enforced one."""
     keys = (CAMERA, MICROPHONE, "UsbDevicesEnabled", "BrowserEnabled")
     plugin = lock_plugin(*keys)
     daemon.start()

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Which files in the folder of lock plugins are loaded, how, and what is said of the others."""
+"""Which files in the folder of lock plugins are loaded, how, and what is logged about others."""
 
 import os
 import pathlib
@@ -39,14 +39,14 @@ def plugin_lines(daemon):
 
 
 def is_failure(line, path):
-    """Whether this is the line about a file that cannot be loaded, with a reason. The path stands
-    there as it is, without the quotes and escapes that other lines have."""
+    """Whether this is the line about a file that cannot be loaded, with a reason. It has the path
+    without the quotes and escapes of other lines."""
     start = f"warning|default|Cannot load plugin {path}: "
     return line.startswith(start) and len(line) > len(start) + 20
 
 
 def child_notes():
-    """What the plugin "child" has noted down."""
+    """The records of the plugin "child"."""
     return CHILD_NOTES.read_text().splitlines()
 
 
@@ -112,7 +112,7 @@ def test_plugin_added_later_is_not_loaded(daemon, lock_plugin):
 
 
 def test_later_plugin_of_a_name_replaces_the_earlier(daemon, lock_plugin):
-    """Later in the listing of the folder, whose order is its own affair."""
+    """Later means later in the listing of the folder, whose order is not defined."""
     lock_plugin(CAMERA, file="one.so", name="same").set_locked(CAMERA)
     lock_plugin(BROWSER, file="two.so", name="same").set_locked(BROWSER)
     listing = os.listdir(LOCK_PLUGINS)

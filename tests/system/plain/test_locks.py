@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A locked policy reads false and takes no change; the plugin is asked each time."""
+"""A locked policy reads false and refuses writes; the plugin is asked each time."""
 
 import pytest
 from jeepney import HeaderFields, MessageType
@@ -67,7 +67,7 @@ def test_lock_needs_no_announcement(daemon, lock_plugin):
 
 
 def test_second_source_is_asked_only_when_the_first_is_free(daemon, lock_plugin):
-    """Which of the two is the first differs from run to run, so both ways round are tried."""
+    """The order of the two differs between runs, so both orders are tried."""
     plugins = [lock_plugin(CAMERA, file=f"{name}.so", name=name) for name in ("one", "two")]
     daemon.start()
 
@@ -123,7 +123,7 @@ def test_policy_that_is_free_again_takes_changes(daemon, lock_plugin):
 
 
 def test_policy_locked_since_start_has_no_value(daemon, lock_plugin, root):
-    """The default was refused like any other change, so there is nothing to read: no reply."""
+    """The default was refused like any other write, so a read gets no reply."""
     plugin = lock_plugin(CAMERA)
     plugin.set_locked(CAMERA)
     daemon.start()
@@ -147,7 +147,7 @@ def test_policy_locked_since_start_is_enforced_as_off(daemon, lock_plugin, audio
     files.store({MICROPHONE: True})
     daemon.start_observed()
     assert not CAMERA_MARKER.exists()
-    # Not for the stored value, which was refused, but once in the set-up.
+    # Not for the stored value, which was refused, but in the pass over all policies.
     call, = daemon.calls("org.freedesktop.ohm.mdm")
     assert call[-2:] == ("microphone", "disabled")
 
@@ -163,8 +163,8 @@ def test_stored_value_of_a_locked_policy_is_not_touched_at_start(daemon, lock_pl
 
 
 def test_no_policy_is_not_set_up(daemon, lock_plugin):
-    """Number 0 gets a default like all others, which is its one question, but stands for nothing
-    that could be set up."""
+    """Number 0 gets a default, for which its lock is asked once, but the pass over all policies
+    leaves it out."""
     plugin = lock_plugin("NoPolicy", CAMERA)
     daemon.start_observed()
     assert plugin.calls().count("policyIsLocked NoPolicy") == 1

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Texts that come from callers and services forge no line in any log: each event is one message to
-the system log, and each message of the daemon is one line, of which only so much is kept.
+"""Texts from callers and services cannot forge a log line: each event is one message to the system
+log, and each message of the daemon is one line of limited length.
 
-The text of an event is fixed and holds what the caller sent, line breaks included. It travels to
-the system log as one datagram; escaping it is left to whoever writes lines from that.
+The text of an event is fixed and contains what the caller sent, line breaks included. It is sent to
+the system log as one datagram; the log service escapes it.
 """
 
 import re
@@ -17,9 +17,9 @@ from testbed.services.service import Fault
 from testbed.waiting import wait_until
 
 CAMERA = "CameraEnabled"
-LONGEST = 1024  # bytes of the longest text that the log holds whole, with quotes and escapes
+LONGEST = 1024  # bytes of the longest text that is not cut, with quotes and escapes
 FORGED_EVENT = f"x\n<14>Jan  1 00:00:00 govd: {event_text(CAMERA, False, True)}"
-HOSTILE = {  # what breaks the line, the format or the terminal of whoever prints it carelessly
+HOSTILE = {  # texts that would break a line, a format string or a terminal
     "line break": "a\nb",
     "carriage return": "a\rb",
     "other line ends": "a\u0085b\u2028c\u2029d\v\f",
@@ -37,13 +37,13 @@ WHOLE_LINE = re.compile(r"(debug|info|warning|critical)\|[\w.]+\|[^\x00-\x1f\x7f
 
 
 def broken(lines):
-    """The lines of the log that are not the whole of one message."""
+    """The log lines that are not one complete message."""
     return [line for line in lines if not WHOLE_LINE.fullmatch(line)
             or line.startswith("warning|default|Failed to enforce")]
 
 
 def texts(logs):
-    """The texts of the events that the log service has got."""
+    """The texts of the events that the log service has received."""
     return [text for _, _, text in logs.events]
 
 
@@ -85,7 +85,7 @@ def test_switch_messages_are_one_line_each(daemon, switches, text):
 
 
 def quoted_ends(text):
-    """How a line may end that has the text in quotes, or the mark where it is cut."""
+    """The possible ends of a line: the text in quotes, or the mark where it is cut."""
     escaped = text.replace("\\", "\\\\").replace('"', '\\"')
     if len(text) > LONGEST // 2 or any(not character.isprintable() for character in text):
         return (" more bytes]", '"', '")', " more bytes])")
@@ -94,7 +94,7 @@ def quoted_ends(text):
 
 @EVERY_TEXT
 def test_error_of_a_service_is_one_line(daemon, network, runtime_manager, system_logs, text):
-    """Two of the daemon's messages give the text of an error; the log service's is not looked at."""
+    """Two messages of the daemon contain an error's text; errors of the log service are ignored."""
     for service in (network, runtime_manager, system_logs):
         service.fail(Fault("error", name="org.example.Refused", text=text))
         service.appear()
@@ -110,7 +110,7 @@ def test_error_of_a_service_is_one_line(daemon, network, runtime_manager, system
 
 
 def test_text_too_long_for_the_system_log(daemon, system_logs):
-    """A datagram has a largest size, beyond which the system log gets nothing; the service does."""
+    """The system log gets nothing beyond the largest datagram; the log service does."""
     system_logs.appear()
     daemon.start()
     text = "t" * (1 << 20)
@@ -134,7 +134,7 @@ def test_long_text_is_cut(daemon, character):
 
 
 def test_lines_of_readers_are_limited(daemon, switches):
-    """Reading needs no right: what a failing plugin makes of it must not fill the log."""
+    """Reading needs no right, so the lines about failing reads must not fill the log."""
     reads, burst = 50, 20  # a failing read is two lines
     switches.set_switch("lens", [1], 7)
     daemon.start()

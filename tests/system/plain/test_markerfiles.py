@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Files that are there while a feature is allowed, and one that is there while it is forbidden."""
+"""Marker files, which exist while a feature is allowed; one exists while it is forbidden."""
 
 import pathlib
 from dataclasses import dataclass
@@ -16,7 +16,7 @@ class Marker:
     """A policy's file."""
     key: str
     path: pathlib.Path
-    there: bool  # the value with which it is there
+    there: bool  # the value with which it exists
     cannot_create: str
     cannot_remove: str
 
@@ -40,7 +40,7 @@ each_marker = pytest.mark.parametrize("marker", MARKERS, ids=str)
 
 
 def store(is_there):
-    """Lets the next start find values with which the markers are there, or are not."""
+    """Stores values with which the next start makes all markers, or removes them."""
     files.store({marker.key: marker.there == is_there for marker in MARKERS})
 
 
@@ -95,7 +95,7 @@ def test_present_file_is_left_alone(daemon, marker):
     assert files.snapshot(marker.path) == before
     daemon.start()
     assert files.snapshot(marker.path) == before
-    # Somebody else makes it between two changes.
+    # Another program makes it between two changes.
     daemon.change(marker.key, not marker.there)
     files.write(marker.path, "not the daemon's\n")
     made = files.snapshot(marker.path)
@@ -118,7 +118,7 @@ def test_missing_file_is_left_missing(daemon, marker):
 def test_other_policies_do_not_touch_the_file(daemon, marker):
     store(True)
     daemon.start()
-    marker.path.unlink()  # it would come back
+    marker.path.unlink()  # an enforcement would make it again
     others = {"CameraEnabled", "UserReportExportEnabled", "DeveloperShellEnabled",
               "LocationEnabled", "DeveloperModeEnabled", "UsbDeveloperModeEnabled"}
     for key in others - {marker.key}:
@@ -137,7 +137,7 @@ def test_file_in_place_of_the_folder(daemon, marker):
     assert daemon.logged() == [marker.cannot_create]
     assert daemon.said() == [event(marker.key, not marker.there, marker.there),
                              announcement(marker.key, marker.there), ("reply", True)]
-    assert daemon.policy(marker.key) is marker.there  # the value counts all the same
+    assert daemon.policy(marker.key) is marker.there  # the value is stored
     daemon.change(marker.key, not marker.there)
     assert marker.path.parent.read_text() == "no folder\n"
     assert daemon.logged() == [marker.cannot_create]
@@ -152,7 +152,7 @@ def test_folder_that_cannot_be_made(daemon, marker):
         assert daemon.logged() == [marker.cannot_create]
         assert not marker.path.parent.exists()
     daemon.change(marker.key, not marker.there)
-    daemon.change(marker.key, marker.there)  # nothing is remembered of a failure
+    daemon.change(marker.key, marker.there)  # a failure has no later effect
     assert marker.path.exists()
     assert daemon.logged() == [marker.cannot_create]
 
@@ -190,12 +190,12 @@ def test_folder_in_place_of_the_file(daemon, marker):
     store(True)
     files.write(marker.path / "inside", "x")
     daemon.start_observed()
-    assert daemon.complaints() == []  # whatever is there is left alone
+    assert daemon.complaints() == []  # an object of another kind is left as it is
     daemon.forget()
     daemon.change(marker.key, not marker.there)
     assert daemon.logged() == [marker.cannot_remove]
     assert (marker.path / "inside").read_text() == "x"
-    # At a start the policy is carried out twice: as it is stored, and again with all others.
+    # At a start the policy is enforced twice: when it is stored, and again with all others.
     assert daemon.stop() == 0
     daemon.start_observed()
     assert daemon.complaints() == 3 * [marker.cannot_remove]

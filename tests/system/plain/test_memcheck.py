@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Start, a write of each policy and stop use no memory that is not the daemon's or has no value, and
-lose none."""
+"""A start, a write of each policy and a stop under valgrind: no invalid or uninitialised memory is
+used, and none is leaked."""
 
 from testbed.policies import KEYS
 

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 """Odd contents of the policy file, and every kind of object in the place of each file and folder
-that the daemon touches: it does not hang, ends in order, and writes nowhere else.
+that the daemon touches: it does not hang, ends with code 0, and writes nowhere else.
 
-A link in the place of a configuration file is read through and, by the first write, replaced by a
-file; a link to nothing in the place of a marker has the marker made where it leads. All these
+A link in the place of a configuration file is followed for reading, and the first write replaces it
+by a file. A dangling link in the place of a marker makes the daemon create its target. All these
 folders belong to root.
 """
 
@@ -28,7 +28,7 @@ VICTIM, NOWHERE = pathlib.Path("/var/tmp/victim"), pathlib.Path("/var/tmp/nowher
 
 
 def make_socket(path):
-    """A socket at a path, which nobody listens at."""
+    """A socket at a path, without a listener."""
     with socket.socket(socket.AF_UNIX) as made:
         made.bind(str(path))
 
@@ -93,7 +93,7 @@ def test_odd_content(daemon, content, camera):
     if camera is None:
         assert daemon.has_no_value(*KEYS)
         assert daemon.set(VPN, False) is False
-        assert files.POLICY_FILE.read_bytes() == content  # for whoever mends it
+        assert files.POLICY_FILE.read_bytes() == content  # kept for a repair
     else:
         assert daemon.policy(CAMERA) is camera
         daemon.change(VPN, False)

@@ -54,7 +54,7 @@ def test_default_of_user_reports_follows_the_name(daemon, device_information):
 
 def test_numbers_beyond_that_of_keys_are_enforced_as_they_are_stored_only(
         daemon, application_sandbox, device_sentry):
-    """Those pass first, in the order of the platform; the second pass counts numbers."""
+    """The first pass follows the platform's order; the second one counts numbers."""
     application_sandbox.appear()
     device_sentry.appear()
     daemon.start_observed()

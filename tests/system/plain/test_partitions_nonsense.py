@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The storage service tells the library nonsense; what is in good order counts all the same."""
+"""The storage service sends invalid data; the library uses the valid parts of it."""
 
 import dbus
 import pytest

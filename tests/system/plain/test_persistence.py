@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What becomes of the policy file, and of a change that it cannot take."""
+"""The policy file after writes, and writes that cannot be saved."""
 
 import os
 import shutil
@@ -54,7 +54,7 @@ WRITES = {  # the file before a write of the camera, its value, and the file aft
         "[policy]\nK\u00fche=true\n[\u03b1]\n\u03b2=\u03b3\n", True,
         "[policy]\nK\u00fche=true\nCameraEnabled=true\n\n[\u03b1]\n\u03b2=\u03b3\n"),
 }
-# GLib's numbers: of what is wrong with a file, and of what is wrong in a key file.
+# GLib's error codes for files and for the content of key files.
 READ_ONLY_SYSTEM, NO_ENTRY, NO_SPACE = 8, 4, 12
 UNKNOWN_ENCODING, PARSE_ERROR, GROUP_NOT_FOUND = 0, 1, 4
 NO_LINE = "which is not a key-value pair, group, or comment"
@@ -77,7 +77,7 @@ def table(rows):
 
 
 def check_refused(daemon, action, code, text):
-    """Writes a policy that cannot be saved, and looks everywhere for traces of it."""
+    """Writes a policy that cannot be saved, and checks that nothing has changed."""
     daemon.forget()
     before = files.snapshot(POLICY_FILE)
     assert daemon.set(CAMERA, False) is False
@@ -94,7 +94,7 @@ def check_refused(daemon, action, code, text):
 
 
 def check_accepted(daemon):
-    """The same write has all its effects when nothing is in its way any more."""
+    """Checks that the same write has all its effects when the fault is gone."""
     daemon.forget()
     daemon.change(CAMERA, False)
     assert daemon.said() == changed(CAMERA, True, False)
@@ -119,7 +119,7 @@ def test_each_write_is_made_on_what_the_file_holds_now(daemon):
     assert POLICY_FILE.read_text() == "[policy]\nCameraEnabled=false\n"
     daemon.change("BrowserEnabled", True)
     assert POLICY_FILE.read_text() == "[policy]\nCameraEnabled=false\nBrowserEnabled=true\n"
-    # What the file says meanwhile does not count until the next start.
+    # An edited file has no effect until the next start.
     files.store({CAMERA: True})
     assert daemon.policy(CAMERA) is False
 
@@ -129,7 +129,7 @@ def test_file_is_replaced_as_a_whole(daemon):
     content, inode, _ = files.snapshot(POLICY_FILE)
     with POLICY_FILE.open("rb") as reader:
         daemon.change(CAMERA, False)
-        assert reader.read() == content  # who has the old file open sees all of it
+        assert reader.read() == content  # the old file, which is still open, is complete
     assert files.snapshot(POLICY_FILE)[1] != inode
     assert POLICY_FILE.read_bytes() == content.replace(b"\nCameraEnabled=true\n",
                                                        b"\nCameraEnabled=false\n")
@@ -177,7 +177,7 @@ def test_policy_write_does_not_touch_the_switch_file(daemon):
 @pytest.mark.parametrize("end", ["stop", "kill"])
 def test_change_outlives_the_daemon(daemon, end):
     daemon.start()
-    daemon.change(CAMERA, False)  # nothing but the reply is waited for
+    daemon.change(CAMERA, False)  # the reply alone means that the value is saved
     assert getattr(daemon, end)() in (0, None)
     content = POLICY_FILE.read_bytes()
     daemon.start()
@@ -209,7 +209,7 @@ def test_missing_folder(daemon):
     daemon.start()
     shutil.rmtree(FOLDER)
     check_refused(daemon, "saving", NO_ENTRY, "No such file or directory")
-    assert not FOLDER.exists()  # it is not the daemon's to create
+    assert not FOLDER.exists()  # the daemon does not create it
     FOLDER.mkdir()
     check_accepted(daemon)
 
@@ -236,7 +236,7 @@ def test_malformed_file(daemon, content, code, text):
 
 @pytest.mark.parametrize("make, remove", [(os.mkdir, os.rmdir), (os.mkfifo, os.unlink)])
 def test_other_things_in_place_of_the_file(daemon, make, remove):
-    """Nobody waits for somebody who writes to a pipe."""
+    """Opening a pipe must not block until it has a writer."""
     daemon.start()
     POLICY_FILE.unlink()
     make(POLICY_FILE)

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Which files of policies are read, in which order, and what becomes of them."""
+"""Which policy files are read, in which order, and their state afterwards."""
 
 import os
 import pathlib
@@ -53,7 +53,7 @@ def test_folder_is_a_seed(daemon):
     assert len(files.stored()) == len(KEYS)
     assert POLICY_FILE.read_text().startswith("[policy]\nCameraEnabled=false\nNoPolicy=true\n")
 
-    # From now on the folder says nothing any more.
+    # From now on the folder is not read.
     files.store({CAMERA: True}, SEED)
     watch = OpenWatch(FOLDER)
     daemon.start()

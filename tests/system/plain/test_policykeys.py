@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Any text may come as a key, but a file that cannot be read again would cost every policy."""
+"""A caller may send any text as key; a file that cannot be read again would lose every policy."""
 
 import pytest
 
@@ -27,14 +27,14 @@ REFUSED = {  # keys, and how the log shows them
     "a\x1b[31m": r'"a\u001B[31m"',
     "a\x7f": r'"a\u007F"',
     "a\x85": r'"a\u0085"',
-    "Encoding": '"Encoding"',  # taken by the library
+    "Encoding": '"Encoding"',  # GLib uses this key itself
 }
 KEPT = ["a b", "com.example.Wish", "a#b", ";a", r"a\nb", '"a"', "50%", "-", "encoding", "true",
         "NoPolicyAtAll", "K\u00fche", "\U0001f404", pytest.param("k" * 5000, id="long")]
 
 
 def refusal(shown):
-    """The lines of the log about a key that is shown like this."""
+    """The log lines about a refused key; `shown` is how they show it."""
     return [f"warning|default|Error saving key file 1 Key file cannot hold the key {shown}",
             SAVE_FAILURE]
 

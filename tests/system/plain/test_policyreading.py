@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The value of a policy as a reader sees it: switches first, then locks, then what is stored."""
+"""The effective value of a policy: switches first, then locks, then the stored value."""
 
 import pytest
 
@@ -73,7 +73,7 @@ def test_reading_changes_nothing(daemon, switches):
     assert daemon.has_no_value(UNKNOWN)
     assert daemon.said() == [("reply", False)]
     assert daemon.records() == []
-    assert daemon.logged() == []  # anybody could fill it
+    assert daemon.logged() == []  # any user could fill the log
     assert files.snapshot(POLICY_FILE) == before
     assert not SWITCH_FILE.exists()
     assert not [call for call in switches.calls(calls) if call.startswith("setKeyValue")]

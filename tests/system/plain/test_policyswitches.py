@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What access switches do to the write of a policy."""
+"""The effect of access switches on writes of a policy."""
 
 import pytest
 
@@ -13,7 +13,7 @@ TYPE = 45
 
 @pytest.fixture(autouse=True)
 def forbidden_and_enforced(device_sentry):
-    """USB devices are forbidden from the start, and somebody carries that out."""
+    """USB devices are forbidden from the start, and their service is on the bus."""
     files.store({KEY: False})
     device_sentry.appear()
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A write of a policy: what it does, what it does not do, and in which order."""
+"""A write of a policy: its effects and their order."""
 
 import pytest
 
@@ -130,7 +130,7 @@ def test_file_is_written_before_the_system_log_and_that_before_all_else(daemon, 
 
 
 def test_value_is_stored_before_it_is_enforced(daemon, usb_modes):
-    # The service is given all policies anew in each run for as long as it refuses them.
+    # The service gets the whitelist with each task as long as it refuses it.
     usb_modes.fail(ERROR, "set_whitelisted_modes")
     usb_modes.appear()
     daemon.start()
@@ -154,7 +154,7 @@ def test_caller_that_goes_between_the_checks_leaves_the_value_unenforced(daemon,
         daemon.wait_for_log(warning)
     assert daemon.logged() == [warning]
     assert CAMERA_MARKER.exists() is not value
-    # All else has happened.
+    # Everything else is done.
     assert daemon.announcements() == [announcement(CAMERA, value)]
     assert daemon.policy(CAMERA) is value
     assert files.stored()[CAMERA] == text

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The services of the test bed come and go, note their calls, and fail when they are told to."""
+"""The services of the test bed appear and leave, record their calls, and fail on request."""
 
 import time
 
@@ -46,7 +46,7 @@ def test_taken_name_is_not_taken_again(audio_policy, root):
     with pytest.raises(NameTaken, match=NAME):
         second.appear()
     assert not second.present
-    root.ask(CLOSE)  # the one that has it goes on
+    root.ask(CLOSE)  # the owner of the name still answers
     assert not audio_policy.microphone
     audio_policy.leave()
     wait_until(lambda: not root.owner(NAME))
@@ -127,7 +127,7 @@ def test_wrong_answer(audio_policy, root):
 def test_death(audio_policy, root):
     audio_policy.appear()
     audio_policy.fail(DEATH)
-    # The bus tells of the death at once; the time-out does not come into it.
+    # The bus reports the end at once, without a time-out.
     with pytest.raises(DBusErrorResponse, match="NoReply"):
         root.ask(CLOSE, deadline=20)
     assert not audio_policy.present

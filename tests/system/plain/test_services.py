@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The services of the test bed: each keeps its state and checks what it gets."""
+"""The services of the test bed: each keeps its state and checks its arguments."""
 
 import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_call
@@ -34,7 +34,7 @@ def ask(root):
 
 @pytest.fixture
 def refusal(root):
-    """The same for a call that fails; the name of the error."""
+    """Makes a call that must fail. Returns the name of the error."""
     return lambda address, member, signature=None, *values: root.refusal(
         new_method_call(address, member, signature, values))[0]
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Services that appear get what has waited for them; that they leave is not taken notice of."""
+"""A service that appears gets its waiting tasks; its leaving has no effect."""
 
 import re
 
@@ -23,7 +23,7 @@ MICROPHONE, SHARING = "MicrophoneEnabled", "InternetSharingEnabled"
 
 
 def states(daemon):
-    """To what the daemon has set the microphone, call by call."""
+    """The states of the microphone that the daemon has set, in order."""
     return [call[-1] for call in daemon.calls(AudioPolicy.NAME)]
 
 
@@ -84,7 +84,7 @@ def test_new_task_waits_for_the_replay_to_end(daemon, audio_policy, transcript):
     "org.example.Other",
     "net.connman.vpn",  # longer than that of a service
     "org.pelloraos",  # shorter
-    "net.ConnMan",  # in other letters
+    "net.ConnMan",  # differs in case
     "org.kvt.RuntimeManager"])  # only on the direct route
 def test_other_names_change_nothing(daemon, root, name):
     daemon.start()
@@ -134,7 +134,7 @@ def test_service_that_comes_back_gets_new_tasks(daemon, audio_policy):
 
 
 def test_tasks_of_a_service_that_leaves_at_once_are_lost(daemon, audio_policy):
-    """The daemon hears of it when the service has gone already."""
+    """The daemon handles the signal when the service has already left."""
     daemon.start()
     with held([daemon.pid]):
         audio_policy.appear()
@@ -175,18 +175,18 @@ def test_name_that_changes_hands_gets_nothing_again(daemon, client, transcript):
 
 
 def lines_about(daemon):
-    """The daemon's lines about who is there and about sharing."""
+    """The daemon's log lines about the list of services and about tethering."""
     return [line for line in daemon.logged() if re.search("sharing|registered", line)]
 
 
 def test_departure_counts_as_appearance(daemon, network, root):
-    """A service that the daemon has not seen coming gets its tasks, once, as it leaves."""
+    """A service whose appearance the daemon has missed gets its tasks once, when it leaves."""
     files.store({SHARING: False})
     absent = TETHERING.failures(False, [(UNKNOWN, f"The name {network.NAME} was not provided by "
                                                   "any .service files")])
     network.appear()
     with Relay(hold_at=b"ListNames") as relay:
-        # It hears of changes already, but has not asked yet who is there.
+        # It receives signals already, but has not yet asked for the list of services.
         daemon.environment["DBUS_SYSTEM_BUS_ADDRESS"] = relay.ADDRESS
         daemon.launch()
         relay.wait_until_held()
@@ -196,7 +196,7 @@ def test_departure_counts_as_appearance(daemon, network, root):
         wait_until(lambda: root.owner(SERVICE))
         assert daemon.calls(network.NAME) == 2 * TETHERING.calls(False)
         assert lines_about(daemon) == 2 * absent
-        # From now on tasks are not kept any more.
+        # From now on tasks are not kept.
         daemon.forget()
         daemon.change(SHARING, True)
         daemon.change(SHARING, False)
@@ -213,7 +213,7 @@ def test_departure_counts_as_appearance(daemon, network, root):
 def test_failing_list_leaves_services_to_later_news(daemon, network, root, transcript):
     files.store({SHARING: False})
     network.appear()
-    with Relay(spoil={b"ListNames": b"ListNothi"}) as relay:  # which the bus does not know
+    with Relay(spoil={b"ListNames": b"ListNothi"}) as relay:  # the bus has no such method
         daemon.environment["DBUS_SYSTEM_BUS_ADDRESS"] = relay.ADDRESS
         daemon.launch()
         wait_until(lambda: root.owner(SERVICE))
@@ -225,8 +225,8 @@ def test_failing_list_leaves_services_to_later_news(daemon, network, root, trans
         assert len(transcript.calls("ListNothi")) == 1  # and it does not ask again
         daemon.change(SHARING, True)
         daemon.change(SHARING, False)
-        assert daemon.calls(network.NAME) == []  # nobody is known to be there
-        with held([daemon.pid]):  # it hears of the leaving when the service is back already
+        assert daemon.calls(network.NAME) == []  # no service is known to be present
+        with held([daemon.pid]):  # it handles the leaving when the service is back already
             network.leave()
             network.appear()
         assert daemon.calls(network.NAME) == 3 * TETHERING.calls(False)  # two of the start, one new

@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A service that never answers: the change is taken, the daemon goes on, and the service gets the
-next change when it is well again. No service is asked for its introspection data, with which it
-could keep the daemon waiting a second time, or exhaust its memory.
+"""A service that never answers: the change is accepted, the daemon goes on, and the service gets
+the next change when it answers again. The daemon reads no introspection data, which would cost
+another time-out, or memory without limit.
 
-Usually the silent one leaves the bus as soon as it has been asked. With GOVD_HOLD it stays, and the
-daemon waits for as long as its bus library does.
+Normally the silent service leaves the bus after the call. With GOVD_HOLD it stays, and the daemon
+waits for the bus library's time-out.
 """
 
 import os
@@ -38,7 +38,7 @@ def test_daemon_goes_on(daemon, transcript, root, request, name, policy, member)
                         and message.destination == service.NAME)
     if not LONG:
         service.leave()
-    # As long as the time-outs of all calls of one change, and of all tasks that wait.
+    # The sum of the time-outs of all calls of one change and of all waiting tasks.
     assert root.answer(write, 3600).body == (True,)
     assert daemon.policy(policy) is False
     assert files.stored()[policy] == "false"

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How the simulated device is called, and what shells are told of that."""
+"""The simulator's command line, and its completion in shells."""
 
 import pytest
 

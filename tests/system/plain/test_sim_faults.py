@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What goes wrong around the simulated device: one line and one exit code for each."""
+"""Faults around the simulated device: each has one line of text and an exit code."""
 
 import os
 import signal
@@ -22,7 +22,7 @@ SECONDS = ["0.05", "0.1", "0.2", "0.3", "0.5", "0.7", "1", "1.3", "1.7", "2"]
 
 
 def no_answer(seconds, who):
-    """The line when somebody does not answer."""
+    """The line when the bus or the device does not answer."""
     return (f"govd-sim: no answer within {seconds} s; check that {who} is not stopped, or wait "
             "longer with --timeout\n")
 
@@ -105,7 +105,7 @@ def test_reader_has_gone():
     launch = "until $SIM launch clock 2>/dev/null; do :; done; $SIM launch camera"
     with Sim(shell="$SIM device | head -n 1; echo ${PIPESTATUS[0]}") as device:
         assert shell(launch).code == 0
-        # The reader leaves after the first line; a later one has nowhere to go.
+        # The reader closes the pipe after the first line, so the next write fails.
         device.wait_for_out('Launch("clock")')
         last = shell("while $SIM launch messages 2>/tmp/err; do :; done; cat /tmp/err >&2")
         assert last.err == NO_DEVICE
@@ -135,7 +135,7 @@ def test_silent_bus(bus_process, arguments):
 
 
 def test_bus_falls_silent(device, bus_process, transcript):
-    """The connection stands by then."""
+    """The bus stops answering after the connection is made."""
     transcript.clear()
     with held([device.process.pid]), Sim("status", "--timeout", "2") as status:
         transcript.wait_for(lambda message: message.member == "Get")
@@ -146,7 +146,7 @@ def test_bus_falls_silent(device, bus_process, transcript):
 
 @pytest.mark.parametrize("seconds", SECONDS)
 def test_stuck_device(device, seconds):
-    """However much too early a timer fires, it is the device that does not answer."""
+    """Even if a timer fires too early, the failure is that the device does not answer."""
     with held([device.process.pid]):
         outcome = run(f"status --timeout {seconds}")
     assert (outcome.code, outcome.err) == (6, no_answer(seconds, "the device"))
@@ -154,7 +154,7 @@ def test_stuck_device(device, seconds):
 
 
 def test_device_that_leaves(device, transcript):
-    """The bus tells, so nobody waits for the time-out."""
+    """The bus reports it, so the program does not wait for its time-out."""
     transcript.clear()
     device.process.send_signal(signal.SIGSTOP)
     with Sim("status", "--timeout", "3600") as status:

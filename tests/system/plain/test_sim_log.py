@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the simulated device prints of its calls, and what "fail" does to a service."""
+"""The simulator's output about calls, and the effect of "fail" on a service."""
 
 import datetime
 import re
@@ -75,7 +75,7 @@ def test_errors_are_told(device, daemon):
 def test_person_is_told(json_device):
     do("plug", "usb", "--label", "A B")
     wait_until(lambda: json_device.results(origin="person", method="Plug"))
-    # Looking is not handling.
+    # Reads of the state are not printed.
     do("status")
     do("launch clock")
     wait_until(lambda: json_device.results(origin="person", method="Launch"))
@@ -132,7 +132,7 @@ def test_slow_answers_late(device, root):
     do("fail audio slow 0.4")
     start = time.monotonic()
     root.ask(CLOSE)
-    # The delay itself is the meaning of the verb; only an earlier answer is wrong.
+    # The verb makes the delay, so only an earlier answer is wrong.
     assert time.monotonic() - start >= 0.39
     do("expect microphone off")
 
@@ -142,7 +142,7 @@ def test_silent_never_answers(device, root):
     root.call(CLOSE)
     device.wait_for_out("silent\n")
     do("expect microphone on")
-    root.settle()  # what had come before this would have been taken for its reply
+    root.settle()  # a late message would have been taken for its reply
     with pytest.raises(TimeoutError):
         root.receive(timeout=0)
 

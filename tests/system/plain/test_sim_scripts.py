@@ -34,7 +34,7 @@ def test_examples_are_these(device):
 @pytest.mark.parametrize("name", NAMES)
 def test_examples_run_twice(device, daemon, name):
     for _ in range(2):
-        # One of them wants the daemon to begin without a service, the others want it there.
+        # One script needs a start of the daemon without a service, the others need the service.
         if name == "service-comes-back":
             if daemon.running:
                 daemon.stop()
@@ -131,7 +131,7 @@ def test_timeout_is_for_lines_of_govctl(daemon, script, line, seconds):
 
 
 def test_warnings_of_govctl_are_shown(tmp_path, script):
-    """Whether the line succeeds or not; what it failed of stands in the failure alone."""
+    """With success and with failure; the reason of a failure is in the failure only."""
     govctl = tmp_path / "govctl"
     govctl.write_text('#!/bin/sh\necho warning >&2\n'
                       '[ "$1" = well ] || { echo govctl: end >&2; exit 3; }\n')

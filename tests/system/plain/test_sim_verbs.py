@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Each verb that sees or handles the simulated device."""
+"""Each verb that shows or controls the simulated device."""
 
 import re
 import signal
@@ -17,7 +17,7 @@ NAME = "org.kvt.DeviceSimulator"
 DEVICE = DBusAddress("/org/kvt/DeviceSimulator", NAME, NAME)
 AUDIO = DBusAddress("/org/freedesktop/ohm/mdm", *2 * ["org.freedesktop.ohm.mdm"])
 DESCRIPTION = "/usr/share/dbus-1/interfaces/org.kvt.DeviceSimulator.xml"
-CLEAR = "\033[H\033[2J"  # what a terminal does before it draws a state
+CLEAR = "\033[H\033[2J"  # clears the terminal before each state
 FRESH = {"camera": False, "microphone": True, "usb": True, "remoteAccess": True,
          "tethering": False, "certified": False, "denylist": [], "running": [], "storage": [],
          "events": [], "eventCount": 0,
@@ -25,7 +25,7 @@ FRESH = {"camera": False, "microphone": True, "usb": True, "remoteAccess": True,
 
 
 def order(root, member, signature, *arguments):
-    """Calls the object by which the device is handled."""
+    """Calls the object that controls the device."""
     return root.ask(new_method_call(DEVICE, member, signature, arguments))
 
 
@@ -164,7 +164,7 @@ def test_expect_tells_what_is_so(device, words, message):
 
 
 def members(description):
-    """What the interface in a description has, with types and directions."""
+    """The members of the interface in a description, with types and directions."""
     interface = ElementTree.fromstring(description).find(f"interface[@name='{NAME}']")
     return sorted((member.tag, member.get("name"), member.get("type"),
                    [(argument.get("direction"), argument.get("type")) for argument in member])
@@ -195,7 +195,7 @@ def test_changes_are_announced(device, root):
         wait_until(lambda: len(watch.results()) == 1)
         order(root, "SetCertified", "b", True)
         wait_until(lambda: len(watch.results()) == 2)
-        # What is the case already is not announced again.
+        # An order that changes nothing is not announced.
         order(root, "SetCertified", "b", True)
         root.ask(new_method_call(AUDIO, "Set", "ss", ("microphone", "enabled")))
         order(root, "SetCertified", "b", False)
@@ -226,7 +226,7 @@ def test_watch_fits_the_terminal(device, columns, rows, drawn, width):
     with Sim(shell=terminal) as watch:
         watch.wait_for_out(CLEAR)
         do("launch clock")
-        # The first state is drawn whole once the second one begins.
+        # The first state is complete when the second one begins.
         wait_until(lambda: watch.out.count(CLEAR) == 2)
         first = watch.out.split(CLEAR)[1]
     assert first.endswith("\r\n")

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""How the daemon gets onto the bus and leaves it, and what keeps it away."""
+"""The daemon's start on the bus, its end, and what makes the start fail."""
 
 import json
 import pathlib
@@ -17,14 +17,14 @@ from testbed.policies import KEYS
 from testbed.waiting import wait_until
 
 BUS_CONFIGURATION = pathlib.Path("/usr/share/dbus-1/system.conf")
-# Policies are carried out at a start and once more before the registration; here without service.
+# Policies are enforced twice at a start, before the registration; here without services.
 ENFORCED = 2 * ["warning|default|Failed to disable USB devices connection."]
 NO_TEXT = 'critical|default|""'  # of the bus library, for a name or a path that is taken
 USB_ON = 2 * [("org.brinos.DeviceSentry1.UsbManager", "Enabled", True)]
 
 
 def requests(transcript):
-    """The calls by which somebody asks for the daemon's name."""
+    """The calls that request the daemon's name."""
     return [call for call in transcript.calls("RequestName") if call.arguments[0] == SERVICE]
 
 
@@ -46,7 +46,7 @@ def test_end_is_in_order_whatever_the_event_loop_returns(daemon, lock_plugin):
 
 
 def test_end_takes_nothing_back(daemon, root, transcript):
-    """The name goes with the connection, and what is enforced stays so."""
+    """The name is released with the connection, and everything stays enforced."""
     daemon.start()
     before = files.snapshot(files.POLICY_FILE)
     own = transcript.owner(SERVICE)
@@ -68,8 +68,8 @@ def test_all_is_stored_and_enforced_when_the_name_is_seen(daemon, root):
 
 
 def test_whoever_sees_the_name_finds_the_object(daemon, root):
-    """A client that asks all the time comes in between the name and the object, if anything is in
-    between: each step of the daemon that waits for somebody takes a moment longer."""
+    """A client that asks all the time would find the name without the object if there were such a
+    moment; the daemon's blocking system calls are delayed to make it longer."""
     daemon.wrapper = ["strace", "--follow-forks", "--output=/dev/null", "--trace=futex",
                       "--inject=futex:delay_exit=3000"]
     daemon.launch()
@@ -91,7 +91,7 @@ def test_nobody_is_served_during_the_start(daemon, switches, root, transcript):
     transcript.settle_bus()
     assert requests(transcript) == []
     assert root.owner(SERVICE) == ""
-    # Whoever knows it by another name finds nothing there.
+    # A call to another name of the same process finds no object.
     own = transcript.calls("ListNames")[0].sender
     with pytest.raises(DBusErrorResponse) as error:
         root.ask(read_of("UsbDevicesEnabled",
@@ -103,7 +103,7 @@ def test_nobody_is_served_during_the_start(daemon, switches, root, transcript):
 
 
 def test_second_instance_fails(daemon, root, transcript):
-    """It records and enforces everything before it finds the name taken, and hurts nobody."""
+    """It saves and enforces everything before it finds the name taken; the first one runs on."""
     daemon.start()
     before = files.snapshot(files.POLICY_FILE)
     with Process() as second:
@@ -115,7 +115,7 @@ def test_second_instance_fails(daemon, root, transcript):
         assert root.process_of(SERVICE) == daemon.pid
         assert len(requests(transcript)) == 1
         assert transcript.calls("ReleaseName") == []
-        # No trace is left that keeps the next one from its place.
+        # Nothing is left that makes the next start fail.
         assert daemon.stop() == 0
         second.launch()
         second.wait_until_ready()

@@ -10,8 +10,8 @@ from testbed.handlers import HANDLERS, TETHERING, USB_DEVICES, one_pass
 from testbed.services.small import (ApplicationSandbox, DeveloperMode, DeviceSentry,
                                     NetworkTechnology, RuntimeManager)
 
-# No two of them serve the same policy, except a direct one and then a watched one: so the order of
-# their calls is the order of the policies.
+# No two of these services enforce the same policy on the same route, so that the order of their
+# calls is the order of the policies.
 ORDERED = (ApplicationSandbox, DeviceSentry, NetworkTechnology, RuntimeManager)
 CERTIFICATE_QUESTION = ("call", "Get", "org.kvt.deviceinfo.Features", "isOsCertified")
 
@@ -25,8 +25,8 @@ def ordered(services):
 
 
 def pass_of(values):
-    """What one pass says to these services. Remote access is cut whether its service is there or
-    not."""
+    """The calls of one pass to these services. Remote access is switched off without its service
+    too."""
     calls = [call for handler in HANDLERS for call in handler.calls(
         values.get(handler.key, True), handler.routes[0])
         if handler.service in (*ORDERED, DeveloperMode)]
@@ -43,7 +43,7 @@ def test_defaults_are_enforced_twice_in_order(daemon, ordered):
 
 
 def test_stored_values_are_enforced_twice_in_order(daemon, ordered):
-    """Not in the order of the file: its reader goes through the platform's policies."""
+    """The order is that of the platform's policies, not of the file."""
     values = {handler.key: False for handler in reversed(HANDLERS)}
     files.store(values)
     daemon.start_observed()
@@ -88,7 +88,7 @@ def test_locked_policy_is_enforced_once_as_off(daemon, device_sentry, lock_plugi
 
 def test_services_are_looked_for_before_any_policy(daemon, system_logs, application_sandbox,
                                                    transcript):
-    """Whoever appears after the list was made is announced."""
+    """A service that appears after the list was read is announced by a signal."""
     system_logs.appear()
     application_sandbox.appear()
     daemon.start_observed()

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the process is given by whoever starts it, and how it takes signals."""
+"""What the daemon inherits from its parent process, and its handling of signals."""
 
 import pathlib
 import signal
@@ -65,7 +65,7 @@ def test_signal_during_the_start_ends_it(daemon, switches, root, transcript, num
     daemon.launch()
     switches.wait_for_call("holding keyValue")
     daemon.signal(number)
-    # The plugin still waits: nothing that the start waits for keeps the daemon from its end.
+    # The plugin still waits: a start that waits does not delay the end.
     assert daemon.wait() == -number
     transcript.settle()
     assert not root.owner(SERVICE) and transcript.calls("RequestName") == []
@@ -74,7 +74,7 @@ def test_signal_during_the_start_ends_it(daemon, switches, root, transcript, num
 
 
 def test_signal_waits_for_seeds(daemon, switches):
-    """Once there is a policy file the seeds are not looked at any more: none may be lost."""
+    """Seeds are not read again once the policy file exists, so all must be read before the end."""
     files.store({"CameraEnabled": True, "DeveloperShellEnabled": False},
                 "/etc/policy/policy.d/seed.conf")
     switches.set_switch("lens", [1], True)
@@ -94,7 +94,7 @@ def test_signal_is_not_blocked_in_children(daemon):
 
 
 def test_hangup_enforces_all_policies_once_more(daemon):
-    """No file is read for it."""
+    """It reads no file."""
     daemon.start()
     daemon.change("DeveloperShellEnabled", False)
     files.store({"CameraEnabled": False})
@@ -110,7 +110,7 @@ def test_hangup_enforces_all_policies_once_more(daemon):
 @pytest.mark.parametrize("argument, code", [("--help", 0), ("--version", 0), ("-x", 2),
                                             ("/etc/policy/other.conf", 2), ("", 2)])
 def test_arguments_are_refused(argument, code):
-    """Nothing is enforced then: no file is there afterwards."""
+    """Nothing is enforced: no file is made."""
     result = subprocess.run([PROGRAM, argument], capture_output=True, timeout=60)
     assert result.returncode == code
     assert (result.stdout == b"") == (code != 0)

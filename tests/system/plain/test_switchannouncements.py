@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A switch that changes by whatever route: the plugin announces it, the daemon applies it."""
+"""A switch that changes in any way: the plugin announces it, the daemon applies it."""
 
 import pytest
 
@@ -90,7 +90,7 @@ def test_locks_do_not_count(daemon, switches, lock_plugin):
 
 def test_policy_without_a_value_is_off(daemon, switches, lock_plugin):
     locks = lock_plugin("CameraEnabled")
-    locks.set_locked("CameraEnabled")  # so it is never stored
+    locks.set_locked("CameraEnabled")  # so the value is never stored
     switches.set_switch("cellular", [1], True)
     daemon.start()
     locks.set_locked()
@@ -104,7 +104,7 @@ def test_numbers_that_are_no_policies(daemon, switches):
     switches.set_switch("cellular", [46, -1, 0, 1], True)
     daemon.start()
     switches.announce("cellular", True)
-    # An unknown number has no key; the number 0 has one, and a value like every key.
+    # An unknown number has no key. Number 0 has a key, and a value as all keys have.
     assert daemon.said() == [announcement("", False), announcement("", False),
                              announcement("NoPolicy", True), announcement("CameraEnabled", True),
                              switched(True)]
@@ -145,7 +145,7 @@ def test_other_kinds_of_values(daemon, switches, value, effect):
 
 
 def test_value_that_cannot_be_sent(daemon, switches):
-    """The bus has no word for an invalid value, so the switch itself stays unannounced."""
+    """An invalid value cannot be sent, so the switch itself is not announced."""
     switches.set_switch("cellular", [1], True)
     daemon.start()
     switches.announce("cellular", None)
@@ -158,7 +158,7 @@ def test_value_that_cannot_be_sent(daemon, switches):
 def test_other_kinds_of_stored_values(daemon, switches, signature, stored, effect):
     switches.set_switch("cellular", [1], True)
     daemon.start()
-    # From another value, because an equal one of another type is not stored.
+    # The value before differs, because an equal one of another type would not be stored.
     daemon.change("CameraEnabled", not effect)
     assert daemon.set("CameraEnabled", stored, signature) is True
     daemon.forget()

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the daemon tells of access switches is what their plugin tells it, each time anew."""
+"""Reads of access switches: the daemon asks the plugin each time."""
 
 import pytest
 from jeepney import HeaderFields, new_method_call
@@ -12,7 +12,7 @@ BIG = (1 << 31) - 1
 
 
 def failure(key, code):
-    """The lines of the log when the plugin cannot tell a value."""
+    """The log lines when the plugin cannot read a value."""
     return [f"warning|default|AccessSwitch plugin failed to retrieve value for key: {key}",
             f"warning|default|Return code: {code}"]
 
@@ -49,7 +49,7 @@ def test_replies_have_their_types(daemon, switches, root):
             (new_method_call(SWITCH, "Keys"), "as"),
             (new_method_call(SWITCH, "KeyPolicyTypes", "s", ("cellular",)), "ai"),
             (read_of("cellular", SWITCH), "v"),
-            # The description of the interface says "i".
+            # The introspection data has "i".
             (write_of("cellular", True, address=SWITCH), "b")):
         reply = root.send_and_get_reply(call)
         assert reply.header.fields[HeaderFields.signature] == signature
@@ -98,7 +98,7 @@ def test_unknown_switch_has_no_types(daemon, switches):
     switches.set_switch("cellular", [1], True)
     daemon.start()
     assert daemon.switch_types("Cellular") == daemon.switch_types("") == []
-    assert daemon.switch_keys() == ["cellular"]  # asking for it has not made it
+    assert daemon.switch_keys() == ["cellular"]  # a read does not create a switch
     assert daemon.logged() == []
 
 

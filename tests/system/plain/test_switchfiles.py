@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Values of switches in files: which are read, what the plugin is told, and what a start does."""
+"""Values of switches in files: which are read, the calls to the plugin, and a start's effects."""
 
 import pytest
 
@@ -16,11 +16,11 @@ NOTHING_TOLD = [
     "lens: true\n",
     "[switch]\nlens=true\n",
     "[policy]\n",
-    # Unlike policies, switches are taken from a file as a whole or not at all.
+    # Unlike policies, the switches of a file are used all together or not at all.
     "[policy]\nlens=true\n<broken>\n",
 ]
-# What the switch's file says, when the plugin announces it, and how the policy is enforced: as the
-# switch is announced, it has no value yet; then come its default and the pass over all policies.
+# The value in the file, when the plugin announces it, and the enforced values of the policy: at the
+# announcement (it has no value yet), with its default, and in the pass over all policies.
 ENFORCEMENTS = [
     (None, "inside", [True, True]),
     (True, "inside", [False, True, True]),
@@ -31,7 +31,7 @@ ENFORCEMENTS = [
 
 
 def told(plugin):
-    """The values that the plugin was told, in order."""
+    """The values that the plugin got, in order."""
     return [call for call in plugin.calls() if call.startswith("setKeyValue ")]
 
 
@@ -46,7 +46,7 @@ def test_nobody_opens_them_without_a_plugin(daemon):
     assert daemon.switch("lens") is False
     assert daemon.complaints() == []
 
-    # The same without the single file, where the folder would be next.
+    # Without the single file, the folder would be read next.
     assert daemon.stop() == 0
     SWITCH_FILE.unlink()
     daemon.start()
@@ -79,7 +79,7 @@ def test_folder_is_read_without_the_single_file(daemon, switches):
     assert SWITCH_FILE.read_text() == "[policy]\nlens=true\n"
     assert daemon.complaints() == []
 
-    # The folder was a seed: the next start reads the file that came of it.
+    # The folder was a seed: the next start reads the file that was made from it.
     assert daemon.stop() == 0
     files.store({"lens": False}, FOLDER / "seed")
     daemon.start()
@@ -205,7 +205,7 @@ def test_restart_keeps_values(daemon, switches):
     assert daemon.set_switch("cellular", False) is True
     assert daemon.stop() == 0
 
-    switches.set_entries("cellular", value=True)  # a plugin without a memory
+    switches.set_entries("cellular", value=True)  # a plugin that does not save values
     before = len(told(switches))
     daemon.forget()
     daemon.start_observed()
@@ -246,7 +246,7 @@ def test_enforcements_of_the_start(daemon, switches, audio_policy, value, announ
 def test_failing_switch_forces_its_policies_off(daemon, switches):
     switches.set_switch("cellular", [1], 3)
     daemon.start_observed()
-    # Once as the default is stored, once in the pass over all policies.
+    # Once when the default is stored, once in the pass over all policies.
     assert daemon.complaints() == 2 * [
         'warning|default|AccessSwitch plugin failed to retrieve value for key: "cellular"',
         "warning|default|Return code: 3"]

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The access-switch plugin: found, loaded once, or done without."""
+"""Loading of the access-switch plugin, and the daemon without one."""
 
 import os
 import pathlib
@@ -41,7 +41,7 @@ def test_file_that_is_of_no_use(daemon, library, warned):
 
 
 def test_useless_plugin_is_unloaded(daemon):
-    """Qt keeps the code of a plugin in memory even so, but the object goes."""
+    """Qt keeps the plugin's code in memory, but its object is deleted."""
     with TestPlugin("impostor.so", SWITCH_PLUGIN) as plugin:
         daemon.start()
         assert plugin.calls() == ["made", "deleted"]

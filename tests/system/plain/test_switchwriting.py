@@ -16,13 +16,13 @@ NOT_SAVED = ('warning|default|Failed to save configuration to file "/etc/policy/
 
 
 def unreadable(key, code):
-    """The lines of the log when the plugin cannot tell a value."""
+    """The log lines when the plugin cannot read a value."""
     return [f"warning|default|AccessSwitch plugin failed to retrieve value for key: {key}",
             f"warning|default|Return code: {code}"]
 
 
 def refused(key, code):
-    """The lines of the log when the plugin does not take a value."""
+    """The log lines when the plugin refuses a value."""
     return [f"warning|default|AccessSwitch plugin failed to set value for key: {key}",
             f"warning|default|Return code: {code}"]
 
@@ -69,7 +69,7 @@ def test_refusal_of_the_plugin(daemon, switches, key, shown, result):
     switches.set_entries("cellular", result=result)
     daemon.start()
     assert daemon.set_switch(key, False) is False
-    # An unknown one cannot be read, either.
+    # Nor can an unknown switch be read.
     first = [] if key == "cellular" else unreadable(shown, result)
     assert daemon.logged() == first + refused(shown, result)
     assert [words[:2] for words in daemon.messages()] == [("call", "GetConnectionUnixProcessID"),
@@ -97,7 +97,7 @@ def test_unreadable_and_refused(daemon, switches):
 
 
 def test_announcement_inside_goes_before_the_file(daemon, switches, root, system_log):
-    """Holds the daemon where the announcement arrives: the plugin has the value, the file not."""
+    """Holds the daemon at the announcement: the plugin has the value, the file does not."""
     switches.set_switch("cellular", [1], True)
     daemon.start()
     before, records = len(switches.calls()), len(system_log.records())
@@ -151,7 +151,7 @@ def test_locks_of_policies_do_not_count(daemon, switches, lock_plugin):
     ("s", "0", "0", "false"), ("s", "FALSE", "FALSE", "false"), ("s", "", "", "false"),
     ("av", [("b", True)], "", "false")])
 def test_other_kinds_of_values(daemon, switches, signature, value, text, saved):
-    """The plugin and the event get the value as it is, the file its boolean reading."""
+    """The plugin and the event get the value itself, the file its boolean reading."""
     switches.set_switch("cellular", [], True)
     daemon.start()
     before = len(switches.calls())
@@ -177,7 +177,7 @@ def test_file_keeps_what_it_holds(daemon, switches):
 
 @pytest.mark.parametrize("value", [True, False])
 def test_value_that_is_not_saved(daemon, switches, value):
-    """The plugin keeps the new value, and what it has announced is not taken back."""
+    """The plugin keeps the new value, and its announcement is not taken back."""
     switches.set_switch("cellular", [1], not value)
     daemon.start()
     assert daemon.set_switch("cellular", not value) is True
@@ -215,7 +215,7 @@ def test_malformed_file_is_left_as_it_is(daemon, switches):
     ("", "a\nb=true\nc", r"a\nb=true\nc"), ("", "Encoding", "Encoding"),
     ("[policy]\nb=true\n", "Encoding", "Encoding"), ("no key file\n", "a=b", "a=b")])
 def test_key_that_the_file_cannot_hold(daemon, switches, content, key, shown):
-    """The plugin is not asked: it would keep, and announce, what is then refused."""
+    """The plugin is not called: it would keep and announce a value that is then refused."""
     switches.set_switch(key, [1], True)
     daemon.start()
     if content:
@@ -249,6 +249,6 @@ def test_saving_works_again(daemon, switches):
     daemon.forget()
     assert daemon.set_switch("cellular", False) is True
     assert files.stored(files.SWITCH_FILE)["cellular"] == "false"
-    # The plugin had taken the value the first time already.
+    # The plugin has accepted the value at the first write.
     assert daemon.records() == [event_text("cellular", False, False)]
     assert daemon.logged() == []

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The tools of the other tests: what cannot fail here would prove nothing there."""
+"""The tools of the other tests: each check is shown to fail when it should."""
 
 import os
 import pathlib
@@ -67,7 +67,7 @@ def test_transcript_tells_that_nothing_happened(daemon, transcript):
     daemon.start()
     unique = transcript.owner(SERVICE)
     assert unique.startswith(":")
-    # A change by root asks for the process twice, and announces itself once.
+    # A change by root has two questions about the process and one announcement.
     daemon.change("CameraEnabled", False)
     transcript.settle()
     assert len(transcript.calls("GetConnectionUnixProcessID", unique)) == 2
@@ -88,7 +88,7 @@ def test_settling_waits_for_the_daemon(daemon, root, transcript):
         root.settle()
         transcript.settle_bus()
         assert transcript.signals("PolicyChanged") == []
-    # However late the daemon gets to it, it is not forgotten.
+    # Its effects are seen even if the daemon handles it late.
     transcript.settle()
     assert len(transcript.signals("PolicyChanged")) == 1
 

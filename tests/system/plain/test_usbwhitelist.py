@@ -21,7 +21,7 @@ UNKNOWN = "org.freedesktop.DBus.Error.ServiceUnknown"
 
 
 def set_all(modes):
-    """The call with the whole list, in which commas join the modes."""
+    """The call with the full list: the modes joined by commas."""
     return ("com.meego.usb_moded", "/com/meego/usb_moded", "com.meego.usb_moded", SET_ALL, "s",
             modes)
 
@@ -32,21 +32,21 @@ def set_one(key, value):
 
 
 def store(*values):
-    """Lets the next start find these values of the three policies; they are returned."""
+    """Stores these values of the three policies for the next start, and returns them."""
     stored = dict(zip(KEYS, values))
     files.store(stored)
     return stored
 
 
 def sent_modes(daemon):
-    """The modes of the one whole list that was sent, in alphabetical order."""
+    """The modes of the only full list that was sent, in alphabetical order."""
     call, = [call for call in daemon.calls() if call[3] == SET_ALL]
     assert call == set_all(call[-1])
     return sorted(call[-1].split(","))
 
 
 def list_failure(name):
-    """The line of the log when the whole list cannot be sent."""
+    """The log line when the full list cannot be sent."""
     return f'warning|default|Failed to update USB mode whitelist "{name}"'
 
 
@@ -57,7 +57,7 @@ def mode_failure(key, value, name):
 
 @pytest.mark.parametrize("values", itertools.product([False, True], repeat=3), ids=str)
 def test_whitelist_holds_the_allowed_modes(daemon, usb_modes, values):
-    """A mode that two policies allow stands in it twice."""
+    """The list contains a mode twice if two policies allow it."""
     allowed = [mode for mode, value in zip(MODES.values(), values) if value]
     store(*values)
     daemon.start()
@@ -84,7 +84,7 @@ def test_policy_without_its_switch_counts_as_forbidden(daemon, usb_modes, switch
 
 
 def test_whitelist_is_sent_once_and_before_the_modes(daemon, usb_modes):
-    """The tasks of the start come after it: of the stored values, and of all once more."""
+    """The tasks of the start follow it: for the stored values, and for all policies again."""
     values = store(False, True, False)
     daemon.start()
     usb_modes.appear()
@@ -97,7 +97,7 @@ def test_whitelist_is_sent_once_and_before_the_modes(daemon, usb_modes):
 
 @pytest.mark.parametrize("value, modes", [(True, DEVELOPER), (False, "")])
 def test_whitelist_at_start_holds_what_is_known_so_far(daemon, usb_modes, value, modes):
-    """The first policy is carried out while the others have no value; their modes follow."""
+    """The first policy is enforced while the others have no value; their modes follow."""
     usb_modes.appear()
     values = store(value, True, True)
     daemon.start_observed()
@@ -127,7 +127,7 @@ def test_failed_mode_does_not_send_the_whitelist_again(daemon, usb_modes):
 
 
 def test_last_change_decides_about_a_shared_mode(daemon, usb_modes):
-    """It is off although another policy allows it, and the other way round."""
+    """The mode is off although another policy allows it, and on although another forbids it."""
     usb_modes.appear()
     daemon.start()
     daemon.change(DEVELOPER_MODE, False)
@@ -141,7 +141,7 @@ def test_last_change_decides_about_a_shared_mode(daemon, usb_modes):
 
 
 def test_whitelist_is_sent_again_after_a_failure(daemon, usb_modes):
-    """With each task, which is carried out all the same, until the service has taken the list."""
+    """The list is sent before each task until the service accepts it; the tasks run in any case."""
     usb_modes.fail(error("org.example.Refused"), SET_ALL)
     values = store(False, True, False)
     daemon.start()

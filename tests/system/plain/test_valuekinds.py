@@ -75,7 +75,7 @@ REFUSED = [
     ("a{sv}", {"in": ("h", 0)}),
     ("a{sv}", DEEP),
     ("v", ("a{sv}", DEEP)),
-    # No reader could get these.
+    # The bus library cannot send these to a reader.
     ("g", ""),
     ("v", ("g", "")),
     ("v", ("v", ("g", ""))),
@@ -96,7 +96,7 @@ REPLACED = [  # as in KEPT
 
 
 def start_with(daemon, value):
-    """Starts the daemon with a value of the camera; texts and numbers that read alike are equal."""
+    """Starts the daemon with a value of the camera; values are equal if Qt can convert them."""
     files.store({CAMERA: value})
     daemon.start()
 
@@ -106,12 +106,12 @@ def test_value_is_kept_as_given_and_used_by_its_reading(daemon, root, signature,
                                                         text):
     start_with(daemon, not reading)
     assert daemon.set(CAMERA, value, signature) is True
-    # The reading goes to the file, to enforcement and to the announcement, the text to the event.
+    # File, enforcement and announcement get the boolean reading, the event gets the text.
     assert daemon.said() == changed(CAMERA, not reading, text, reading)
     assert daemon.records() == [event_text(CAMERA, not reading, text)]
     assert files.stored()[CAMERA] == files.text_of(reading)
     assert files.CAMERA_MARKER.exists() == reading
-    # A reader gets what was written, and so does the next one.
+    # Every reader gets the written value.
     for _ in range(2):
         assert root.ask(read_of(CAMERA)) == ((signature, value),)
     assert daemon.logged() == []

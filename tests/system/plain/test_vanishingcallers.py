@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Callers that are killed before the daemon judges them, while it does, and after: none is admitted
-that has no right, and nothing is lost that was acknowledged."""
+"""Callers that are killed before, during and after the daemon's check: no write without rights is
+accepted, and no acknowledged write is lost."""
 
 import collections
 import os
@@ -14,14 +14,14 @@ from testbed import files
 from testbed.bus import Client, write_of
 from testbed.users import User
 
-KEY = "NfcEnabled"  # nothing but its value changes
+KEY = "NfcEnabled"  # a policy without a handler
 MAY_WRITE = {"root": True, "operator": True, "deputy": False, "mdm": True, "agent": True,
              "pretender": False, "guest": False}
 DEATHS = 5000 if "GOVD_HOLD" in os.environ else 500
 
 
 def was_accepted(client):
-    """Whether a client that is about to go has been told that its write was taken."""
+    """Whether a client that is about to be killed has got the reply that its write was accepted."""
     try:
         while True:
             message = client.receive(timeout=0)
@@ -56,10 +56,10 @@ def test_none_is_admitted_wrongly_and_none_is_lost(daemon):
             client.call(write_of(KEY, number, "i"))
             end = time.monotonic() + chance.random() * longest
             while time.monotonic() < end:
-                pass  # a moment that is shorter than the kernel can sleep
+                pass  # the time is shorter than the kernel can sleep
             process.end()
             told[number] = user, was_accepted(client)
-    daemon.change("LastOfAll", True)  # the daemon has done all before
+    daemon.change("LastOfAll", True)  # its reply means that all before is done
     recorded = "\n".join(daemon.records())
     for number, (user, accepted) in told.items():
         happened = f". New value {number}." in recorded
