@@ -91,7 +91,7 @@ def test_daemon_alone_refuses(open_bus, lasting_daemon, client, process):
     expect_refusal(client(User(*process)), by_bus=False)
 
 
-def test_missing_group_locks_nobody_else_out(without_group, lasting_daemon, client):
+def test_missing_group_affects_only_its_members(without_group, lasting_daemon, client):
     for name in ("root", "operator"):
         expect_change(client(without_group[name]))
     for name in ("mdm", "guest"):

@@ -23,7 +23,7 @@ def test_answer_is_what_happens(daemon, user, groups, allowed, bus):
     assert change.code == (0 if allowed else 4)
 
 
-def test_refusals_are_in_words_of_our_own(daemon):
+def test_refusals_have_own_texts(daemon):
     by_bus = govctl.run("set CameraEnabled off", user="mdm", groups=[])
     assert by_bus.err == ("govctl: the system bus does not let this process change anything;"
                           ' "govctl can" says who may\n')

@@ -118,7 +118,7 @@ def test_texts_cannot_steer_the_terminal(daemon, agent):
     assert line.split("  ")[3:] == ['"a\\u009b2Jb"', '-> "c\\u001b[2J\\u000ad"', "not-saved"]
 
 
-def test_nobody_else_writes_records(daemon):
+def test_records_of_other_processes_are_ignored(daemon):
     forged = {"MESSAGE_ID": unit.WRITE, "GOVD_KIND": "policy", "GOVD_KEY": CAMERA,
               "GOVD_OLD_VALUE": "false", "GOVD_NEW_VALUE": "true", "GOVD_RESULT": "accepted"}
     text = "".join(f"{name}={value}\n" for name, value in forged.items())

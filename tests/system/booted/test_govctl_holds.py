@@ -96,7 +96,7 @@ def test_start_comes_before_logins():
     assert AT_START in unit.shown("Wants", "multi-user.target").split()
 
 
-def test_what_somebody_has_changed_since_is_left_alone(device):
+def test_later_changes_are_not_taken_back(device):
     text = "[policy]\nVpnEnabled=off\nNfcEnabled=off\n"
     assert govctl.run("apply - --for 1h", text=text).code == 0
     govctl.run("set VpnEnabled on")
@@ -114,7 +114,7 @@ def test_what_is_so_already_is_no_change_for_a_while(device):
     assert timers() == []
 
 
-def test_dry_run_holds_nothing(device):
+def test_dry_run_makes_no_hold(device):
     assert govctl.run("set CameraEnabled off --for 1h --dry-run").code == 0
     assert govctl.result("holds")["holds"] == [] and timers() == []
 

@@ -51,7 +51,7 @@ def services(stopped):
         yield present
 
 
-def test_nobody_is_asked(services, root):
+def test_no_service_is_introspected(services, root):
     unit.start()
     policies = configparser.ConfigParser()
     policies.optionxform = str

@@ -162,7 +162,7 @@ def test_mount_that_went(make_mount):
     expect_empty(POLICIES)
 
 
-def test_mount_by_somebody_else(units):
+def test_mount_without_a_unit(units):
     """A drop-in names a mount that has no unit of systemd."""
     units("govd-configuration.service.d/mount.conf",
           f"[Unit]\nAssertPathIsMountPoint={POLICIES}\n")

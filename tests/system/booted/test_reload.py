@@ -51,7 +51,7 @@ def test_files_are_not_read(without_marker, root):
     assert root.ask(read_of("CameraEnabled")) == (("b", True),)
 
 
-def test_services_are_told_again(daemon, root):
+def test_services_are_called_again(daemon, root):
     with Client("root") as manager:
         manager.own("org.kvt.RuntimeManager")
         root.send(write_of("MessagesEnabled", False))

@@ -67,7 +67,7 @@ def test_first_value_has_no_old_text(daemon):
     assert daemon.said() == changed(key, "", False)
 
 
-def test_event_tells_the_whole_history(daemon):
+def test_events_give_the_history(daemon):
     daemon.start()
     for signature, value in [("b", False), ("i", 5), ("s", "five"), ("s", ""), ("i", -1),
                              ("b", True)]:

@@ -81,7 +81,7 @@ def test_file_that_is_no_key_file_stops_everything(daemon, services, content, ca
     assert DEVELOPER_SHELL_MARKER.exists()
 
 
-def test_file_that_breaks_off_is_not_taken_in_part(daemon, services):
+def test_truncated_file_is_not_used_in_part(daemon, services):
     files.write(POLICY_FILE, "[policy]\nCameraEnabled=true\nMicrophoneEnabled=true\n<broken>\n")
     daemon.start_observed()
     # Two values are read and refused; their defaults are refused once more.

@@ -34,7 +34,7 @@ def test_every_policy_reaches_its_handlers_only(daemon, services, value):
 
 
 @pytest.mark.parametrize("key", ["LocationEnabled", "NoSuchPolicy"])
-def test_policy_without_handlers_waits_for_nobody(daemon, services, key):
+def test_policy_without_handlers_waits_for_no_service(daemon, services, key):
     for service in services.values():
         service.leave()
     daemon.start()

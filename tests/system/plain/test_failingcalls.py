@@ -90,7 +90,7 @@ def test_write_that_cannot_be_saved_is_refused(daemon, switches, kind, call, tex
       ("writing interrupted", "write", "<FILE.", "EINTR"),
       ("directory not opened", "openat", '"/etc/policy"', "EMFILE EIO"),
       ("directory not on the disk", "fsync", "</etc/policy>", "EIO"))
-def test_failure_that_does_not_matter_is_not_told(daemon, switches, kind, call, text, error):
+def test_harmless_failure_is_not_logged(daemon, switches, kind, call, text, error):
     switches.set_switch("lens", [1], True)
     daemon.start()
     write = kind(daemon)

@@ -66,7 +66,7 @@ def test_bad_value_leaves_others_alone(daemon):
     assert daemon.policy("MessagesEnabled") is False
 
 
-def test_seed_that_breaks_off_is_taken_up_to_there(daemon):
+def test_broken_seed_is_used_up_to_the_error(daemon):
     # The daemon does not check whether loading the file has failed.
     files.write(SEED, "[policy]\nCameraEnabled=false\nthis is no line of a key file\n"
                       "MicrophoneEnabled=false\n")
@@ -77,7 +77,7 @@ def test_seed_that_breaks_off_is_taken_up_to_there(daemon):
 
 
 @pytest.mark.parametrize("content", NO_KEY_FILE)
-def test_seed_that_is_no_key_file_is_passed_over(daemon, content):
+def test_seed_that_is_no_key_file_is_skipped(daemon, content):
     files.write(SEED, content)
     daemon.start_observed()
     assert daemon.policy(CAMERA) is True

@@ -120,7 +120,7 @@ def test_follows_an_edit(daemon, file_lock, transcript, edit):
     assert daemon.policy(CAMERA) is True
 
 
-def test_malformed_file_is_told_once(daemon, file_lock, transcript):
+def test_malformed_file_is_logged_once(daemon, file_lock, transcript):
     daemon.start()
     files.replace(FILE, CAMERA_LOCKED)
     wait_for_announcement(transcript, CAMERA, False)
@@ -196,7 +196,7 @@ def test_removed_file_is_forgotten(daemon, file_lock):
     assert daemon.set(CAMERA, True) is True
 
 
-def test_file_that_went_while_nobody_followed_it_keeps_what_it_held(daemon, file_lock):
+def test_file_lost_while_the_daemon_was_stopped_keeps_its_locks(daemon, file_lock):
     """As after a failed mount: the kept content applies, also when the file is damaged at the next
     start."""
     FILE.write_text(CAMERA_LOCKED)
@@ -274,7 +274,7 @@ def test_kept_for_root_alone_and_written_when_it_changes(daemon, file_lock):
     wait_until(lambda: KEPT.read_text() == f"{CAMERA_LOCKED}# more\n")
 
 
-def test_state_that_cannot_be_kept_is_told(daemon, file_lock):
+def test_state_that_cannot_be_kept_is_logged(daemon, file_lock):
     KEPT.parent.mkdir(parents=True)
     FILE.write_text(CAMERA_LOCKED)
     with files.read_only("/var/lib/govd"):
@@ -329,7 +329,7 @@ def test_marker_of_the_example_that_comes_during_the_start(daemon, kiosk, tmp_pa
     wait_until(lambda: daemon.policy(BROWSER) is False)
 
 
-def test_missing_folder_of_the_example_is_told(daemon, kiosk):
+def test_missing_folder_of_the_example_is_logged(daemon, kiosk):
     KIOSK_FOLDER.rmdir()
     daemon.start_observed()
     assert [line for line in daemon.logged() if "kiosk" in line] == [

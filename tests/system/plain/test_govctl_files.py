@@ -87,7 +87,7 @@ def test_apply_changes_what_differs_and_nothing_else(daemon, radio, wanted):
     assert govctl.run("apply", path).out == "the device is as the file says; nothing to do\n"
 
 
-def test_exit_code_tells_a_change(daemon, wanted):
+def test_exit_code_shows_a_change(daemon, wanted):
     daemon.start()
     path = wanted({"CameraEnabled": "false"})
     assert govctl.run("apply", path, "--exit-code", "--dry-run").code == 1
@@ -182,7 +182,7 @@ def test_dry_run_of_a_switch(daemon, radio):
 
 @pytest.mark.parametrize("key, other", [("UsbDeveloperModeEnabled", "DeveloperModeEnabled"),
                                         ("DeveloperModeEnabled", "UsbDeveloperModeEnabled")])
-def test_shared_usb_mode_is_told(daemon, key, other):
+def test_shared_usb_mode_is_noted(daemon, key, other):
     daemon.start()
     note, = govctl.result("set", key, "off", "--dry-run")["notes"]
     assert other in note and "forbidden" in note

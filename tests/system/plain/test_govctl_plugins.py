@@ -27,7 +27,7 @@ def state():
     ([GOOD, ""], "kept", "is empty: its last good content is in force", 1),
     ([""], "never-good", "is empty, and no good content is known: nothing is in force", 1),
 ], ids=["good", "absent", "kept", "never-good"])
-def test_tells_what_is_in_force(process, file_lock, contents, state, text, code):
+def test_shows_what_is_in_force(process, file_lock, contents, state, text, code):
     for content in contents:
         if process.running:
             assert process.stop() == 0

@@ -60,7 +60,7 @@ def test_get_answers_quietly(process):
     assert (json.code, json.result["value"]) == (1, False)
 
 
-def test_set_tells_what_changed(process):
+def test_set_shows_what_changed(process):
     process.start()
     text = govctl.run("set CameraEnabled off")
     assert (text.code, text.lines[0]) == (0, "CameraEnabled: on -> off")
@@ -70,7 +70,7 @@ def test_set_tells_what_changed(process):
     assert (result["policy"]["value"], result["policy"]["stored"]) == (True, True)
 
 
-def test_set_tells_that_nothing_changed(process):
+def test_set_shows_that_nothing_changed(process):
     process.start()
     text = govctl.run("set CameraEnabled on")
     assert (text.code, text.out) == (
@@ -81,7 +81,7 @@ def test_set_tells_that_nothing_changed(process):
 @pytest.mark.parametrize("word, value", [
     *((word, True) for word in ("on", "true", "yes", "1", "ON", "On", "TRUE")),
     *((word, False) for word in ("off", "false", "no", "0", "False", "No"))])
-def test_set_takes_every_word_for_a_value(process, word, value):
+def test_set_accepts_every_form_of_a_value(process, word, value):
     store({CAMERA: not value})
     process.start()
     assert govctl.run("set", CAMERA, word).code == 0
@@ -90,7 +90,7 @@ def test_set_takes_every_word_for_a_value(process, word, value):
 
 
 @pytest.mark.parametrize("word", ["", "2", "ja", "on ", "onoff"])
-def test_set_takes_no_other_word(word):
+def test_set_refuses_other_values(word):
     assert govctl.run("set", CAMERA, word).code == 2
     assert govctl.run("set", CAMERA, word, "--json").error == "usage"
 
@@ -126,7 +126,7 @@ def test_set_is_not_for_everybody(process):
     assert govctl.run("get CameraEnabled", user="guest").out == "off\n"
 
 
-def test_explain_tells_a_stored_value_from_a_lock(process, lock_plugin):
+def test_explain_distinguishes_stored_value_and_lock(process, lock_plugin):
     lock = lock_plugin(CAMERA)
     store({"MicrophoneEnabled": False})
     process.start()
@@ -142,7 +142,7 @@ def test_explain_tells_a_stored_value_from_a_lock(process, lock_plugin):
         assert re.search(line, text)
 
 
-def test_explain_says_what_enforcing_does(process):
+def test_explain_shows_what_enforcing_does(process):
     process.start()
     assert "removes /var/lib/govd/camera_enabled" in govctl.run("explain CameraEnabled").out
     assert govctl.run("explain VpnEnabled").out.count("does nothing by itself") == 2

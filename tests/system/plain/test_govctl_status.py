@@ -68,7 +68,7 @@ def test_status_knows_what_it_does_not_know():
 @pytest.mark.parametrize("user, right", [
     ("root", "root"), ("mdm", "member"), ("agent", "member"), ("operator", "group"),
     ("deputy", "none"), ("pretender", "none"), ("guest", "none")])
-def test_can_tells_why(process, user, right):
+def test_can_gives_the_reason(process, user, right):
     """The daemon decides, so its answer must agree."""
     allowed = right != "none"
     text = govctl.run("can", user=user)
@@ -80,7 +80,7 @@ def test_can_tells_why(process, user, right):
     assert govctl.run("set CameraEnabled off", user=user).code == (0 if allowed else 4)
 
 
-def test_dump_holds_everything(process):
+def test_dump_has_everything(process):
     process.start()
     people = govctl.run("dump")
     assert people.code == 0

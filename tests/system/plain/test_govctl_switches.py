@@ -62,7 +62,7 @@ def test_unknown_switch_gets_the_nearest(process, switches, verb, name, hint):
     assert not [call for call in switches.calls() if "setKeyValue" in call]
 
 
-def test_set_tells_which_policies_changed(process, switches):
+def test_set_shows_which_policies_changed(process, switches):
     switches.set_switch("spy", [CAMERA, MICROPHONE], True)
     store({"MicrophoneEnabled": False})
     process.start()
@@ -75,7 +75,7 @@ def test_set_tells_which_policies_changed(process, switches):
     assert result["policies"] == [{"key": "CameraEnabled", "before": False, "value": True}]
 
 
-def test_set_tells_that_nothing_changed(process, switches):
+def test_set_shows_that_nothing_changed(process, switches):
     switches.set_switch("spy", [CAMERA], True)
     process.start()
     text = govctl.run("switch set spy yes")
@@ -127,7 +127,7 @@ def test_policy_under_a_switch_can_be_set(process, switches):
     assert govctl.result("set CameraEnabled on")["changed"] is True
 
 
-def test_strange_names_survive(process, switches):
+def test_names_with_any_characters(process, switches):
     """The plugin chooses the keys of switches, so they can contain any characters."""
     umlaut, nasty = "Schalter für WLAN", "a\nb\033[31m"
     switches.set_switch(umlaut, [WLAN], False)

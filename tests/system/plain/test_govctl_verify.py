@@ -27,7 +27,7 @@ def test_fresh_device_is_in_order(services, daemon):
     assert [line.split()[0] for line in outcome.lines] == KEYS[1:]
 
 
-def test_policies_that_nobody_enforces(daemon):
+def test_policies_without_handlers(daemon):
     daemon.start()
     daemon.change("VpnEnabled", False)
     assert state("VpnEnabled") == (NOT_ENFORCED, "")
@@ -131,7 +131,7 @@ def test_repair_is_for_root(daemon):
     assert (refused.code, refused.error) == (4, "not-allowed")
 
 
-def test_set_tells_what_is_not_in_force(device_sentry, daemon):
+def test_set_shows_what_is_not_in_force(device_sentry, daemon):
     device_sentry.appear()
     daemon.start()
     assert govctl.run("set UsbDevicesEnabled off").out == "UsbDevicesEnabled: on -> off\n"
@@ -142,7 +142,7 @@ def test_set_tells_what_is_not_in_force(device_sentry, daemon):
                           "UsbDevicesEnabled is not in force: USB devices are disabled\n")
 
 
-def test_set_tells_of_missing_services_and_of_nobody_who_enforces(daemon):
+def test_set_notes_missing_services_and_handlers(daemon):
     daemon.start()
     missing = govctl.run("set MicrophoneEnabled off")
     assert missing.code == 0
@@ -151,7 +151,7 @@ def test_set_tells_of_missing_services_and_of_nobody_who_enforces(daemon):
     assert govctl.result("set NfcEnabled off")["force"] == NOT_ENFORCED
 
 
-def test_list_tells_which_are_only_announced(daemon):
+def test_list_shows_which_are_only_announced(daemon):
     daemon.start()
     listed = govctl.run("list VpnEnabled CameraEnabled").lines
     assert "only announced" not in listed[0]

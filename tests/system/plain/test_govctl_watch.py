@@ -98,7 +98,7 @@ def test_follows_the_daemon_across_a_restart(process):
         (bus.SERVICE, False), (bus.SERVICE, True), (CAMERA, False)]
 
 
-def test_hears_the_first_announcement_of_a_new_daemon():
+def test_first_announcement_of_a_new_daemon_is_shown():
     """The daemon may announce as soon as it has the name."""
     with FakeDaemon():
         watch = govctl.watch("--once")
@@ -109,7 +109,7 @@ def test_hears_the_first_announcement_of_a_new_daemon():
         ["service", bus.SERVICE, "off"], ["service", bus.SERVICE, "on"], ["policy", CAMERA, "on"]]
 
 
-def test_heeds_nobody_else(process, root, guest):
+def test_signals_of_others_are_ignored(process, root, guest):
     process.start()
     with govctl.watch("--once") as watch:
         target = connection_of(root, watch.process.pid)
@@ -173,7 +173,7 @@ def test_takes_a_command_in_any_locale(process, tmp_path):
 
 @pytest.mark.parametrize("command, complaint", [
     ("exit 3", "exit code 3"), ("kill -9 $$", "ended by signal 9")])
-def test_tells_of_a_failing_command(process, command, complaint):
+def test_failing_command_is_reported(process, command, complaint):
     process.start()
     with govctl.watch("--once", "--exec", command) as watch:
         process.change(CAMERA, False)

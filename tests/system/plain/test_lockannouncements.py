@@ -38,20 +38,20 @@ def test_freed_policy_is_announced_with_its_stored_value(daemon, plugin, stored)
 
 @pytest.mark.parametrize("thread", [False, True])
 @pytest.mark.parametrize("locked", [False, True])
-def test_news_that_do_not_hold_are_ignored(daemon, plugin, locked, thread):
+def test_announcement_that_does_not_apply_is_ignored(daemon, plugin, locked, thread):
     plugin.set_locked(*[CAMERA] * locked)
     plugin.announce(CAMERA, not locked, thread=thread)
     assert daemon.announcements() == []
     assert daemon.logged() == []
 
 
-def test_news_of_no_change_are_passed_on(daemon, plugin):
+def test_announcement_without_a_change_is_passed_on(daemon, plugin):
     plugin.announce(CAMERA, False)
     plugin.announce(CAMERA, False)
     assert daemon.announcements() == 2 * [announcement(CAMERA, True)]
 
 
-def test_news_of_another_source_count_too(daemon, lock_plugin):
+def test_announcement_of_another_source_is_passed_on(daemon, lock_plugin):
     one, two = (lock_plugin(CAMERA, file=f"{name}.so", name=name) for name in ("one", "two"))
     daemon.start()
     one.set_locked(CAMERA)
@@ -74,7 +74,7 @@ def test_key_that_is_not_listed_is_announced_as_free(daemon, plugin):
     assert f"policyIsLocked {MICROPHONE}" not in plugin.calls()
 
 
-def test_key_that_is_not_listed_and_said_locked_is_ignored(daemon, plugin):
+def test_key_that_is_not_listed_is_ignored_when_locked(daemon, plugin):
     plugin.set_locked(MICROPHONE)
     plugin.announce(MICROPHONE, True)
     assert daemon.announcements() == []

@@ -153,7 +153,7 @@ def test_plugins_are_deleted_when_the_daemon_ends(daemon):
     assert child_notes() == ["deleted by its parent"]
 
 
-def test_replaced_plugin_is_nobodys_child(daemon):
+def test_replaced_plugin_has_no_parent(daemon):
     install("child", "one.so")
     install("child", "two.so")
     daemon.start()

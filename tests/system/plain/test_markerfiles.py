@@ -85,7 +85,7 @@ def test_start_leaves_nothing_behind_where_no_file_belongs(daemon, marker):
 
 
 @each_marker
-def test_present_file_is_left_alone(daemon, marker):
+def test_present_file_is_not_changed(daemon, marker):
     store(True)
     files.write(marker.path, "not the daemon's\n")
     before = files.snapshot(marker.path)

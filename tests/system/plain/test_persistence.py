@@ -112,7 +112,7 @@ def test_write_changes_the_file_as_little_as_possible(daemon, before, value, aft
     assert daemon.logged() == []
 
 
-def test_each_write_is_made_on_what_the_file_holds_now(daemon):
+def test_each_write_keeps_the_present_content(daemon):
     daemon.start()
     POLICY_FILE.unlink()
     daemon.change(CAMERA, False)

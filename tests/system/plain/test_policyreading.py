@@ -85,7 +85,7 @@ def test_keys_are_compared_exactly(daemon):
                                " CameraEnabled", "CameraEnable", "Camera", "1", "")
 
 
-def test_reader_without_an_answer_holds_up_nobody(daemon, root):
+def test_reader_without_an_answer_delays_no_other(daemon, root):
     daemon.start()
     with pytest.raises(TimeoutError):
         root.ask(read_of(UNKNOWN), 0.3)

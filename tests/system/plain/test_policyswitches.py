@@ -77,7 +77,7 @@ def test_switches_of_no_policy_govern_unknown_keys(daemon, switches):
     assert files.stored()[key] == "true"
 
 
-def test_event_tells_the_old_value_as_a_reader_sees_it(daemon, switches):
+def test_event_has_the_effective_old_value(daemon, switches):
     switches.set_switch("first", [TYPE], True)
     daemon.start()
     daemon.change(KEY, True)

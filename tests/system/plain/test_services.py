@@ -45,7 +45,7 @@ def test_log_keeps_events(system_logs, ask):
     assert system_logs.events == [("kind", "INFO_LEVEL", "text")]
 
 
-def test_device_information_is_told(device_information, ask, refusal):
+def test_device_information_can_be_read(device_information, ask, refusal):
     device_information.appear()
     device_information.set(True)
     assert ask(FEATURES, "Get", "ss", *CERTIFIED) == (("b", True),)

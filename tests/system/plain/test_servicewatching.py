@@ -210,7 +210,7 @@ def test_departure_counts_as_appearance(daemon, network, root):
         assert [call.member for call in network.calls] == ["SetProperty"]
 
 
-def test_failing_list_leaves_services_to_later_news(daemon, network, root, transcript):
+def test_after_a_failing_list_services_are_found_by_signals(daemon, network, root, transcript):
     files.store({SHARING: False})
     network.appear()
     with Relay(spoil={b"ListNames": b"ListNothi"}) as relay:  # the bus has no such method

@@ -38,7 +38,7 @@ def test_line_of_text(device, daemon):
     assert "\033" not in device.out
 
 
-def test_marker_file_is_told(device, daemon):
+def test_marker_file_is_printed(device, daemon):
     daemon.start()
     device.wait_for_out("camera: off -> on")
     daemon.change("CameraEnabled", False)
@@ -64,7 +64,7 @@ def test_calls_as_json(json_device, daemon):
                                  change("denied browserstandalone", "no", "yes")]
 
 
-def test_errors_are_told(device, daemon):
+def test_errors_are_printed(device, daemon):
     daemon.start()
     do("fail usb error")
     daemon.change("UsbDevicesEnabled", False)
@@ -72,7 +72,7 @@ def test_errors_are_told(device, daemon):
     do("expect usb on")
 
 
-def test_person_is_told(json_device):
+def test_order_is_printed(json_device):
     do("plug", "usb", "--label", "A B")
     wait_until(lambda: json_device.results(origin="person", method="Plug"))
     # Reads of the state are not printed.
@@ -83,7 +83,7 @@ def test_person_is_told(json_device):
         [change("storage A B", "absent", "mounted")], [change("running clock", "no", "yes")]]
 
 
-def test_wrong_call_is_told(json_device, root):
+def test_wrong_call_is_printed(json_device, root):
     with pytest.raises(DBusErrorResponse, match="InvalidArgs"):
         root.ask(new_method_call(AUDIO, "Set", "i", (42,)))
     wait_until(lambda: json_device.results(

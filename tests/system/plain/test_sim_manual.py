@@ -84,7 +84,7 @@ def test_page_has_every_exit_code(page):
         output.NO_OUTPUT]
 
 
-def test_words_fit_the_services():
+def test_names_match_the_services():
     assert sorted(device.KINDS) == list(names.SERVICES) == sorted(names.SERVICES)
     assert sorted(device.FAULTS) == sorted(["none", *names.FAULTS])
     assert names.USB_MODES == small.UsbModes.MODES

@@ -84,7 +84,7 @@ def test_govctl_line_can_fail(device, script):
     ("govd-sim", "no verb given; see govd-sim --help"),
     ('""', "no verb given; see govd-sim --help"),
 ])
-def test_bad_lines_are_told_before_anything_is_run(device, script, line, reason):
+def test_bad_lines_fail_before_anything_is_run(device, script, line, reason):
     outcome = script(f"govd-sim launch camera\n{line}\n")
     assert (outcome.code, outcome.err.count("\n")) == (2, 1)
     assert outcome.err.startswith(f'govd-sim: {script.path}, line 2, "{line}": {reason}')

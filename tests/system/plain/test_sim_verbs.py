@@ -158,7 +158,7 @@ def test_expect_waits(device):
     ("storage X mounted", "storage X is absent, not mounted"),
     ("storage %1 mounted", "storage %1 is absent, not mounted"),
 ])
-def test_expect_tells_what_is_so(device, words, message):
+def test_expect_shows_the_present_value(device, words, message):
     outcome = run(f"expect {words} --timeout 0.2")
     assert (outcome.code, outcome.err) == (1, f"govd-sim: {message}, after 0.2 s\n")
 

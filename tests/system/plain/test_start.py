@@ -38,7 +38,7 @@ def test_daemon_owns_its_name_and_ends_in_order(daemon, root, number):
     assert daemon.log() == ENFORCED
 
 
-def test_end_is_in_order_whatever_the_event_loop_returns(daemon, lock_plugin):
+def test_exit_code_does_not_depend_on_the_event_loop(daemon, lock_plugin):
     plugin = lock_plugin()
     daemon.start()
     plugin.end_event_loop(3)
@@ -67,7 +67,7 @@ def test_all_is_stored_and_enforced_when_the_name_is_seen(daemon, root):
     assert daemon.policy("CameraEnabled") is True
 
 
-def test_whoever_sees_the_name_finds_the_object(daemon, root):
+def test_object_is_there_before_the_name(daemon, root):
     """A client that asks all the time would find the name without the object if there were such a
     moment; the daemon's blocking system calls are delayed to make it longer."""
     daemon.wrapper = ["strace", "--follow-forks", "--output=/dev/null", "--trace=futex",
@@ -83,7 +83,7 @@ def test_whoever_sees_the_name_finds_the_object(daemon, root):
     assert daemon.stop() == 0
 
 
-def test_nobody_is_served_during_the_start(daemon, switches, root, transcript):
+def test_no_call_is_served_during_the_start(daemon, switches, root, transcript):
     switches.set_switch("lens", [1], True)
     switches.hold("keyValue")
     daemon.launch()

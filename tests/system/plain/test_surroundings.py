@@ -28,7 +28,7 @@ SURROUNDINGS = {
 
 
 @pytest.mark.parametrize("wrapper", SURROUNDINGS.values(), ids=SURROUNDINGS)
-def test_service_is_the_same_whatever_the_surroundings(daemon, wrapper):
+def test_surroundings_change_nothing(daemon, wrapper):
     files.store({"MicrophoneEnabled": False})
     daemon.wrapper = wrapper
     daemon.start()
@@ -51,7 +51,7 @@ def test_nothing_is_written_into_the_current_directory(daemon, tmp_path):
 
 @pytest.mark.parametrize("wrapper", [["env", "LC_ALL=C.UTF-8"], ["env", "-u", "LANG"],
                                      ["env", "LC_ALL=C"]], ids=" ".join)
-def test_files_are_read_whatever_their_names(daemon, wrapper):
+def test_files_are_read_under_any_names(daemon, wrapper):
     files.store({"CameraEnabled": False}, "/etc/policy/policy.d/f\u00fcr alle.conf")
     daemon.wrapper = wrapper
     daemon.start()

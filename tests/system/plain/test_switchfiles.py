@@ -35,7 +35,7 @@ def told(plugin):
     return [call for call in plugin.calls() if call.startswith("setKeyValue ")]
 
 
-def test_nobody_opens_them_without_a_plugin(daemon):
+def test_files_are_not_opened_without_a_plugin(daemon):
     for path in (SWITCH_FILE, SEED):
         files.store({"lens": True}, path)
     before = files.snapshot(SWITCH_FILE)
@@ -86,7 +86,7 @@ def test_folder_is_read_without_the_single_file(daemon, switches):
     assert told(switches) == 2 * ["setKeyValue lens true"]
 
 
-def test_files_are_applied_by_name_whatever_their_letters(daemon, switches):
+def test_files_are_applied_by_name_without_case(daemon, switches):
     for name, value in [("B.conf", False), ("a.conf", True), ("c.conf", True)]:
         files.store({"lens": value}, FOLDER / name)
     switches.set_switch("lens", [], False)
@@ -95,7 +95,7 @@ def test_files_are_applied_by_name_whatever_their_letters(daemon, switches):
                               "setKeyValue lens true"]
 
 
-def test_all_keys_are_told_in_their_order(daemon, switches):
+def test_plugin_gets_all_keys_in_order(daemon, switches):
     files.write(SWITCH_FILE, "[other]\ngate=true\n\n[policy]\nradio=true\nCameraEnabled=true\n"
                              "lens=false\nno such switch=1\n")
     switches.set_switch("lens", [1], True)
@@ -117,7 +117,7 @@ def test_values_that_are_no_booleans_are_skipped(daemon, switches):
 
 @pytest.mark.parametrize("path", [SWITCH_FILE, SEED])
 @pytest.mark.parametrize("content", NOTHING_TOLD)
-def test_file_that_tells_nothing(daemon, switches, content, path):
+def test_file_without_values(daemon, switches, content, path):
     files.write(path, content)
     switches.set_switch("lens", [1], False)
     daemon.start_observed()

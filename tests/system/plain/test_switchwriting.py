@@ -163,7 +163,7 @@ def test_other_kinds_of_values(daemon, switches, signature, value, text, saved):
     assert daemon.running
 
 
-def test_file_keeps_what_it_holds(daemon, switches):
+def test_file_keeps_other_content(daemon, switches):
     switches.set_switch("cellular", [], True)
     switches.set_switch("new", [], True)
     daemon.start()

@@ -17,7 +17,7 @@ from testbed.processes import held
 NUMBERS = DBusAddress("/", interface="org.govd.test")
 
 
-def test_owners_of_names_are_told(root, client):
+def test_owners_of_names_are_known(root, client):
     name, other = "org.govd.test.Name", client()
     assert (root.owner(name), root.process_of(name)) == ("", 0)
     other.own(name)
@@ -39,7 +39,7 @@ def test_clients_are_who_they_say(daemon, client, root, name):
     assert one.ask(read_of("CameraEnabled")) == (("b", True),)
 
 
-def test_clients_can_vanish_before_they_are_heard(daemon, client, transcript):
+def test_clients_can_leave_before_their_calls_are_handled(daemon, client, transcript):
     daemon.start()
     with held([daemon.pid]):
         one = client()
@@ -63,7 +63,7 @@ def test_transcript_has_all_messages_in_order(transcript, root):
         ("iv", root.unique_name)}
 
 
-def test_transcript_tells_that_nothing_happened(daemon, transcript):
+def test_transcript_shows_that_nothing_happened(daemon, transcript):
     daemon.start()
     unique = transcript.owner(SERVICE)
     assert unique.startswith(":")

@@ -56,7 +56,7 @@ def mode_failure(key, value, name):
 
 
 @pytest.mark.parametrize("values", itertools.product([False, True], repeat=3), ids=str)
-def test_whitelist_holds_the_allowed_modes(daemon, usb_modes, values):
+def test_whitelist_has_the_allowed_modes(daemon, usb_modes, values):
     """The list contains a mode twice if two policies allow it."""
     allowed = [mode for mode, value in zip(MODES.values(), values) if value]
     store(*values)
@@ -96,7 +96,7 @@ def test_whitelist_is_sent_once_and_before_the_modes(daemon, usb_modes):
 
 
 @pytest.mark.parametrize("value, modes", [(True, DEVELOPER), (False, "")])
-def test_whitelist_at_start_holds_what_is_known_so_far(daemon, usb_modes, value, modes):
+def test_whitelist_at_start_has_the_known_values(daemon, usb_modes, value, modes):
     """The first policy is enforced while the others have no value; their modes follow."""
     usb_modes.appear()
     values = store(value, True, True)
