@@ -33,7 +33,7 @@ def refusal(pid):
 
 
 def denial(pid):
-    """The same, as the daemon says it."""
+    """What Daemon.messages() has for this refusal."""
     return ("error", *refusal(pid))
 
 

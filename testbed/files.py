@@ -43,7 +43,7 @@ def replace(path, content):
 
 
 def store(values, path=POLICY_FILE):
-    """Writes a key file of policies or switches; a value is True, False, or text as it stands."""
+    """Writes a key file of policies or switches; a value is True, False, or a text."""
     lines = [f"{key}={text_of(value)}\n" for key, value in values.items()]
     write(path, "[policy]\n" + "".join(lines))
 

@@ -208,7 +208,7 @@ class PropertyService(Service):
 
 
 class DeviceInformation(PropertyService):
-    """Tells whether the system is certified."""
+    """Has the property whether the system is certified."""
     NAME = "org.kvt.deviceinfo"
     PATH, INTERFACE = "/org/kvt/deviceinfo/Features", "org.kvt.deviceinfo.Features"
     PROPERTY = "isOsCertified"

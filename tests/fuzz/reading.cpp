@@ -23,7 +23,7 @@ bool ofNumber(sd_bus_message *message, char type)
     requireDone(sd_bus_message_read_basic(message, type, &bits), "number");
     double number = 0;
     std::memcpy(&number, &bits, sizeof number);
-    // Qt rounds before it compares, and only Qt knows what it makes of what is no number.
+    // Qt rounds before it compares, and its result for NaN and infinity is not specified.
     return type == 'd' ? QVariant(number).toBool() : bits != 0;
 }
 

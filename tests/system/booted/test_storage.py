@@ -27,11 +27,11 @@ DEVICE_MANAGER = ("systemd-udevd.service", "systemd-udevd-control.socket",
 
 @pytest.fixture(scope="module", autouse=True)
 def device_manager():
-    """A device manager that tells of the disks of the tests, and a fresh UDisks2."""
+    """A device manager that announces the disks of the tests, and a new UDisks2."""
     udisks.write_rules()
     with contextlib.ExitStack() as stack:
         for name in DEVICE_MANAGER:
-            # It leaves devices alone where /sys cannot be written, but it can tell of them, too.
+            # Its unit needs a writable /sys, but announcing devices works without one.
             stack.enter_context(unit.drop_in("[Unit]\nConditionPathIsReadWrite=\n", name))
         unit.run("systemctl", "start", DEVICE_MANAGER[0])
         unit.run("systemctl", "stop", unit.UNIT, SERVICE)
@@ -47,7 +47,7 @@ def storage(daemon):
 
 @pytest.fixture
 def listener(client):
-    """A client that hears what UDisks2 tells everybody about changes of its devices."""
+    """A client that receives the signals of UDisks2 about its devices."""
     listener = client("root")
     listener.ask(new_method_call(BUS, "AddMatch", "s", (CHANGES,)))
     return listener
@@ -55,7 +55,7 @@ def listener(client):
 
 @pytest.fixture
 def without_storage_service(stopped):
-    """A device on which nobody has installed UDisks2."""
+    """A device without UDisks2."""
     unit.run("systemctl", "stop", SERVICE)
     file = pathlib.Path("/lib/systemd/system", SERVICE)
     aside = shutil.move(file, "/run")
@@ -66,24 +66,24 @@ def without_storage_service(stopped):
 
 
 def main_pid():
-    """The process number of UDisks2; 0 when it does not run."""
+    """The process id of UDisks2; 0 when it does not run."""
     return int(unit.shown("MainPID", SERVICE))
 
 
 def mount(disk):
-    """Mounts a disk, which from then on is held by its mount alone."""
+    """Mounts a disk; from then on only the mount keeps its loop device."""
     disk.mount()
     disk.let_go()
 
 
 def wait_until_told(listener, disk):
-    """Waits until UDisks2 has told that a disk is no part of the device. A loop device that it has
-    seen before counts as part of it without a disk, and of the file system it tells first."""
+    """Waits until UDisks2 has announced that a disk is no part of the system. It treats a known
+    loop device as a part until it has read the new file, and announces the file system first."""
     def is_told(message):
         properties = {}
         if message.header.fields.get(HeaderFields.path) == disk.path:
             properties = message.body[1]
-        elif message.body[0] == disk.path:  # a new object, told of with all that it has
+        elif message.body[0] == disk.path:  # a new object, announced with all its properties
             properties = message.body[1].get(BLOCK, {})
         return properties.get("HintSystem") == ("b", False)
     while not is_told(listener.receive(timeout=PATIENCE)):
@@ -91,8 +91,8 @@ def wait_until_told(listener, disk):
 
 
 def wait_until_gone(root, disk):
-    """Waits until a disk is mounted nowhere, nor held by anybody in a namespace of its own, and
-    UDisks2 knows it: its place is free for the next disk."""
+    """Waits until a disk is not mounted in any namespace and UDisks2 has noticed it, so that its
+    device is free for the next disk."""
     wait_until(lambda: not disk.places())
     wait_until(lambda: not disk.exists)
     wait_until(lambda: udisks.known_places(root, disk) is None)
@@ -124,7 +124,7 @@ def test_disk_inserted_while_forbidden_is_unmounted(storage, root, listener):
 
 
 def test_upper_disk_is_unmounted(storage, root, listener):
-    """What the daemon sees of the kernel's devices tells what is built on what."""
+    """Under the unit, the daemon can read in /sys on which device another one rests."""
     with LoopDevice(disk_image()) as lower, upper_device(lower) as upper:
         wait_until_told(listener, lower)
         upper.mount()

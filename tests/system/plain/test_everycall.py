@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 """Every member of every interface of the object, those of the standard included, called by every
-kind of user, and with arguments of every type and number: the daemon takes what it should, refuses
-the rest, and goes on serving. The members come from the object itself: a new one fails until it has
-a row."""
+kind of user, and with arguments of every type and number: the daemon accepts valid calls, refuses
+the others, and goes on serving. The members come from the object itself: a new one fails until it
+has a row."""
 
 import os
 from dataclasses import dataclass

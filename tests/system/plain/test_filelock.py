@@ -24,7 +24,7 @@ IN_FORCE_AGAIN = f"info|default|filelock: {FILE} is good: it is in force"
 KIOSK_FOLDER = pathlib.Path("/run/kiosk")
 MARKER = KIOSK_FOLDER / "active"
 
-DAMAGES = {  # kind of damage, and what the log says of it
+DAMAGES = {  # kind of damage, and its text in the log
     "malformed": "is malformed",
     "zero bytes": "is malformed",
     "empty": "is empty",

@@ -1,7 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A manager that has no good listing asks for another one, but not more often than there is an
-occasion."""
+"""A manager without a valid listing asks for another one, once for each occasion."""
 
 import time
 
@@ -13,7 +12,7 @@ from testbed.services.storage import BLOCK, Block
 from testbed.waiting import wait_until
 
 TIMEOUT = 25.0  # seconds that the library waits for an answer
-LATE_ERROR = Fault("error", delay=0.3)  # something else can happen before it
+LATE_ERROR = Fault("error", delay=0.3)  # leaves time for other events before it
 
 
 @pytest.fixture
@@ -24,17 +23,17 @@ def present(storage):
 
 
 def fail_to_list(storage, fault):
-    """Lets the listings go wrong from now on."""
+    """Makes the listings fail from now on."""
     storage.fail(fault, "GetManagedObjects")
 
 
 def wait_for_listings(storage, count):
-    """Waits until the storage service has been asked so often for all its objects."""
+    """Waits until GetManagedObjects has been called so often."""
     wait_until(lambda: listings(storage) == count)
 
 
 def tell_of(storage, path):
-    """Lets the storage service say that something about a device has changed."""
+    """Sends a signal of the storage service that a device has changed."""
     storage.signal(path, PROPERTIES, "PropertiesChanged", "sa{sv}as", BLOCK, {}, [])
 
 
@@ -95,7 +94,7 @@ def test_one_listing_for_each_occasion(present, partitions):
     fail_to_list(present, ERROR)
     partitions.run()
     wait_for_listings(present, 1)
-    present.plug(block())  # it is heard of for the first time only once
+    present.plug(block())  # its first appearance is announced only once
     partitions.wait_for(BLOCK_PATH)
     wait_for_listings(present, 2)
     for times in range(2, 12):
@@ -114,7 +113,7 @@ def test_one_listing_at_a_time(present, partitions):
     wait_for_listings(present, 1)
     for number in range(50):
         tell_of(present, f"{BLOCK_PATH}{number}")
-    # However many there are, one question follows the one that is under way.
+    # However many occasions there are, only one call follows the pending one.
     wait_for_listings(present, 2)
     partitions.list()
     assert listings(present) == 2
@@ -137,7 +136,7 @@ def test_no_more_listings_after_a_good_one(present, partitions):
 
 
 def test_signals_count_without_any_listing(present, partitions):
-    """A service that never lists must not delay what it tells."""
+    """A service that never lists must not delay its signals."""
     fail_to_list(present, ERROR)
     partitions.run()
     wait_for_listings(present, 1)

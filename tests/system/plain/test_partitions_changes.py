@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What happens to partitions after the library has found them, and which of it is announced."""
+"""Changes of partitions after the library has found them, and which of them are announced."""
 
 import dbus
 import pytest
@@ -13,12 +13,12 @@ from testbed.waiting import wait_until
 
 
 def mount(*places):
-    """Somebody mounts the block device in these places, and unmounts it from all others."""
+    """A change: the block device is mounted in these places and unmounted from all others."""
     return lambda storage: storage.set_mount_points(BLOCK_PATH, *places)
 
 
 def in_turn(*actions):
-    """Several things happen."""
+    """Several changes, in order."""
     def act(storage):
         for action in actions:
             action(storage)
@@ -26,7 +26,7 @@ def in_turn(*actions):
 
 
 def silently(action):
-    """Something happens of which the service tells only that it has changed something."""
+    """A change that the service signals without the new value."""
     def act(storage):
         storage.tells = False
         action(storage)
@@ -90,7 +90,7 @@ def present(storage):
 
 
 def bus(partition):
-    """On which bus a partition is, if that is known."""
+    """The bus of a partition's drive, if it is known."""
     return partition["drive"].get("connectionBus")
 
 

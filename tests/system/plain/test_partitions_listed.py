@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""What the library tells of partitions, and when it first looks for them."""
+"""The partitions that the library lists, and when it first looks for them."""
 
 import threading
 
@@ -125,7 +125,7 @@ def test_signals_older_than_the_listing_are_ignored(storage, partitions, transcr
 
     @on_loop
     def change():
-        """What the service does after it can be heard and before it makes the listing."""
+        """A change after the library has subscribed and before the service makes the listing."""
         storage.appear()
         heard.wait(PATIENCE)
         storage.unplug(storage.plug(Block("passing")))

@@ -65,7 +65,7 @@ def listing():
 @each_bad_value
 @each_property
 def test_property_in_the_listing(present, partitions, interface, name, value):
-    """Whatever is not the bad one is read as it stands."""
+    """All properties but the invalid one are used."""
     objects = listing()
     properties = objects[STICK_PATH if interface == DRIVE else BLOCK_PATH][interface]
     if value is None:
@@ -89,7 +89,7 @@ def test_property_in_the_listing(present, partitions, interface, name, value):
 @each_bad_value
 @each_property
 def test_property_that_changes(present, partitions, interface, name, value):
-    """What is known stays as it was."""
+    """The known value stays as it was."""
     present.plug(STICK)
     present.plug(block(PLACE, drive=STICK_PATH))
     partitions.run()

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Devices that are built on others, as a decrypted stick or a logical volume is, are where the
-device at their bottom is. Directories of the same form replace the kernel's device mapper."""
+"""A device that rests on others, such as a decrypted stick or a logical volume, has the drive of
+the lowest device. Directories of the same form as in /sys replace the kernel's device mapper."""
 
 from dataclasses import dataclass
 
@@ -26,7 +26,7 @@ class Stacked:
     system: bool = True
 
 
-STACKS = {  # from the bottom to the top; what the top says of its place
+STACKS = {  # from the bottom to the top; the place of the top one
     "decrypted stick": ([Stacked(TOP, USB)], ["external 1"]),
     "decrypted card": ([Stacked(TOP, CARD)], ["external 0"]),
     "decrypted disk": ([Stacked(TOP, DISK)], ["system 3"]),
@@ -70,7 +70,7 @@ STACKS = {  # from the bottom to the top; what the top says of its place
 
 @pytest.fixture(autouse=True)
 def tree():
-    """Devices of the kernel's of which only the tests tell."""
+    """An empty tree of the kernel's devices, which the tests fill."""
     with device_tree():
         yield
 
@@ -100,7 +100,7 @@ def plug_stack(storage, stack):
 
 
 def place(partition):
-    """What a partition says of where it is: "external 1" is on removable storage of bus 1."""
+    """Type and bus of a partition: "external 1" is on removable storage of bus 1."""
     type_ = {SYSTEM: "system", EXTERNAL: "external"}[partition["type"]]
     return f"{type_} {partition['drive'].get('connectionBus', '')}".strip()
 
@@ -170,7 +170,7 @@ def test_partition_waits_for_what_it_is_built_on(present, partitions, top):
 
 
 def test_each_bus_is_announced(present, partitions):
-    """Whoever forbids one of the two buses has to hear of it."""
+    """It has to be unmounted if one of the two buses is forbidden."""
     plug_drives(present)
     plug_stack(present, [Stacked(TOP, below=(USB, CARD))])
     partitions.run()

@@ -33,7 +33,7 @@ def busy(mounted):
 
 
 def wait_for_unmounts(storage, count):
-    """Waits until the storage service has been asked so often to unmount something."""
+    """Waits until Unmount has been called so often."""
     wait_until(lambda: len(calls_of(storage, "Unmount")) == count)
 
 
@@ -88,7 +88,7 @@ def test_nobody_waits(mounted, partitions):
 
 
 def test_nothing_to_unmount(storage, partitions):
-    """It is no failure that the device is not mounted, or that the service has gone."""
+    """It is no failure that the device is not mounted, or that the service has left."""
     storage.appear()
     storage.plug(block())
     partitions.run()
@@ -126,7 +126,7 @@ def test_from_the_announcement(storage, partitions):
 
 
 def test_reminders_come_at_growing_intervals(storage, partitions):
-    """Who unmounts again in vain and who only looks on are reminded alike."""
+    """A manager that unmounts again in vain and one that does not get the same reminders."""
     storage.appear()
     storage.plug(STICK)
     storage.plug(block(PLACE, drive=STICK_PATH))
@@ -179,7 +179,7 @@ def test_first_failure_only_is_logged(busy, partitions):
 
 
 def test_reminder_whoever_was_asked_to_unmount(busy, partitions):
-    """The manager that was asked need not be the one that somebody follows."""
+    """The reminder does not depend on the manager that was asked, which is removed here."""
     partitions.run()
     partitions.wait_for(BLOCK_PATH)
     partitions.list(manager=1)
@@ -190,7 +190,7 @@ def test_reminder_whoever_was_asked_to_unmount(busy, partitions):
 
 
 def test_reminder_of_what_was_unknown(mounted, partitions):
-    """A manager that could not list is reminded of a partition of which it has never heard."""
+    """A manager that could not list announces a partition that it did not know."""
     mounted.fail(error(BUSY))
     partitions.run()
     wait_until(lambda: listings(mounted) == 1)
@@ -206,7 +206,7 @@ def test_reminder_of_what_was_unknown(mounted, partitions):
 
 @pytest.mark.parametrize("end", ["unmounted", "pulled out"])
 def test_no_reminder_of_what_is_not_mounted(busy, partitions, end):
-    """A second partition, which fails later, tells when a reminder would have come."""
+    """A second partition, which fails later, shows when a reminder would have come."""
     clock = busy.plug(Block("sdb1", mount_points=(PLACE,)))
     partitions.run()
     partitions.wait_for(BLOCK_PATH, clock)
@@ -248,7 +248,7 @@ def test_other_places_are_announced_at_once(storage, partitions):
 
 
 def test_reminder_of_a_second_mount_in_the_same_place(storage, partitions):
-    """The service has nothing to tell of one mount less, because it tells each place once."""
+    """The service sends no signal for one mount less, because it lists each place once."""
     storage.appear()
     storage.plug(block(PLACE, PLACE))
     partitions.unmount_announced()

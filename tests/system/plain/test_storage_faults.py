@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The storage service refuses, ends or says nothing, and storage is unmounted when it can be."""
+"""The storage service refuses, ends or does not answer; storage is unmounted when possible."""
 
 import pytest
 
@@ -35,7 +35,7 @@ def wait_for_refusal(daemon):
 
 
 def test_failure_to_unmount_is_logged_once(daemon, plugged):
-    """What could not be unmounted is tried again, but the log is not told again."""
+    """A failed unmount is tried again, but logged once."""
     plugged.fail(error(BUSY), "Unmount")
     daemon.start()
     daemon.change(USB, False)
@@ -65,7 +65,7 @@ def test_storage_in_use_is_unmounted_when_it_is_free(daemon, plugged):
 
 
 def test_storage_in_use_is_left_alone_once_it_is_allowed(daemon, plugged):
-    """A memory card, which stays forbidden, tells when the stick would have been tried again."""
+    """A memory card, which stays forbidden, shows when the stick would have been tried again."""
     card = Stick("card", "sdio")
     card.plug(plugged)
     plugged.fail(error(BUSY), "Unmount")

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The storage service, or somebody in its name, talks nonsense; what it tells later counts."""
+"""Invalid data of the storage service, or of another sender; later valid data is used."""
 
 import dbus
 import pytest
@@ -92,7 +92,7 @@ def test_odd_signal_is_ignored(daemon, storage, member, signature, arguments):
 
 
 def test_signal_of_another_service_is_ignored(daemon, storage, audio_policy):
-    """Anybody may send a signal that looks like one of the storage service."""
+    """Any client may send a signal that looks like one of the storage service."""
     storage.appear()
     audio_policy.appear()
     daemon.start()

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""When forbidden storage is unmounted: as its policy is enforced, and when it turns up later."""
+"""When forbidden storage is unmounted: when its policy is enforced, and when it appears later."""
 
 import pytest
 
@@ -74,7 +74,7 @@ def test_file_system_made_later_is_seen(daemon, present):
 
 
 def test_storage_without_its_drive_waits_for_it(daemon, present):
-    """Without its drive nobody can tell whether it is a memory card."""
+    """Without its drive it is not known whether it is a memory card."""
     daemon.start()
     daemon.change(CARD, False)
     daemon.change(USB, False)

@@ -110,7 +110,7 @@ def test_what_was_forbidden_before_the_start_is_unmounted(udisks, disk, daemon):
 
 
 def test_device_that_appears_while_forbidden_stays_usable(udisks, daemon):
-    """Nothing but the mount is taken away: the device is there for whoever may use it later."""
+    """Only the mount is removed: the device can be used later."""
     daemon.start_observed()
     daemon.change(CARD, False)
     with plugged_in(udisks) as disk:
@@ -243,7 +243,7 @@ def test_upper_device_of_an_upper_device_is_unmounted(udisks, daemon):
 
 
 def test_upper_device_of_the_system_stays_mounted(udisks, daemon):
-    """It is the kernel's link to what it is built on that makes the difference."""
+    """Only the kernel's link to the lower device makes the difference."""
     with stacked(udisks, is_told=False) as upper:
         daemon.start()
         daemon.change(CARD, False)

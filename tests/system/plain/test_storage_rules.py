@@ -125,7 +125,7 @@ def test_storage_that_appears_while_locked_is_unmounted(daemon, storage):
 
 
 def test_lock_unmounts_nothing(daemon, plugged):
-    """A lock changes what readers see, not what is in force: what is mounted stays."""
+    """A lock changes the effective value, not the enforced one: what is mounted stays."""
     with LockPlugin("lock.so", "lock", [USB]) as lock:
         daemon.start()
         lock.set_locked(USB)
@@ -139,9 +139,9 @@ def test_lock_unmounts_nothing(daemon, plugged):
     (True, True, False, 0), (False, True, False, 2), (True, False, False, 2),
     (True, True, True, 1)], ids=["allowed", "forbidden", "switch off", "locked"])
 def test_storage_at_start(daemon, plugged, switches, stored, switch_on, locked, times):
-    """Each enforcement looks, and there are two at start, but one of a locked policy, which cannot
-    be stored. The second comes before the daemon can hear that the first order has been carried
-    out; nothing is left to unmount for whoever looks later."""
+    """Each enforcement looks for storage. There are two at start, but one for a locked policy,
+    which cannot be stored. The second comes before the daemon can receive the signal of the first
+    unmount; a later one finds nothing to unmount."""
     switches.set_switch("storage", [33], switch_on)
     files.store({USB: stored})
     with LockPlugin("lock.so", "lock", [USB]) as lock:

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Encrypted sticks and logical volumes obey the policies of what they are built on.
+"""Encrypted sticks and logical volumes are governed by the policies of the device below.
 
-The kernel's device mapper, which not every machine has, is replaced at both places where the
-daemon's library meets it: by what the storage service tells, and by directories of the form of the
-kernel's.
+The kernel's device mapper, which not every machine has, is replaced in both places that the
+daemon's library reads: in the objects of the storage service, and by directories of the form of
+/sys.
 """
 
 import pytest
