@@ -42,13 +42,13 @@ QStringList described(const QString &interface)
 QStringList documented(const QString &interface)
 {
     QStringList members;
-    const QString page = contentOf(QStringLiteral("/usr/share/man/man5/%1.5").arg(interface));
-    const QRegularExpression entry(QStringLiteral("^\\.It Fn (\\w+)((?: \"[^\"]*\")*)$"),
+    const QString page = contentOf(QStringLiteral(GOVD_MANUAL_PAGES "/%1.5.md").arg(interface));
+    const QRegularExpression entry(QStringLiteral("^## (\\w+)\\(([^)]*)\\)$"),
                                    QRegularExpression::MultilineOption);
     for (auto match = entry.globalMatch(page); match.hasNext();) {
         const QRegularExpressionMatch found = match.next();
         QString member = found.captured(1);
-        const QRegularExpression argument(QStringLiteral("\"([^\"]*) \\w+\""));
+        const QRegularExpression argument(QStringLiteral("((?:in |out )?\\w+) \\w+"));
         for (auto next = argument.globalMatch(found.captured(2)); next.hasNext();)
             member += QLatin1Char(' ') + next.next().captured(1);
         members.append(member);

@@ -46,25 +46,51 @@ std::set<PolicyHandler> actionsOf(PolicyType policy)
     return result;
 }
 
-/// The cells of the table of policies on the page, by number: policy, at once, services,
-/// applications, USB mode.
-QMap<int, QStringList> documentedRows()
+/// The lines of the manual page below a heading, up to the next one of that rank or above.
+QStringList section(const QString &heading)
 {
     QFile page(QStringLiteral(GOVD_POLICY_PAGE));
     if (!page.open(QIODevice::ReadOnly))
         qFatal("cannot read %s", GOVD_POLICY_PAGE);
-    QMap<int, QStringList> rows;
+    const int rank = heading.indexOf(QLatin1Char(' '));
     const QStringList lines = QString::fromUtf8(page.readAll()).split(QLatin1Char('\n'));
-    for (const QString &line : lines) {
-        QStringList cells = line.split(QStringLiteral(" | "));
-        bool isNumber = false;
-        const int number = cells.value(0).mid(2).toInt(&isNumber);
-        if (isNumber && cells.size() == 6) {
-            cells.last().chop(2); // the closing bar
-            rows.insert(number, cells.mid(1));
-        }
+    QStringList below;
+    for (int line = lines.indexOf(heading) + 1; line > 0 && line < lines.size(); ++line) {
+        const int other = lines.at(line).indexOf(QRegularExpression(QStringLiteral("[^#]")));
+        if (other > 0 && other <= rank)
+            break;
+        below.append(lines.at(line));
     }
+    return below;
+}
+
+/// The cells of the table below a heading, without the two rows that begin it.
+QVector<QStringList> rowsBelow(const QString &heading)
+{
+    QVector<QStringList> rows;
+    const QStringList lines = section(heading).filter(QRegularExpression(QStringLiteral("^\\| ")));
+    for (const QString &line : lines.mid(1))
+        rows.append(line.mid(2).chopped(2).split(QStringLiteral(" | ")));
     return rows;
+}
+
+QStringList documentedServices()
+{
+    QStringList services = section(QStringLiteral("# SERVICE ROUTE"))
+                               .filter(QRegularExpression(QStringLiteral("^## ")));
+    services.replaceInStrings(QStringLiteral("## "), QString());
+    services.sort();
+    return services;
+}
+
+QStringList routesOf(PolicyType policy)
+{
+    QStringList routes;
+    if (policyHandlers.contains(policy))
+        routes.append(QStringLiteral("direct"));
+    if (!servicesOf(policy).isEmpty())
+        routes.append(QStringLiteral("service"));
+    return routes;
 }
 
 QString cell(const QStringList &names)
@@ -75,15 +101,16 @@ QString cell(const QStringList &names)
 
 } // namespace
 
-/// The page of policies and "govctl explain" against the dispatch tables.
+/// The manual page of the policies and "govctl explain" against the dispatch tables.
 class tst_Tables : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void everyPolicyIsOnThePage();
-    void pageTellsWhatTheTablesSay_data();
-    void pageTellsWhatTheTablesSay();
+    void pageTellsTheDirectRoute();
+    void pageTellsTheServiceRoute_data();
+    void pageTellsTheServiceRoute();
     void explainTellsWhatTheTablesSay_data();
     void explainTellsWhatTheTablesSay();
     void everyCarrierIsLookedAt();
@@ -92,33 +119,56 @@ private Q_SLOTS:
 
 void tst_Tables::everyPolicyIsOnThePage()
 {
+    QVector<QStringList> expected;
+    for (int number = 1; number < PolicyTypes::enumeration().keyCount(); ++number) {
+        const QString routes = routesOf(type(number)).join(QStringLiteral(", "));
+        expected.append({QString::number(number), typeToKey(type(number)),
+                         routes.isEmpty() ? QStringLiteral("-") : routes});
+    }
+    QCOMPARE(rowsBelow(QStringLiteral("# POLICIES")), expected);
+}
+
+void tst_Tables::pageTellsTheDirectRoute()
+{
     QStringList expected;
-    for (int number = 1; number < PolicyTypes::enumeration().keyCount(); ++number)
-        expected.append(typeToKey(type(number)));
-    QStringList documented;
-    for (const QStringList &row : documentedRows())
-        documented.append(row.first());
+    for (int number = 1; number < PolicyTypes::enumeration().keyCount(); ++number) {
+        if (policyHandlers.contains(type(number)))
+            expected.append(typeToKey(type(number)));
+    }
+    QStringList documented =
+        section(QStringLiteral("# DIRECT ROUTE")).filter(QRegularExpression(QStringLiteral("^- ")));
+    documented.replaceInStrings(QRegularExpression(QStringLiteral("^- `(\\w+)`:.*")),
+                                QStringLiteral("\\1"));
     QCOMPARE(documented, expected);
 }
 
-void tst_Tables::pageTellsWhatTheTablesSay_data()
+void tst_Tables::pageTellsTheServiceRoute_data()
 {
-    QTest::addColumn<int>("number");
-    QTest::addColumn<QStringList>("row");
-    const QMap<int, QStringList> rows = documentedRows();
-    for (auto row = rows.begin(); row != rows.end(); ++row)
-        QTest::newRow(qPrintable(row->first())) << row.key() << *row;
+    QTest::addColumn<QString>("service");
+    QStringList services = serviceHandlers.keys();
+    services.sort();
+    QCOMPARE(documentedServices(), services);
+    for (const QString &service : services)
+        QTest::newRow(qPrintable(service)) << service;
 }
 
-void tst_Tables::pageTellsWhatTheTablesSay()
+void tst_Tables::pageTellsTheServiceRoute()
 {
-    QFETCH(int, number);
-    QFETCH(QStringList, row);
-    QCOMPARE(row.at(0), typeToKey(type(number)));
-    QCOMPARE(row.at(1) != QStringLiteral("-"), policyHandlers.contains(type(number)));
-    QCOMPARE(row.at(2), cell(servicesOf(type(number))));
-    QCOMPARE(row.at(3), cell(policyApplications.value(type(number))));
-    QCOMPARE(row.at(4), cell(modesOf(type(number))));
+    QFETCH(QString, service);
+    const QVector<PolicyType> policies = serviceHandlers.value(service).first;
+    const PolicyHandler handler = serviceHandlers.value(service).second;
+    QMap<QString, QString> expected;
+    for (const PolicyType policy : policies)
+        expected.insert(typeToKey(policy),
+                        cell(policyApplications.value(policy) + modesOf(policy)));
+
+    const QVector<QStringList> rows = rowsBelow(QStringLiteral("## %1").arg(service));
+    QMap<QString, QString> documented;
+    for (const QStringList &row : rows)
+        documented.insert(row.first(), row.value(1));
+    QCOMPARE(documented.keys(), expected.keys());
+    if (handler == updateDenylist || handler == updateUsbModes)
+        QCOMPARE(documented, expected);
 }
 
 void tst_Tables::explainTellsWhatTheTablesSay_data()

@@ -9,11 +9,11 @@ import re
 
 import pytest
 
-from testbed import govctl
+from testbed import govctl, manuals
 
 SCHEMA = json.loads(govctl.SCHEMA.read_text())
 VERBS = SCHEMA["properties"]["verb"]["enum"][1:]  # the first is that of no verb
-PAGE = pathlib.Path("/usr/share/man/man1/govctl.1").read_text()
+PAGE = manuals.source("govctl.1")
 SCRIPTS = ("bash-completion/completions/govctl", "zsh/vendor-completions/_govctl",
            "fish/vendor_completions.d/govctl.fish")
 each_verb = pytest.mark.parametrize("verb", VERBS)
@@ -38,15 +38,14 @@ def options_in(text):
 
 def options_on(page):
     """The options in a section of the manual page."""
-    lines = re.findall(r"^\.It Fl (.*?)(?: Ar .*)?$", page, re.MULTILINE)
-    return sorted(f"-{name}" for line in lines for name in line.split(" , "))
+    return sorted(word for term in manuals.terms(page) for word in term.split()
+                  if word.startswith("-"))
 
 
 def verbs_on(page):
-    """The verbs on the manual page, each with its text."""
-    entries = re.split(r"^\.It Cm ", page.partition("\n.Sh EXIT STATUS")[0], flags=re.MULTILINE)
-    names = [re.sub(" (Ar|Op|Oo) .*", "", entry.partition("\n")[0]) for entry in entries[1:]]
-    return dict(zip(names, entries[1:]))
+    """The verbs on the manual page, each with what stands below it."""
+    return {re.match("[a-z]+( [a-z]+)?(?= |$)", heading)[0]: text
+            for heading, text in manuals.entries(page).items()}
 
 
 def forms():
@@ -69,6 +68,7 @@ def test_help_has_every_verb():
 
 def test_page_has_every_verb():
     assert sorted(verbs_on(PAGE)) == sorted(VERBS)
+    assert sorted(manuals.entries(PAGE)) == sorted(form for form, _ in forms().values())
 
 
 def test_completion_has_every_verb():
@@ -101,8 +101,7 @@ def test_page_has_every_option(verb):
 
 
 def test_page_has_every_common_option():
-    common = PAGE.partition("\n.It Cm ")[0]
-    assert options_on(common) == options_in(help_of())
+    assert options_on(manuals.section(PAGE, "OPTIONS")) == options_in(help_of())
 
 
 @each_verb
@@ -119,8 +118,7 @@ def test_completion_has_every_argument(process, switches, verb):
 
 
 def test_page_has_every_exit_code():
-    section = PAGE.partition("\n.Sh EXIT STATUS")[2].partition("\n.Sh ")[0]
-    codes = [int(code) for code in re.findall(r"^\.It (\d+)$", section, re.MULTILINE)]
+    codes = [int(code) for code in manuals.terms(manuals.section(PAGE, "EXIT STATUS"))]
     schema = SCHEMA["properties"]["code"]
     assert codes == list(range(schema["minimum"], schema["maximum"] + 1)) == list(range(9))
 
