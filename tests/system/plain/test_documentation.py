@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The manual pages as installed against their source."""
+"""The documentation as installed: manual pages are rendered, and links lead to what is installed."""
 
 import pathlib
 import re
@@ -10,6 +10,8 @@ import pytest
 from testbed import manuals, simulator
 
 SHARE = pathlib.Path("/usr/share")
+PAGES = [page for package in ("govd", "libgovd-dev")
+         for page in sorted(SHARE.glob(f"doc/{package}/**/*.md"))]
 MANUALS = sorted(page.stem for page in manuals.FOLDER.glob("*.md"))
 
 
@@ -43,3 +45,19 @@ def test_manual_page_names_itself(manual):
     assert lines[1].startswith(f'.TH "{name.upper()}" "{section}" "20')
     assert lines[2] == ".SH NAME"
     assert lines[3].startswith(f"{name} - ".replace("-", r"\-"))
+
+
+def test_there_are_pages():
+    assert {page.parent.name for page in PAGES} >= {"govd", "libgovd-dev"}
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
+def test_links_lead_to_what_is_installed(page):
+    links = re.findall(r"\]\(([^)#:\s]+)(?:#[^)]*)?\)", page.read_text())
+    assert [link for link in links if not (page.parent / link).exists()] == []
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
+def test_manual_pages_that_are_named_are_installed(page):
+    named = set(re.findall(r"\b((?:govd|govctl|org\.kvt\.Pol)[\w.-]*)\((\d)\)", page.read_text()))
+    assert [name for name, section in named if not installed(f"{name}.{section}").exists()] == []
