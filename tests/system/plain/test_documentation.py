@@ -4,6 +4,7 @@
 
 import pathlib
 import re
+import subprocess
 
 import pytest
 
@@ -45,6 +46,12 @@ def test_manual_page_names_itself(manual):
     assert lines[1].startswith(f'.TH "{name.upper()}" "{section}" "20')
     assert lines[2] == ".SH NAME"
     assert lines[3].startswith(f"{name} - ".replace("-", r"\-"))
+
+
+def test_manual_page_of_the_daemon_has_its_options():
+    usage = subprocess.run(["/usr/sbin/govd", "--help"], check=True, capture_output=True, text=True)
+    options = manuals.terms(manuals.section(manuals.source("govd.8"), "OPTIONS"))
+    assert options == sorted(re.findall(r"^  (--\w+)  ", usage.stdout, re.MULTILINE)) != []
 
 
 def test_there_are_pages():
