@@ -13,8 +13,9 @@
 namespace Names {
 
 /// Makes a constant of a Latin-1 text. noexcept, because nothing could handle an exception before
-/// main(): without memory the start ends.
-inline QString text(const char *latin1) noexcept
+/// main(): without memory the start ends. Not inlined, because each file that includes this header
+/// calls it for every constant.
+Q_NEVER_INLINE inline QString text(const char *latin1) noexcept
 {
     return QString::fromLatin1(latin1);
 }

@@ -11,9 +11,9 @@ class QSocketNotifier;
 
 /// Turns a Unix signal into an event of the main loop while the object lives.
 ///
-/// Before and after that, the signal has its default action. Child processes have it too, because
-/// exec() resets handlers; a mask they would inherit. Signals that arrive while the loop is busy
-/// are reported once. At most one object for each signal number.
+/// Before and after that, the signal has its default action, and so it has in child processes:
+/// exec() resets a handler, but not a mask. Signals that arrive while the loop is busy are reported
+/// once. At most one object for each signal number.
 class UnixSignal : public QObject
 {
     Q_OBJECT
