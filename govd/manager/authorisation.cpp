@@ -30,7 +30,7 @@ bool PolicyManager::isCallAllowed(WriteRecord *record)
     const QString sender = message().service();
 
     // For a caller that has gone, both queries fail and give 0. There is no /proc/0, and user 0 is
-    // root, which no device puts in the management group: the caller is refused.
+    // root, by default no member of the management group: the caller is refused.
     const int pid = static_cast<int>(bus->servicePid(sender).value());
     const QFileInfo process(QStringLiteral("/proc/%1").arg(pid));
     if (process.group() == Names::PrivilegedGroup || process.owner() == Names::RootUser) {

@@ -42,8 +42,8 @@ public:
     /// Enforces every policy once with its effective value, those without a value as off.
     void setupPolicies();
 
-    /// The effective value of a policy: false while a switch that governs it is off or a source
-    /// locks it, otherwise the stored value; invalid when there is none.
+    /// The effective value of a policy: false while a switch that governs it is off or a lock
+    /// plugin locks it, otherwise the stored value; invalid when there is none.
     QVariant policyValue(const QString &key) override;
 
     /// The value of an access switch, from the plugin; false, after a warning, when the plugin
