@@ -4,9 +4,9 @@
 # govd_package(NAME COMPONENT component SECTION section SUMMARY text DESCRIPTION text
 #              [DEPENDS relation...] [RECOMMENDS relation...] [CONTROL file...] [FOR_ALL])
 #
-# Makes a package of what is installed as the component, with the documentation that each package
-# of Debian has, and with the lintian overrides in the file overrides/NAME if there is one. A
-# component that this build does not have makes no package. FOR_ALL is one for every architecture.
+# Makes a package of the files installed as the component, with changelog and copyright, and with
+# the lintian overrides in the file overrides/NAME if there is one. Without such a component in this
+# build, no package is made. FOR_ALL makes a package for every architecture.
 macro(govd_package name)
   cmake_parse_arguments(ARG "FOR_ALL" "COMPONENT;SECTION;SUMMARY;DESCRIPTION" "DEPENDS;RECOMMENDS;CONTROL" ${ARGN})
   get_cmake_property(components COMPONENTS)
@@ -36,9 +36,9 @@ endmacro()
 
 # govd_platform_packages(LIBRARY text [package that the headers need])
 #
-# Makes the two packages of one platform substitute. They bear the names that Debian's rules give a
-# library of that soname, and a version below any that a platform has released: the platform's own
-# packages replace them in an ordinary upgrade.
+# Makes the two packages of one platform substitute. Their names follow Debian's rules for the
+# soname, and their version is lower than any of the platform's, so that the platform's own packages
+# replace them in an ordinary upgrade.
 macro(govd_platform_packages library text)
   govd_package(lib${library}1 COMPONENT ${library} SECTION libs
     SUMMARY "${text}"

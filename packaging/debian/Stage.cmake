@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Runs in CPack when the files of all packages are in their places: gives them the form that Debian
-# wants, and finds out what each package needs.
+# Runs in CPack when the files of all packages are staged: compresses what Debian's policy wants
+# compressed, and finds out what each package depends on.
 
-# Man pages and changelogs are compressed, with nothing in them that differs from build to build.
+# Compresses manual pages and changelogs, without the time stamp that differs between builds.
 function(compress directory)
   file(GLOB_RECURSE files ${directory}/usr/share/man/* ${directory}/usr/share/doc/*/changelog)
   foreach(file IN LISTS files)
@@ -27,14 +27,14 @@ function(find_binaries directory result)
   set(${result} ${binaries} PARENT_SCOPE)
 endfunction()
 
-# CPack would ask dpkg-shlibdeps itself, but tell it nothing of libraries in other packages of ours,
-# and pass over a library that belongs to no package.
+# Calls dpkg-shlibdeps instead of CPack, which would not pass it the libraries of our other packages
+# and would ignore a library that belongs to no package.
 function(find_dependencies directory result)
   find_binaries(${directory} binaries)
   set(${result} "" PARENT_SCOPE)
   if(binaries)
     file(WRITE ${directory}.shlibdeps/debian/control "")
-    file(MAKE_DIRECTORY ${directory}/DEBIAN) # the mark of a package's directory
+    file(MAKE_DIRECTORY ${directory}/DEBIAN) # dpkg-shlibdeps recognises a package's directory by it
     file(GLOB libraries ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/*)
     list(TRANSFORM libraries PREPEND -l)
     execute_process(COMMAND dpkg-shlibdeps -L${CPACK_GOVD_SHLIBS} ${libraries} -O ${binaries}
