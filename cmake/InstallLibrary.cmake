@@ -4,10 +4,10 @@
 # govd_install_library(TARGET lib HEADERS h... NAME Package TARGET_NAME Lib DESCRIPTION text
 #                      [REQUIRES pkg-config-module...])
 #
-# Installs one platform substitute as a library that others can build against. The component
-# <output name> is what programs need to run: the library with its versioned names. The component
-# <output name>-development is what they are built with: the plain name of the library, its headers
-# below include/<output name>/, a CMake package and a pkg-config file.
+# Installs one platform substitute as a library. The component <output name> holds what programs
+# need to run: the library with its versioned names. The component <output name>-development holds
+# what they need to build: the unversioned name of the library, its headers below
+# include/<output name>/, a CMake package and a pkg-config file.
 function(govd_install_library)
   cmake_parse_arguments(ARG "" "TARGET;NAME;TARGET_NAME;DESCRIPTION" "HEADERS;REQUIRES" ${ARGN})
   get_target_property(module ${ARG_TARGET} OUTPUT_NAME)

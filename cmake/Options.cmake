@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-# What every target of this project is compiled with.
+# Compiler settings of every target.
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -21,11 +21,11 @@ target_compile_definitions(govd-options INTERFACE
   QT_NO_FOREACH
   QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
 
-# Position-independent executables where the tool chain can.
+# CMAKE_POSITION_INDEPENDENT_CODE applies to executables only after this check.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 
-# What has been compiled before is not compiled again. CCACHE_DISABLE=1 compiles all the same.
+# Results of earlier compilations are reused. CCACHE_DISABLE=1 switches that off.
 find_program(GOVD_CCACHE ccache)
 if(GOVD_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${GOVD_CCACHE})

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
 # The three platform libraries, as the targets Platform::Policy, Platform::AccessControl and
-# Platform::SystemSettings: either our substitutes or those that the system has installed.
+# Platform::SystemSettings: the substitutes in platform/, or the ones installed in the system.
 set(GOVD_PLATFORM substitute CACHE STRING "Where the platform libraries come from: substitute or system")
 set_property(CACHE GOVD_PLATFORM PROPERTY STRINGS substitute system)
 
