@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Runs one of libc's reentrant look-ups with a buffer that grows until the entry fits.
+/// Calls one of libc's reentrant look-ups with a buffer that grows until the entry fits.
 template <typename Entry, typename LookUp>
 bool findEntry(Entry &entry, std::vector<char> &buffer, LookUp lookUp)
 {
@@ -37,7 +37,7 @@ std::vector<gid_t> groupsOf(const passwd &user)
     int count = 32;
     std::vector<gid_t> groups(static_cast<std::size_t>(count));
     while (getgrouplist(user.pw_name, user.pw_gid, groups.data(), &count) < 0) {
-        // The count asked for can be outdated by the next call: grow by at least the double.
+        // The databases can change between two calls, so the returned count may be too small again.
         groups.resize(std::max(static_cast<std::size_t>(count), groups.size() * 2));
         count = static_cast<int>(groups.size());
     }
@@ -61,8 +61,8 @@ bool pellora_access_control_hasgroup(uid_t uid, const char *group)
 
     if (user.pw_gid == wanted.gr_gid || isListed(wanted, user))
         return true;
-    // The entry need not tell of all members: the same group can have several names, and a
-    // directory service can answer by user only. This asks every database, so it comes last.
+    // The group's entry can lack members: several groups can share the number, and a directory
+    // service can know groups by user only. This queries every database, so it comes last.
     const std::vector<gid_t> groups = groupsOf(user);
     return std::find(groups.begin(), groups.end(), wanted.gr_gid) != groups.end();
 }

@@ -10,12 +10,12 @@
 extern "C" {
 #endif
 
-/// Tells whether the user @p uid belongs to @p group (a NUL-terminated name, compared exactly).
+/// Whether the user @p uid belongs to @p group (a NUL-terminated name, compared exactly).
 ///
-/// The answer is that of the system's user and group databases at the moment of the call: the
-/// user's primary group counts like a supplementary one, the groups of a running process do not.
-/// False for a user or a group that the databases do not know, and when they cannot be read.
-/// May be called from any thread.
+/// Looked up in the system's user and group databases by each call. The user's primary group counts
+/// like a supplementary one; the groups of running processes do not count. False for a user or a
+/// group that the databases do not know, and when they cannot be read. May be called from any
+/// thread; can block as long as the databases do.
 __attribute__((visibility("default"))) bool pellora_access_control_hasgroup(uid_t uid,
                                                                             const char *group);
 

@@ -7,18 +7,18 @@
 
 namespace Pellora {
 
-/// Names every policy of the platform.
+/// Every policy of the platform.
 ///
-/// The keys of the enumeration are the names that policies bear on the bus and in files. They are
-/// read at run time through the meta-object, so a platform may add values at the end without a
-/// rebuild of those who read them. The numbers are dense from 0 and never change their meaning.
+/// The keys of the enumeration name the policies on the bus and in files. They are read at run time
+/// through the meta-object, so a platform may add values at the end without a rebuild of the
+/// programs that read them. The numbers are dense from 0 and never change their meaning.
 class Q_DECL_EXPORT PolicyValue
 {
     Q_GADGET
 
 public:
     enum PolicyType : int {
-        NoPolicy = 0, ///< no policy: what an unknown name stands for
+        NoPolicy = 0, ///< no policy; the daemon takes unknown keys for it
         CameraEnabled = 1,
         LocationEnabled = 2,
         BluetoothEnabled = 3,
