@@ -17,7 +17,7 @@ void checkName(const QString &name, const QFileInfo &file, Report &report)
         report.warn(QStringLiteral("the daemon looks at files only whose names end in \".so\""));
     if (name.isEmpty())
         report.warn(QStringLiteral("name() is empty: of two plugins of one name, the nameless "
-                                   "included, the daemon heeds only one"));
+                                   "included, the daemon uses only one"));
 }
 
 void checkPolicies(const QStringList &policies, Report &report)

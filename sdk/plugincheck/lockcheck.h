@@ -7,7 +7,7 @@ class QFileInfo;
 class Report;
 class SourceRestriction;
 
-/// Asks a lock plugin what the daemon would ask it, and judges the answers.
+/// Calls the functions of a lock plugin as the daemon does, and reports results that are wrong.
 void checkLock(SourceRestriction &plugin, const QFileInfo &file, Report &report);
 
 #endif

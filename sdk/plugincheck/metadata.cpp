@@ -16,7 +16,7 @@
 
 namespace {
 
-/// Why Qt finds no meta data in the library, in words that say what to do.
+/// Why Qt finds no meta data in the library.
 QString reasonForNoMetaData(const QString &path, const QPluginLoader &loader)
 {
     QFile file(path);
@@ -25,7 +25,7 @@ QString reasonForNoMetaData(const QString &path, const QPluginLoader &loader)
     const QByteArray content = file.readAll();
     if (!content.startsWith("\177ELF"))
         return QStringLiteral("is no shared library");
-    // The mark that Qt's build puts in front of the meta data, whatever its version.
+    // Every version of moc puts this mark in front of the meta data.
     if (!content.contains("QTMETADATA "))
         return QStringLiteral("is no plugin: Q_PLUGIN_METADATA is missing or names no IID, or "
                               "the library was linked without the object file that has it");
@@ -45,7 +45,7 @@ QString versionText(int version)
     return QVersionNumber(version >> 16, version >> 8 & 0xff, version & 0xff).toString();
 }
 
-/// The daemon goes by the root object, but others read what is written here.
+/// Only a warning: the daemon recognises plugins by their root object, not by the meta data.
 void checkInterface(const QString &iid, Report &report)
 {
     const QString lock = QStringLiteral(GOVD_SOURCERESTRICTION_IID);

@@ -7,9 +7,8 @@ class QFileInfo;
 class QPluginLoader;
 class Report;
 
-/// Checks what can be seen of the library without running any of its code: whether it is one,
-/// whether it is a plugin for this Qt, and which interface it names. Returns whether it is worth
-/// loading.
+/// Checks a library without running its code: whether it is a shared library, a plugin for this Qt,
+/// and which interface it names. Returns whether it can be loaded.
 bool checkMetaData(const QFileInfo &file, const QPluginLoader &loader, Report &report);
 
 #endif

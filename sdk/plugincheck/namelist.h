@@ -5,10 +5,10 @@
 
 #include <QStringList>
 
-/// The members of @p names that stand in it more than once.
+/// The names that @p names holds more than once.
 QStringList repeated(const QStringList &names);
 
-/// The names in order, for people.
+/// The names sorted and joined by commas; "nothing" for none.
 QString enumerated(QStringList names);
 
 #endif

@@ -18,7 +18,8 @@ namespace {
 /// Loads the library and makes its root object; null, with the reason reported, when that fails.
 QObject *load(QPluginLoader &loader, Report &report)
 {
-    // The daemon looks functions up when they are called, and would die of one that is missing.
+    // The daemon binds functions when they are first called, and would end at a missing one. Here
+    // all are bound at once, so that loading fails instead.
     loader.setLoadHints(loader.loadHints() | QLibrary::ResolveAllSymbolsHint);
     if (!loader.load()) {
         report.fail(QStringLiteral("cannot be loaded: ") + loader.errorString());
@@ -30,7 +31,8 @@ QObject *load(QPluginLoader &loader, Report &report)
     return root;
 }
 
-/// Says what @p root lacks to be a plugin of the class @p name, if that is what it is meant to be.
+/// Reports that @p root derives from the class @p name without Q_INTERFACES; false if it does not
+/// derive from it.
 bool explainClass(const QObject &root, const char *name, Report &report)
 {
     if (!root.inherits(name))
@@ -51,7 +53,7 @@ void explainRoot(const QObject &root, Report &report)
                     .arg(QLatin1String(root.metaObject()->className())));
 }
 
-/// The cast of the daemon goes by the identifier alone. Returns whether the class is right, too.
+/// Whether @p root, which qobject_cast() accepts by the identifier alone, derives from the class.
 bool isOfClass(const QObject &root, const char *name, Report &report)
 {
     if (root.inherits(name))

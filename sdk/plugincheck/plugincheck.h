@@ -6,8 +6,8 @@
 class QString;
 class Report;
 
-/// Loads the plugin at @p path as the daemon would, whichever of the two kinds it is, and reports
-/// what is wrong with it. Runs the plugin's code.
+/// Loads the lock or access-switch plugin at @p path as the daemon does, and reports what is wrong
+/// with it. Runs the plugin's code.
 void checkPlugin(const QString &path, Report &report);
 
 #endif

@@ -30,7 +30,7 @@ void Report::fail(const QString &text)
 
 void Report::print(const char *kind, const QString &text)
 {
-    QString line = text; // a plugin's names are in it, whatever they are
+    QString line = text; // names from the plugin can contain line breaks
     line.replace(QLatin1Char('\n'), QLatin1String("\\n"));
     m_out << m_file << ": " << kind << ": " << line << Qt::endl;
 }

@@ -6,29 +6,29 @@
 #include <QString>
 #include <QTextStream>
 
-/// Prints what is found about one plugin, a line each, and remembers the worst of it.
+/// Prints what is found about one plugin, one line each, and holds the worst grade of it.
 class Report
 {
     Q_DISABLE_COPY(Report)
 
 public:
-    /// How good the plugin is; the numbers are the exit codes of the program.
+    /// The numbers are the exit codes of the program.
     enum Grade {
-        Sound = 0, ///< the daemon takes it, and nothing is wrong with it
-        Doubtful = 1, ///< the daemon takes it, but it will not do what its author wants
-        Useless = 2 ///< the daemon does not take it, or does and comes to harm
+        Sound = 0, ///< the daemon loads it, and nothing is wrong with it
+        Doubtful = 1, ///< the daemon loads it, but part of it has no effect or an unwanted one
+        Useless = 2 ///< the daemon does not load it, or would fail with it
     };
 
-    /// @p file stands at the start of each line.
+    /// Each line begins with @p file.
     explicit Report(const QString &file);
 
-    /// Something worth knowing.
+    /// Prints information, which does not change the grade.
     void note(const QString &text);
 
-    /// Something that makes the plugin doubtful.
+    /// Prints a fault that makes the plugin doubtful.
     void warn(const QString &text);
 
-    /// Something that makes the plugin useless.
+    /// Prints a fault that makes the plugin useless.
     void fail(const QString &text);
 
     Grade grade() const { return m_grade; }

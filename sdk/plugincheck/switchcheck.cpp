@@ -14,7 +14,7 @@
 
 namespace {
 
-/// The daemon keeps the values of switches in a file, which on a fresh device is a new one.
+/// Tries the key in an empty key file: the daemon saves switches in one, and refuses other keys.
 void checkKey(const QString &key, Report &report)
 {
     if (const KeyFileError error = KeyFile().setBoolean(Names::ConfigurationGroup, key, true))
@@ -22,7 +22,7 @@ void checkKey(const QString &key, Report &report)
                     + QString::fromUtf8(error->message));
 }
 
-/// Judges the policies that the switch @p key governs and returns their names.
+/// Checks the policies that the switch @p key governs and returns their keys.
 QStringList checkPolicies(const QString &key, const QList<int> &types, Report &report)
 {
     QStringList names;
@@ -86,7 +86,7 @@ void checkSwitches(Pellora::AccessSwitchPlugin &plugin, const QFileInfo &file, R
     QObject::disconnect(watch);
     if (isAnnounced)
         report.fail(QStringLiteral("keyValue() or keyPolicyTypes() emits keyValueChanged(): the "
-                                   "daemon would wait for itself"));
+                                   "daemon would deadlock"));
     const QStringList twice = repeated(governed);
     if (!twice.isEmpty())
         report.warn(QStringLiteral("governed more than once, so that which switch is enforced is "

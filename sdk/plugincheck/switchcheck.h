@@ -10,8 +10,8 @@ namespace Pellora {
 class AccessSwitchPlugin;
 }
 
-/// Asks an access-switch plugin what the daemon would ask it, and judges the answers. No switch is
-/// set: it could be the device's own.
+/// Calls the functions of an access-switch plugin as the daemon does, and reports results that are
+/// wrong. Sets no switch, because that could change the device.
 void checkSwitches(Pellora::AccessSwitchPlugin &plugin, const QFileInfo &file, Report &report);
 
 #endif

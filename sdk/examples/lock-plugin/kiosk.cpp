@@ -16,8 +16,8 @@ const QLatin1String Marker("/run/kiosk/active");
 
 } // namespace
 
-/// Locks the browser as long as the file /run/kiosk/active exists. The directory has to be there
-/// when the daemon starts (kiosk.tmpfiles.conf) and to be shown to it (kiosk.service.conf).
+/// Locks the browser while the file /run/kiosk/active exists. The directory must exist when the
+/// daemon starts (kiosk.tmpfiles.conf) and be visible to it (kiosk.service.conf).
 class Kiosk : public SourceRestriction
 {
     Q_OBJECT
@@ -30,7 +30,7 @@ public:
         connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &Kiosk::update);
         if (!m_watcher.addPath(Directory))
             qWarning() << "kiosk: cannot watch" << Directory << "so nothing will be locked";
-        update(); // after the watch has begun, so that no change is missed in between
+        update(); // after addPath(), so that no change in between is missed
     }
 
     QString name() override { return QStringLiteral("kiosk"); }

@@ -44,7 +44,8 @@ Reading faulty(const QString &fault)
 
 Reading readRegularFile(const QByteArray &path)
 {
-    // A pipe can be in the place of the file by now: opening it must not wait for a writer.
+    // A pipe can have replaced the file since stat(): O_NONBLOCK, so that open() does not wait for
+    // a writer.
     const int descriptor = open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     QFile file;
     if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
@@ -58,8 +59,8 @@ Reading readRegularFile(const QByteArray &path)
                              : Reading{content, QString(), false};
 }
 
-/// Opens regular files only. A link that leads nowhere is a fault: what it stands for may be there
-/// for others, who see more of the file system.
+/// Opens regular files only. A dangling link is a fault, not a missing file: its target may exist
+/// outside the file system that the unit gives the daemon.
 Reading readFile(const QByteArray &path)
 {
     struct stat status;
@@ -75,7 +76,7 @@ Reading readFile(const QByteArray &path)
     return readRegularFile(path);
 }
 
-/// Which directory stands at the place of the files now: after a mount or an unmount, another one.
+/// Identifies the directory of the files, which a mount or an unmount replaces by another one.
 StateFile::DirectoryId directoryId()
 {
     struct stat status;
@@ -84,7 +85,7 @@ StateFile::DirectoryId directoryId()
     return {status.st_dev, status.st_ino};
 }
 
-/// What is in force, as one word for programs and as the end of a sentence about the file.
+/// The state as one word for programs and as the end of a sentence about the file.
 struct Condition
 {
     QString state;
@@ -124,7 +125,7 @@ StateFile::StateFile(const QString &name, Check isSound)
                 + QStringLiteral(": the last good content is lost: %1 %2")
                       .arg(keptPath(name),
                            kept.fault.isEmpty() ? QStringLiteral("is malformed") : kept.fault);
-    // The directory tells of a file that is replaced, the file of one that is written in place.
+    // A watch of the directory reports a file that is replaced, one of the file a write in place.
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &StateFile::update);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &StateFile::update);
 }
@@ -134,11 +135,11 @@ QString StateFile::path() const
     return QStringLiteral("%1/%2.conf").arg(Directory, m_name);
 }
 
-void StateFile::follow()
+void StateFile::watch()
 {
     if (!m_watcher.directories().contains(Directory) && !m_watcher.addPath(Directory)
-        && !m_isBlind) {
-        m_isBlind = true;
+        && !m_hasWatchFailed) {
+        m_hasWatchFailed = true;
         qWarning().noquote() << m_name
                 + QStringLiteral(": cannot watch %1: edits go unnoticed").arg(Directory);
     }
@@ -149,26 +150,26 @@ void StateFile::follow()
 
 void StateFile::update()
 {
-    follow(); // first, so that an edit made while reading is seen as the next one
+    watch(); // first, so that an edit made while reading is reported
     Reading file = readFile(path().toLocal8Bit());
-    // The parser of key files stops at a zero byte, as a loss of power leaves them.
+    // GLib's parser stops at a zero byte, such as a loss of power can leave in a file.
     if (!file.content.isEmpty() && (file.content.contains('\0') || !m_isSound(file.content)))
         file.fault = QStringLiteral("is malformed");
     const DirectoryId directory = directoryId();
-    const bool isFollowed = directory == m_directory && directory != DirectoryId();
+    const bool isSameDirectory = directory == m_directory && directory != DirectoryId();
     if (!file.isMissing)
         m_directory = directory;
-    else if (!m_content.isEmpty() && !isFollowed)
+    else if (!m_content.isEmpty() && !isSameDirectory)
         file.fault = QStringLiteral("is not there");
 
     const QByteArray before = m_content;
     keep(file.fault.isEmpty() ? file.content : m_content);
-    tell(file.fault);
+    report(file.fault);
     if (m_content != before)
         Q_EMIT changed();
 }
 
-/// Puts a content in force and keeps it; what could not be kept the last time is tried again.
+/// Puts a content in force and saves it as the last good one; retries a save that failed before.
 void StateFile::keep(const QByteArray &content)
 {
     if (content == m_content && m_isKept)
@@ -178,8 +179,8 @@ void StateFile::keep(const QByteArray &content)
     m_isKept = content.isEmpty() ? remove(path) : store(path, content, 0600);
 }
 
-/// Tells what is in force, and why, if that is news. A good start is no news for the log.
-void StateFile::tell(const QString &fault)
+/// Logs the state and writes it for govctl when it has changed. A good start is not logged.
+void StateFile::report(const QString &fault)
 {
     const Condition condition = conditionOf(fault, !m_content.isEmpty());
     const QString message = path() + QLatin1Char(' ') + condition.text;
@@ -200,7 +201,7 @@ void StateFile::tell(const QString &fault)
           0644);
 }
 
-/// Replaces the file at @p path as a whole.
+/// Writes a new file and renames it to @p path.
 bool StateFile::store(const QString &path, const QByteArray &content, int mode) const
 {
     GError *error = nullptr;

@@ -10,49 +10,48 @@
 
 #include <sys/types.h>
 
-/// The file of a plugin in /etc/govd, which is followed, and whose last good content outlives both
-/// damage to the file and restarts of the daemon.
+/// A plugin's configuration file in /etc/govd: watched for edits, with its last good content kept
+/// over damage to the file and restarts of the daemon.
 ///
-/// In force is what a good file holds. While the file is damaged or cannot be read, what it held
-/// when it was last good stays in force. The same holds for a file that is not there, as after a
-/// failed mount; only one that is removed while the daemon follows it counts for nothing. The last
-/// good content is kept in /var/lib/govd/plugins, which only root may enter. Which of these holds,
-/// and why, is told to the log when it changes, and to govctl with a file in /run/govd. Programs
-/// other than the daemon write neither.
+/// While the file is good, its content is in force. While it is damaged or cannot be read, its last
+/// good content is. The same holds for a missing file, as after a failed mount; only when it is
+/// removed while the daemon watches it, nothing is in force. The last good content is kept in
+/// /var/lib/govd/plugins, which only root may enter. Changes of the state are logged, and a file in
+/// /run/govd holds it for govctl. In a process other than the daemon, the class writes no files.
 class StateFile : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Whether a content, which is never empty, can be put in force as a whole.
+    /// Whether @p content, which is never empty, has no fault.
     using Check = bool (*)(const QByteArray &content);
 
-    /// The device and the number of a directory.
+    /// Device and inode number of a directory.
     using DirectoryId = std::pair<dev_t, ino_t>;
 
-    /// @p name is that of the plugin, and of its file but for the ending ".conf". Nothing is read
-    /// before the first update(), except what was kept.
+    /// @p name is the plugin's, and the file's without ".conf". Reads the last good content; the
+    /// file itself is first read by update().
     StateFile(const QString &name, Check isSound);
 
     QString path() const;
 
-    /// What is in force; empty when nothing is.
+    /// The content in force; empty when nothing is.
     QByteArray content() const { return m_content; }
 
-    /// Whether the file itself is in force.
+    /// Whether the content in force is that of the file as it is now.
     bool isGood() const { return m_isGood; }
 
-    /// Reads the file now. Edits that the system tells of are read without this.
+    /// Reads the file now. Also called for each edit that the file system reports.
     void update();
 
 Q_SIGNALS:
-    /// What is in force has changed.
+    /// The content in force has changed.
     void changed();
 
 private:
-    void follow();
+    void watch();
     void keep(const QByteArray &content);
-    void tell(const QString &fault);
+    void report(const QString &fault);
     bool store(const QString &path, const QByteArray &content, int mode) const;
     bool remove(const QString &path) const;
 
@@ -61,11 +60,11 @@ private:
     bool m_isDaemon;
     QFileSystemWatcher m_watcher;
     QByteArray m_content;
-    DirectoryId m_directory; ///< in which the file was seen last
+    DirectoryId m_directory; ///< the one in which the file was last seen
     QString m_message;
     bool m_isGood = false;
     bool m_isKept = true;
-    bool m_isBlind = false;
+    bool m_hasWatchFailed = false;
 };
 
 #endif

@@ -22,14 +22,14 @@ QStringList allPolicies()
     const auto types = QMetaEnum::fromType<Pellora::PolicyValue::PolicyType>();
     QStringList keys;
     for (int i = 0; i < types.keyCount(); ++i) {
-        if (types.value(i) != 0) // which stands for no policy
+        if (types.value(i) != 0) // no policy
             keys.append(QString::fromLatin1(types.key(i)));
     }
     return keys;
 }
 
-/// The policies that are locked by the text of a file; nothing when it is malformed. A policy that
-/// does not exist is a fault, too: what was meant by it would stay open unnoticed.
+/// The policies that the text of a file locks; nothing when it is malformed. An unknown key is a
+/// fault, because the policy that was meant would stay unlocked.
 std::optional<QSet<QString>> locksIn(const QByteArray &text)
 {
     const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(),
@@ -56,13 +56,13 @@ bool isSound(const QByteArray &text)
 
 } // namespace
 
-/// Locks the policies that are listed in /etc/govd/filelock.conf, and follows edits of that file:
+/// Locks the policies that /etc/govd/filelock.conf lists, and applies edits of that file at once:
 ///
 ///     [lock]
 ///     policies=CameraEnabled;BrowserEnabled
 ///
-/// While the file is damaged or cannot be read, what was locked stays locked, also when the daemon
-/// starts. Without the file nothing is locked.
+/// While the file is damaged, cannot be read or is missing, what was locked stays locked, also when
+/// the daemon starts. Removing the file while the daemon runs unlocks all.
 class FileLock : public SourceRestriction
 {
     Q_OBJECT
@@ -74,8 +74,7 @@ public:
 
     QString name() override { return Name; }
     bool policyIsLocked(const QString &policy) override { return m_locks.contains(policy); }
-    /// All policies there are: which of them the file will list is not known yet, and the daemon
-    /// asks only once.
+    /// All policies, because the daemon calls this once and the file can list others later.
     QStringList supportedPolicies() override { return allPolicies(); }
 
 private:
@@ -88,7 +87,7 @@ private:
 FileLock::FileLock()
     : m_file(Name, isSound)
 {
-    apply(); // what was kept
+    apply(); // the last good content
     connect(&m_file, &StateFile::changed, this, &FileLock::apply);
     m_file.update();
 }

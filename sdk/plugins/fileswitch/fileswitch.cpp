@@ -47,8 +47,7 @@ std::optional<Switch> readSwitch(GKeyFile *file, const char *name)
     return isSound ? std::optional(result) : std::nullopt;
 }
 
-/// All switches in the text of a file; nothing when it is malformed. A text without a group is
-/// malformed, too.
+/// All switches in the text of a file; nothing when it is malformed, for example without a group.
 std::optional<Switches> switchesIn(const QByteArray &text)
 {
     const KeyFile file(g_key_file_new(), g_key_file_unref);
@@ -72,8 +71,8 @@ bool isSound(const QByteArray &text)
     return switchesIn(text).has_value();
 }
 
-/// Records the value in the file, which holds a sound text and whose comments stay, and tells
-/// whether that worked.
+/// Writes the value to the file, whose text is well formed, and keeps its comments. False when the
+/// file could not be written.
 bool writeValue(const StateFile &stateFile, const QString &name, bool value)
 {
     const QByteArray text = stateFile.content();
@@ -84,7 +83,7 @@ bool writeValue(const StateFile &stateFile, const QString &name, bool value)
     gsize size = 0;
     const std::unique_ptr<char, decltype(&g_free)> data(
         g_key_file_to_data(file.get(), &size, nullptr), g_free);
-    // A link stays one, and a file stays as private as it is.
+    // Replaces the target of a link, not the link, and keeps the file's permissions.
     const QByteArray path = QFileInfo(stateFile.path()).canonicalFilePath().toLocal8Bit();
     struct stat status;
     return stat(path.constData(), &status) == 0
@@ -94,16 +93,17 @@ bool writeValue(const StateFile &stateFile, const QString &name, bool value)
 
 } // namespace
 
-/// Keeps access switches in /etc/govd/fileswitch.conf, one group for each, and follows edits of
-/// that file:
+/// Keeps access switches in /etc/govd/fileswitch.conf, one group for each, and applies edits of
+/// that file at once:
 ///
 ///     [Parental control]
 ///     policies=BrowserEnabled;SideLoadingEnabled
 ///     value=true
 ///
-/// While the file is damaged or cannot be read, the switches stay as they were, also when the
-/// daemon starts. Without the file there are no switches. Failure codes are those of errno.h:
-/// ENOENT for an unknown switch, EIO when the file is not good or cannot be written.
+/// While the file is damaged, cannot be read or is missing, the switches stay as they were, also
+/// when the daemon starts. Removing the file while the daemon runs removes the switches. Failure
+/// codes are those of errno.h: ENOENT for an unknown switch, EIO when the file is not good or
+/// cannot be written.
 class FileSwitch : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT
@@ -128,7 +128,7 @@ private:
 FileSwitch::FileSwitch()
     : m_file(QStringLiteral("fileswitch"), isSound)
 {
-    apply(); // what was kept
+    apply(); // the last good content
     connect(&m_file, &StateFile::changed, this, &FileSwitch::apply);
     m_file.update();
 }
@@ -141,7 +141,7 @@ QVariant FileSwitch::keyValue(const QString &key)
 
 int FileSwitch::setKeyValue(const QString &key, const QVariant &value)
 {
-    m_file.update(); // an edit that nobody has told of yet comes first
+    m_file.update(); // applies an edit that the file system has not reported yet
     if (!m_switches.contains(key))
         return ENOENT;
     if (!m_file.isGood() || !writeValue(m_file, key, value.toBool()))
@@ -170,8 +170,8 @@ void FileSwitch::apply()
     }
 }
 
-/// Switches on whatever @p next no longer has or lets govern other policies, while the policies it
-/// governed are still known: nobody else would free them.
+/// Switches on each switch that @p next lacks or lets govern other policies, while the policies
+/// that it governed are still known: otherwise they would stay off.
 void FileSwitch::release(const Switches &next)
 {
     const QStringList keys = m_switches.keys();
