@@ -2,7 +2,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Tests of the daemon under its unit, on a bus under its policy, in a system that has booted."""
 
-import contextlib
 import pathlib
 
 import pytest
@@ -69,25 +68,6 @@ def lasting_daemon():
     unit.start()
     yield
     unit.reset()
-
-
-@pytest.fixture
-def client():
-    """Opens clients of the bus as any user; they are closed after the test."""
-    with contextlib.ExitStack() as opened:
-        yield lambda user: opened.enter_context(Client(user))
-
-
-@pytest.fixture
-def root(client):
-    """A client of root."""
-    return client("root")
-
-
-@pytest.fixture
-def guest(client):
-    """A client of a user without rights."""
-    return client("guest")
 
 
 @pytest.fixture

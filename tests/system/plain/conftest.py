@@ -11,7 +11,6 @@ import signal
 import pytest
 
 from testbed import files, simulator
-from testbed.bus import Client
 from testbed.daemon import Daemon, Process
 from testbed.handlers import RUNNING, TARGETS
 from testbed.partitions import Partitions
@@ -73,31 +72,6 @@ def process():
     """The daemon, not yet started, without a monitor of the bus: for thousands of calls."""
     with Process() as unwatched:
         yield unwatched
-
-
-@pytest.fixture
-def client():
-    """Opens clients of the bus as any user; they are closed after the test."""
-    opened = []
-
-    def connect(name="root", **keywords):
-        opened.append(Client(name, **keywords))
-        return opened[-1]
-    yield connect
-    for one in opened:
-        one.close()
-
-
-@pytest.fixture
-def root(client):
-    """A client of root."""
-    return client("root")
-
-
-@pytest.fixture
-def guest(client):
-    """A client of a user without rights."""
-    return client("guest")
 
 
 @pytest.fixture
