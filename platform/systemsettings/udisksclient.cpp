@@ -4,7 +4,6 @@
 
 #include "udiskscall.h"
 #include "udisksnames.h"
-#include "udisksreminders.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -14,7 +13,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
-#include <QEvent>
 
 namespace UDisks {
 namespace {
@@ -33,6 +31,13 @@ const Subscription subscriptions[] = {
     {latin1(""), Properties, latin1("PropertiesChanged"), SLOT(onPropertiesChanged(QDBusMessage))},
 };
 
+// What is retried by these names; what else is retried is unmounted, and has its object path.
+constexpr QLatin1String Listing = latin1("listing");
+constexpr QLatin1String Owner = latin1("owner");
+
+/// Milliseconds that partitions() waits for a listing.
+constexpr int WaitingTime = 5000;
+
 template <typename Value> Value argument(const QDBusMessage &message, int index)
 {
     return qdbus_cast<Value>(message.arguments().at(index));
@@ -45,18 +50,9 @@ QString pathArgument(const QDBusMessage &message)
 
 } // namespace
 
-Client::Client(QObject *parent)
-    : QObject(parent)
+Client::Client()
 {
-    // An event waits in the thread's queue even when there is no application object yet. It is of a
-    // kind of its own, because an application may deliver queued calls before its event loop runs.
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
-    connect(&Reminders::instance(), &Reminders::due, this, &Client::remind);
-}
-
-void Client::customEvent(QEvent *)
-{
-    connectToBus();
+    connect(&m_retries, &Retries::due, this, &Client::retry);
 }
 
 QVector<Partition> Client::partitions(Partition::StorageTypes types)
@@ -66,7 +62,8 @@ QVector<Partition> Client::partitions(Partition::StorageTypes types)
     connectToBus();
     if (m_last != Good) {
         list();
-        waitForListing();
+        if (m_listing && (m_last != Silent || m_listing->isFinished()))
+            takeListingNow();
     }
     return m_objects.partitions(types);
 }
@@ -84,20 +81,27 @@ void Client::connectToBus()
 
 void Client::onOwnerChanged()
 {
-    // What the signal tells can be outdated; what the bus answers now is not, and another signal
-    // follows if it changes again.
+    // The arguments of the signal can be outdated, the answer of the bus is not. If the owner
+    // changes again, another signal follows.
     QDBusMessage question = QDBusMessage::createMethodCall(BusService, BusPath, BusService,
                                                            QStringLiteral("GetNameOwner"));
     question.setArguments({QString(Service)});
-    follow(QDBusReply<QString>(QDBusConnection::systemBus().call(question)));
+    const QDBusReply<QString> owner = QDBusConnection::systemBus().call(question);
+    if (!owner.isValid() && owner.error().name() != NameHasNoOwner) {
+        m_retries.begin(Owner);
+        return;
+    }
+    m_retries.end(Owner);
+    follow(owner);
 }
 
 void Client::follow(const QString &owner)
 {
     if (owner == m_owner)
         return;
-    if (!m_owner.isEmpty())
-        Reminders::instance().endAll();
+    m_retries.endAll();
+    m_complaints.clear();
+    m_unmounting.clear();
     delete m_listing;
     m_listing = nullptr;
     m_last = Unknown;
@@ -126,19 +130,20 @@ void Client::list()
     if (m_listing || m_owner.isEmpty())
         return;
     m_isSomethingMissing = false;
-    m_listing = ask(methodCall(RootPath, ObjectManager, QStringLiteral("GetManagedObjects")),
-                    [this](const QDBusMessage &reply) {
-                        const bool isTaken = isAhead();
-                        m_listing = nullptr;
-                        if (!isTaken)
-                            takeListing(reply);
-                    });
+    const auto take = [this](const QDBusMessage &reply) {
+        const bool isTaken = isAhead();
+        m_listing = nullptr;
+        if (!isTaken)
+            takeListing(reply);
+    };
+    // After a time-out nobody waits for the answer, and it may take longer.
+    m_listing = ask(methodCall(RootPath, ObjectManager, QStringLiteral("GetManagedObjects")), take,
+                    m_last == Silent ? -1 : WaitingTime);
 }
 
-void Client::waitForListing()
+/// Waits for the listing that has been asked for, and takes it ahead of its turn.
+void Client::takeListingNow()
 {
-    if (!m_listing)
-        return;
     // Waiting through the watcher itself would take its turn in the queue away.
     QDBusPendingCallWatcher *watcher = std::exchange(m_listing, nullptr);
     QDBusPendingCall listing = *watcher;
@@ -154,26 +159,40 @@ void Client::waitForListing()
 
 void Client::takeListing(const QDBusMessage &reply)
 {
-    if (reply.signature() != QLatin1String("a{oa{sa{sv}}}")) {
-        m_last = Bad;
-        qCDebug(lcSystemSettings, "Cannot list storage: answer of type \"%s\", error \"%s\"",
-                qUtf8Printable(reply.signature()), qUtf8Printable(reply.errorName()));
-        if (m_isSomethingMissing)
-            list();
+    if (reply.signature() == QLatin1String("a{oa{sa{sv}}}")) {
+        m_last = Good;
+        m_retries.end(Listing);
+        QMap<QString, Interfaces> objects;
+        const auto listed = argument<QMap<QDBusObjectPath, Interfaces>>(reply, 0);
+        for (auto it = listed.begin(); it != listed.end(); ++it)
+            objects.insert(it.key().path(), it.value());
+        m_objects.replace(objects);
         return;
     }
-    m_last = Good;
-    const auto objects = argument<QMap<QDBusObjectPath, Interfaces>>(reply, 0);
-    for (auto it = objects.begin(); it != objects.end(); ++it)
-        m_objects.add(it.key().path(), it.value());
+    qCDebug(lcSystemSettings, "Cannot list storage: answer of type \"%s\", error \"%s\"",
+            qUtf8Printable(reply.signature()), qUtf8Printable(reply.errorName()));
+    m_last = QDBusError(reply).type() == QDBusError::NoReply ? Silent : Bad;
+    m_retries.begin(Listing);
+    if (m_isSomethingMissing)
+        list();
 }
 
-/// Without a good listing, there may be more of what has just been heard of for the first time.
+/// Without a good listing, the service may have more objects than the one just heard of.
 void Client::listAgain()
 {
     m_isSomethingMissing = true;
-    if (m_last == Bad)
+    if (m_last != Good)
         list();
+}
+
+void Client::retry(const QString &name)
+{
+    if (name == Listing)
+        list();
+    else if (name == Owner)
+        onOwnerChanged();
+    else
+        announceAgain(name);
 }
 
 /// Whether the listing has been read ahead of its turn, so that signals are older.
@@ -191,7 +210,7 @@ void Client::onInterfacesAdded(const QDBusMessage &message)
     m_objects.add(path, argument<Interfaces>(message, 1));
     if (!wasKnown && m_objects.knows(path))
         listAgain();
-    noteMounts(path);
+    endIfUnmounted(path);
     announceNews();
 }
 
@@ -199,10 +218,10 @@ void Client::onInterfacesRemoved(const QDBusMessage &message)
 {
     if (isAhead() || message.signature() != QLatin1String("oas"))
         return;
-    const QStringList interfaces = argument<QStringList>(message, 1);
-    m_objects.remove(pathArgument(message), interfaces);
-    if (interfaces.contains(Filesystem))
-        Reminders::instance().end(pathArgument(message));
+    const QString path = pathArgument(message);
+    m_objects.remove(path, argument<QStringList>(message, 1));
+    m_unmounting.remove(path); // what comes in its place is announced
+    endIfUnmounted(path);
 }
 
 void Client::onPropertiesChanged(const QDBusMessage &message)
@@ -213,7 +232,7 @@ void Client::onPropertiesChanged(const QDBusMessage &message)
     if (isWanted(interface) && !m_objects.has(message.path(), interface))
         listAgain();
     m_objects.change(message.path(), interface, argument<QVariantMap>(message, 1));
-    noteMounts(message.path());
+    endIfUnmounted(message.path());
     announceNews();
     const auto invalidated = argument<QStringList>(message, 2);
     for (const QString &property : invalidated) {
@@ -226,28 +245,37 @@ void Client::fetch(const QString &path, const QString &interface, const QString 
 {
     ask(methodCall(path, Properties, QStringLiteral("Get"), {interface, property}),
         [=](const QDBusMessage &reply) {
-            if (isAhead() || reply.signature() != QLatin1String("v"))
+            if (isAhead() || !m_objects.has(path, interface))
                 return;
-            const QVariant value = argument<QDBusVariant>(reply, 0).variant();
-            m_objects.change(path, interface, {{property, value}});
-            noteMounts(path);
+            if (reply.signature() == QLatin1String("v")) {
+                const QVariant value = argument<QDBusVariant>(reply, 0).variant();
+                m_objects.change(path, interface, {{property, value}});
+                endIfUnmounted(path);
+                return;
+            }
+            if (m_last == Good)
+                m_last = Bad; // the last listing is outdated, and no signal brings the value
+            m_retries.begin(Listing);
         });
 }
 
-/// What comes and goes before the first listing is no news: the listing tells what is left.
 void Client::announceNews()
 {
+    // What comes and goes before the first listing is no news: the listing has what is left.
     if (m_last == Unknown)
         return;
     const QVector<Partition> news = m_objects.takeNews();
-    for (const Partition &partition : news)
-        Q_EMIT partitionAdded(partition);
+    for (const Partition &partition : news) {
+        // When an unmount is under way, its answer decides whether to announce the partition.
+        if (!m_unmounting.contains(partition.objectPath()))
+            Q_EMIT partitionAdded(partition);
+    }
 }
 
-QDBusPendingCallWatcher *Client::ask(const QDBusMessage &question, const Taker &take)
+QDBusPendingCallWatcher *Client::ask(const QDBusMessage &question, const Taker &take, int timeout)
 {
-    auto *watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(question), this);
+    auto *watcher = new QDBusPendingCallWatcher(
+        QDBusConnection::systemBus().asyncCall(question, timeout), this);
     if (watcher->isFinished()) {
         // A reply that was there before its watcher has lost its place among the signals. Taken
         // before all of them, it loses none: older ones repeat what it knows, and at worst

@@ -27,6 +27,7 @@ constexpr QLatin1String PartitionTable = latin1("org.freedesktop.UDisks2.Partiti
 
 constexpr QLatin1String BusService = latin1("org.freedesktop.DBus");
 constexpr QLatin1String BusPath = latin1("/org/freedesktop/DBus");
+constexpr QLatin1String NameHasNoOwner = latin1("org.freedesktop.DBus.Error.NameHasNoOwner");
 constexpr QLatin1String ObjectManager = latin1("org.freedesktop.DBus.ObjectManager");
 constexpr QLatin1String Properties = latin1("org.freedesktop.DBus.Properties");
 

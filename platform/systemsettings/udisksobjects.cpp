@@ -4,9 +4,9 @@
 
 #include "partitionprivate.h"
 #include "udisksnames.h"
-#include "udisksstack.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace UDisks {
 namespace {
@@ -26,7 +26,7 @@ int connectionBus(const QString &name)
 }
 
 /// Whether what was mounted at @p before and is mounted at @p now has been mounted or unmounted
-/// meanwhile, and is mounted. One place more is not worth telling.
+/// in between, and is mounted. A further place is no reason to announce it again.
 bool isMountedAnew(QStringList before, const QStringList &now)
 {
     if (before.isEmpty() || now.isEmpty())
@@ -36,14 +36,27 @@ bool isMountedAnew(QStringList before, const QStringList &now)
     return !before.isEmpty();
 }
 
+bool isOfSameKind(const Partition &one, const Partition &other)
+{
+    return one.drive() == other.drive() && one.storageType() == other.storageType();
+}
+
 } // namespace
 
 void Objects::clear()
 {
     m_objects.clear();
-    m_mounted.clear();
-    m_changed.clear();
-    m_partlyKnown.clear();
+    m_seen.clear();
+}
+
+void Objects::replace(const QMap<QString, Interfaces> &objects)
+{
+    m_objects.clear();
+    for (auto it = objects.begin(); it != objects.end(); ++it)
+        add(it.key(), it.value());
+    const QStringList paths = m_seen.keys();
+    for (const QString &path : paths)
+        remove(path, {});
 }
 
 void Objects::add(const QString &path, const Interfaces &interfaces)
@@ -52,22 +65,21 @@ void Objects::add(const QString &path, const Interfaces &interfaces)
         if (!isWanted(it.key()))
             continue;
         m_objects[path].insert(it.key(), readProperties(it.key(), it.value()));
-        m_changed.insert(path);
+        m_hasChanged = true;
     }
 }
 
 void Objects::remove(const QString &path, const QStringList &interfaces)
 {
     const auto object = m_objects.find(path);
-    if (object == m_objects.end())
-        return;
-    for (const QString &interface : interfaces)
-        object->remove(interface);
-    if (object->isEmpty())
-        m_objects.erase(object);
+    if (object != m_objects.end()) {
+        for (const QString &interface : interfaces)
+            object->remove(interface);
+        if (object->isEmpty())
+            m_objects.erase(object);
+    }
     if (!isPartition(path))
-        m_mounted.remove(path);
-    m_partlyKnown.remove(path);
+        m_seen.remove(path);
 }
 
 void Objects::change(const QString &path, const QString &interface, const QVariantMap &properties)
@@ -78,7 +90,7 @@ void Objects::change(const QString &path, const QString &interface, const QVaria
     QVariantMap &known = m_objects[path][interface];
     for (auto it = changed.begin(); it != changed.end(); ++it)
         known.insert(it.key(), it.value());
-    m_changed.insert(path);
+    m_hasChanged = m_hasChanged || !changed.isEmpty();
 }
 
 bool Objects::has(const QString &path, const QString &name) const
@@ -95,12 +107,13 @@ QStringList Objects::mountPoints(const QString &path) const
 QVector<Partition> Objects::partitions(Partition::StorageTypes types) const
 {
     QVector<Partition> found;
+    Foundations bottoms = foundations();
     for (auto it = m_objects.begin(); it != m_objects.end(); ++it) {
         if (!isPartition(it.key()))
             continue;
         if (types.testFlag(Partition::ExcludeParents) && it->contains(PartitionTable))
             continue;
-        const QVector<Partition> candidates = partitionsOf(it.key());
+        const QVector<Partition> candidates = partitionsOn(bottoms.of(it.key()), it.key());
         for (const Partition &candidate : candidates) {
             if (types & candidate.storageType())
                 found.append(candidate);
@@ -111,52 +124,48 @@ QVector<Partition> Objects::partitions(Partition::StorageTypes types) const
 
 QVector<Partition> Objects::partitionsOf(const QString &path) const
 {
-    QStringList known = blocksAtBottom(path);
-    known.erase(std::remove_if(known.begin(), known.end(),
-                               [this](const QString &each) { return !has(each, Block); }),
-                known.end());
-    QVector<Partition> found;
-    QVariantList buses;
-    for (const QString &bottom : qAsConst(known)) {
-        const QVariant bus = drive(bottom).value(ConnectionBus);
-        if (isSystem(bottom) || buses.contains(bus))
-            continue;
-        buses.append(bus);
-        found.append(partition(path, bottom));
-    }
-    if (found.isEmpty())
-        found.append(partition(path, known.value(0, path)));
-    return found;
+    return partitionsOn(foundations().of(path), path);
 }
 
 QVector<Partition> Objects::takeNews()
 {
-    QStringList changed = m_changed.values();
-    changed.sort();
-    m_changed.clear();
-
     QVector<Partition> news;
-    for (const QString &path : qAsConst(changed)) {
+    if (!std::exchange(m_hasChanged, false))
+        return news;
+    Foundations foundations = this->foundations();
+    for (auto it = m_objects.begin(); it != m_objects.end(); ++it) {
+        const QString &path = it.key();
         if (!isPartition(path))
             continue;
         const QStringList places = mountPoints(path);
-        const auto known = m_mounted.constFind(path);
-        const bool isNews = known == m_mounted.constEnd() || isMountedAnew(*known, places);
-        const bool isComplete = isPlaceKnown(path, AllOfIt);
-        const bool isCompleteAtLast = isComplete && m_partlyKnown.remove(path);
-        if (isNews && !isComplete) {
-            m_changed.insert(path);
-            if (!isPlaceKnown(path, SomeOfIt))
-                continue;
-            m_partlyKnown.insert(path);
+        const auto last = m_seen.find(path);
+        const bool isNew = last == m_seen.end();
+        if (!isNew && places.isEmpty()) {
+            last->places.clear();
+            continue;
         }
-        m_mounted.insert(path, places);
-        if (isNews || isCompleteAtLast)
-            news += partitionsOf(path);
-        if (m_partlyKnown.contains(path))
-            m_changed.insert(path);
+        const QStringList bottoms = foundations.of(path);
+        if (std::none_of(bottoms.begin(), bottoms.end(),
+                         [this](const QString &bottom) { return isPlaceKnown(bottom); }))
+            continue;
+        const QVector<Partition> now = partitionsOn(bottoms, path);
+        if (isNew || isMountedAnew(last->places, places)
+            || !std::equal(now.begin(), now.end(), last->partitions.begin(), last->partitions.end(),
+                           isOfSameKind))
+            news += now;
+        m_seen.insert(path, {places, now});
     }
     return news;
+}
+
+QVector<Partition> Objects::announced() const
+{
+    QVector<Partition> all = partitions(Partition::Any);
+    all.erase(std::remove_if(
+                  all.begin(), all.end(),
+                  [this](const Partition &each) { return !m_seen.contains(each.objectPath()); }),
+              all.end());
+    return all;
 }
 
 QVariantMap Objects::properties(const QString &path, const QString &interface) const
@@ -225,22 +234,39 @@ QStringList Objects::blocksBelow(const QString &path) const
     return below;
 }
 
-/// The block devices on which the one at @p path is built in the end.
-QStringList Objects::blocksAtBottom(const QString &path) const
+/// Finds the block devices on which others are built in the end.
+Foundations Objects::foundations() const
 {
-    return foundations(path, [this](const QString &each) { return blocksBelow(each); });
+    return Foundations([this](const QString &each) { return blocksBelow(each); });
 }
 
-/// Whether everything, or something, is known that tells where the block device at @p path is.
-bool Objects::isPlaceKnown(const QString &path, Extent extent) const
+/// Whether the block device at @p path and the drive that it names are known.
+bool Objects::isPlaceKnown(const QString &path) const
 {
-    const QStringList all = blocksAtBottom(path);
-    const auto isKnown = [this](const QString &each) {
-        const QString drive = drivePath(each);
-        return has(each, Block) && (drive.isEmpty() || has(drive, Drive));
-    };
-    return extent == AllOfIt ? std::all_of(all.begin(), all.end(), isKnown)
-                             : std::any_of(all.begin(), all.end(), isKnown);
+    const QString drive = drivePath(path);
+    return has(path, Block) && (drive.isEmpty() || has(drive, Drive));
+}
+
+/// The partitions that the block device at @p path is, when it is built on @p bottoms in the end.
+QVector<Partition> Objects::partitionsOn(const QStringList &bottoms, const QString &path) const
+{
+    QVector<Partition> found;
+    QVariantList buses;
+    QString place = path; // of a device that is on nothing removable
+    for (const QString &bottom : bottoms) {
+        if (!has(bottom, Block))
+            continue;
+        if (place == path)
+            place = bottom;
+        const QVariant bus = drive(bottom).value(ConnectionBus);
+        if (isSystem(bottom) || buses.contains(bus))
+            continue;
+        buses.append(bus);
+        found.append(partition(path, bottom));
+    }
+    if (found.isEmpty())
+        found.append(partition(path, place));
+    return found;
 }
 
 /// The partition that the block device at @p path is, on the drive of @p bottom.

@@ -5,26 +5,29 @@
 
 #include "partition.h"
 #include "udisksproperties.h"
+#include "udisksstack.h"
 
 #include <QHash>
-#include <QSet>
 #include <QVector>
 
 namespace UDisks {
 
-/// Knows the storage service's objects as far as they have been told, and makes partitions of
-/// them. It does not know the bus: it is fed with what came from there.
+/// Knows the objects of the storage service as far as it has described them, and makes partitions
+/// of them. It is fed with what came from the bus, and does not use the bus itself.
 ///
 /// A block device that names no drive can be built on others: it decrypts one, or the kernel has
 /// made it of several. The devices at the end of that chain say what kind of storage it is. One
 /// removable device among them makes it removable, whatever the others are, because part of what
-/// is written to it goes there; and when several are, on different buses, it is a partition of
-/// each of them, so that whoever forbids one bus finds it.
+/// is written to it goes there. When several of them are removable and on different buses, it is a
+/// partition of each bus, so that whoever forbids one bus finds it.
 class Objects
 {
 public:
     /// Forgets everything.
     void clear();
+
+    /// Takes a listing of all objects, by path, with their interfaces as received.
+    void replace(const QMap<QString, Interfaces> &objects);
 
     /// Takes the @p interfaces, as received, of the object at @p path: new ones, or new values of
     /// those that it has.
@@ -52,14 +55,23 @@ public:
     /// built on removable ones of several buses.
     QVector<Partition> partitionsOf(const QString &path) const;
 
-    /// Returns the partitions that since the last call are new, newly mounted, or still mounted
-    /// after an unmount, ordered by object path.
+    /// Returns the partitions that since the last call are new or newly mounted, or are mounted
+    /// and still so after an unmount, or with another drive or type. Ordered by object path.
     ///
-    /// A partition waits for the drives and devices that it names and that are not known yet:
-    /// without them nobody can tell what kind of storage it is.
+    /// A partition waits until the service has described the drive that it is on, or one of them:
+    /// without a drive its kind is not known.
     QVector<Partition> takeNews();
 
+    /// Returns the partitions that have been news before and are still there, as they are now.
+    QVector<Partition> announced() const;
+
 private:
+    struct Seen
+    {
+        QStringList places; ///< where it was mounted
+        QVector<Partition> partitions; ///< with their kind when it was mounted last
+    };
+
     QVariantMap properties(const QString &path, const QString &interface) const;
     bool isPartition(const QString &path) const;
     QString drivePath(const QString &path) const;
@@ -67,15 +79,14 @@ private:
     bool isSystem(const QString &path) const;
     QString blockOf(const QString &device) const;
     QStringList blocksBelow(const QString &path) const;
-    QStringList blocksAtBottom(const QString &path) const;
-    enum Extent { SomeOfIt, AllOfIt };
-    bool isPlaceKnown(const QString &path, Extent extent) const;
+    Foundations foundations() const;
+    bool isPlaceKnown(const QString &path) const;
+    QVector<Partition> partitionsOn(const QStringList &bottoms, const QString &path) const;
     Partition partition(const QString &path, const QString &bottom) const;
 
     QMap<QString, Interfaces> m_objects;
-    QHash<QString, QStringList> m_mounted; ///< where the partitions that were news were mounted
-    QSet<QString> m_changed; ///< the objects that may be news
-    QSet<QString> m_partlyKnown; ///< news with a part of whose place nothing is known
+    QHash<QString, Seen> m_seen; ///< block devices that have been news, as takeNews() saw them last
+    bool m_hasChanged = false; ///< since takeNews()
 };
 
 } // namespace UDisks

@@ -5,8 +5,10 @@
 #include "udisksnames.h"
 
 #include <QDir>
+#include <QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace UDisks {
 namespace {
@@ -43,19 +45,38 @@ QStringList devicesBelow(const QString &device)
     return {};
 }
 
-QStringList foundations(const QString &top,
-                        const std::function<QStringList(const QString &)> &below)
+Foundations::Foundations(Below below)
+    : m_below(std::move(below))
 {
-    QStringList seen{top};
+}
+
+QStringList Foundations::of(const QString &top)
+{
+    QStringList walk{top};
+    QSet<QString> seen{top};
     QStringList found;
-    for (int i = 0; i < seen.size(); ++i) { // grows meanwhile
-        const QStringList next = below(seen.at(i));
-        if (next.isEmpty())
-            found.append(seen.at(i));
-        for (const QString &each : next) {
-            if (!seen.contains(each))
-                seen.append(each);
+    bool isChain = true;
+    for (int i = 0; i < walk.size(); ++i) { // grows meanwhile
+        const QString each = walk.at(i);
+        const auto known = m_known.constFind(each);
+        if (known != m_known.constEnd()) {
+            found += *known;
+            continue;
         }
+        const QStringList below = m_below(each);
+        if (below.isEmpty())
+            found.append(each);
+        isChain = isChain && below.size() < 2;
+        for (const QString &next : below) {
+            if (!seen.contains(next))
+                walk.append(next);
+            seen.insert(next);
+        }
+    }
+    found.removeDuplicates();
+    if (isChain) {
+        for (const QString &each : qAsConst(walk))
+            m_known.insert(each, found);
     }
     return found.isEmpty() ? QStringList(top) : found;
 }

@@ -3,6 +3,7 @@
 #ifndef SYSTEMSETTINGS_UDISKSSTACK_H
 #define SYSTEMSETTINGS_UDISKSSTACK_H
 
+#include <QHash>
 #include <QStringList>
 
 #include <functional>
@@ -14,10 +15,26 @@ namespace UDisks {
 /// built on no other, and for one that the kernel does not know.
 QStringList devicesBelow(const QString &device);
 
-/// Returns what @p top is built on in the end, when @p below tells what something is built on
-/// directly: @p top itself when that is nothing, or only a circle.
-QStringList foundations(const QString &top,
-                        const std::function<QStringList(const QString &)> &below);
+/// Finds what devices are built on in the end.
+///
+/// It keeps the answers for a chain of devices, so all devices of a chain cost one walk. The
+/// answers hold as long as the devices do not change.
+class Foundations
+{
+public:
+    /// Returns what a device is built on directly.
+    using Below = std::function<QStringList(const QString &)>;
+
+    explicit Foundations(Below below);
+
+    /// Returns what @p top is built on in the end: @p top itself when that is nothing, or only a
+    /// circle.
+    QStringList of(const QString &top);
+
+private:
+    Below m_below;
+    QHash<QString, QStringList> m_known; ///< for devices of chains; empty for those in a circle
+};
 
 } // namespace UDisks
 

@@ -5,7 +5,6 @@
 #include "udiskscall.h"
 #include "udisksclient.h"
 #include "udisksnames.h"
-#include "udisksreminders.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -18,51 +17,72 @@ void Client::unmount(const Partition &partition, const QVariantMap &options)
 {
     if (!QCoreApplication::instance())
         return;
-    const QDBusMessage call = methodCall(partition.objectPath(), Filesystem,
-                                         QStringLiteral("Unmount"), {QVariant(options)});
+    const QString path = partition.objectPath();
+    const QStringList places = m_objects.mountPoints(path);
+    const QDBusMessage call =
+        methodCall(path, Filesystem, QStringLiteral("Unmount"), {QVariant(options)});
     auto *watcher = new QDBusPendingCallWatcher(QDBusConnection::systemBus().asyncCall(call), this);
+    ++m_unmounting[path];
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [=] {
         watcher->deleteLater();
-        takeUnmount(partition, watcher->error());
+        takeUnmount(partition, places, watcher->error());
     });
 }
 
-void Client::takeUnmount(const Partition &partition, const QDBusError &error)
+void Client::takeUnmount(const Partition &partition, const QStringList &before,
+                         const QDBusError &error)
 {
     const QString path = partition.objectPath();
-    const bool isMounted = !m_objects.mountPoints(path).isEmpty();
-    if (!error.isValid()) {
-        // What is mounted twice in one place stays so without a word; what is not, the service may
-        // tell a little later.
-        if (isMounted)
-            Reminders::instance().noteSuccess(path);
-    } else if (isMounted && Reminders::instance().noteFailure(path)) {
-        QString device;
-        QDebug(&device).nospace() << partition.devicePath(); // in quotes, on one line
-        qCWarning(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(device),
-                  qUtf8Printable(error.name()));
-    } else {
-        qCDebug(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(path),
-                qUtf8Printable(error.name()));
+    const auto calls = m_unmounting.find(path);
+    if (calls != m_unmounting.end() && --*calls == 0)
+        m_unmounting.erase(calls);
+
+    const QStringList places = m_objects.mountPoints(path);
+    if (!error.isValid() && places != before) {
+        announceAgain(path);
+        return;
     }
+    QString reason = error.name();
+    // The service can report the unmount later than it answers. Only one that has changed nothing
+    // by the retry has failed, or there are more mounts in one place, of which it lists one.
+    if (!places.isEmpty() && m_retries.begin(path) && !error.isValid())
+        reason = QStringLiteral("still mounted");
+    if (!reason.isEmpty())
+        complain(partition, reason);
 }
 
-void Client::remind(const QString &path, bool &isMounted)
+void Client::announceAgain(const QString &path)
 {
-    if (!m_objects.has(path, Filesystem))
-        listAgain();
-    if (m_objects.mountPoints(path).isEmpty())
+    endIfUnmounted(path);
+    if (m_unmounting.contains(path) || m_objects.mountPoints(path).isEmpty())
         return;
-    isMounted = true;
     const QVector<Partition> partitions = m_objects.partitionsOf(path);
     for (const Partition &partition : partitions)
         Q_EMIT partitionAdded(partition);
 }
 
-void Client::noteMounts(const QString &path)
+void Client::endIfUnmounted(const QString &path)
 {
-    if (m_objects.has(path, Filesystem) && m_objects.mountPoints(path).isEmpty())
-        Reminders::instance().end(path);
+    if (!m_objects.mountPoints(path).isEmpty())
+        return;
+    m_retries.end(path);
+    m_complaints.remove(path);
+}
+
+/// It is no failure when the partition is not mounted anyway.
+void Client::complain(const Partition &partition, const QString &reason)
+{
+    const QString path = partition.objectPath();
+    if (m_objects.mountPoints(path).isEmpty() || m_complaints.contains(path)) {
+        qCDebug(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(path),
+                qUtf8Printable(reason));
+        return;
+    }
+    m_complaints.insert(path);
+    QString device;
+    QDebug(&device).nospace() << partition.devicePath(); // in quotes, on one line
+    qCWarning(lcSystemSettings, "Cannot unmount %s: %s", qUtf8Printable(device),
+              qUtf8Printable(reason));
 }
 
 } // namespace UDisks

@@ -5,11 +5,14 @@
 import dbus
 import pytest
 
-from testbed.partitions import (BLOCK_PATH, MOUNTED, PLACE, STICK, STICK_PATH, UNMOUNTED, block)
+from testbed.partitions import (BLOCK_PATH, EXTERNAL, MOUNTED, PLACE, STICK, STICK_PATH, SYSTEM,
+                                UNMOUNTED, block)
 from testbed.services.service import PROPERTIES
-from testbed.services.storage import (BLOCK, FILESYSTEM, OBJECT_MANAGER, PARTITION_TABLE, ROOT,
-                                      mount_points)
+from testbed.services.storage import (BLOCK, DRIVE, FILESYSTEM, OBJECT_MANAGER, PARTITION_TABLE,
+                                      ROOT, Drive, mount_points, object_path)
 from testbed.waiting import wait_until
+
+CARD, CARD_PATH = Drive("card", "sdio"), object_path("drives", "card")
 
 
 def mount(*places):
@@ -94,6 +97,26 @@ def bus(partition):
     return partition["drive"].get("connectionBus")
 
 
+def change(path, interface, name, value):
+    """The service reports another value of a property."""
+    return lambda storage: storage.signal(path, PROPERTIES, "PropertiesChanged", "sa{sv}as",
+                                          interface, {name: value}, [])
+
+
+def plug_the_card(storage):
+    storage.plug(CARD)
+
+
+name_the_card = change(BLOCK_PATH, BLOCK, "Drive", dbus.ObjectPath(CARD_PATH))
+
+NEW_KINDS = {  # what happens to what is on a stick; its type and its bus after it
+    "system": (change(BLOCK_PATH, BLOCK, "HintSystem", True), SYSTEM, 1),
+    "another bus": (change(STICK_PATH, DRIVE, "ConnectionBus", "sdio"), EXTERNAL, 0),
+    "another drive": (in_turn(plug_the_card, name_the_card), EXTERNAL, 0),
+    "another drive, plugged later": (in_turn(name_the_card, plug_the_card), EXTERNAL, 0),
+}
+
+
 @pytest.mark.parametrize("before, action, announcements, status", CHANGES.values(), ids=CHANGES)
 def test_change(present, partitions, before, action, announcements, status):
     present.plug(STICK)
@@ -108,6 +131,22 @@ def test_change(present, partitions, before, action, announcements, status):
     assert partitions.paths() == announcements * [BLOCK_PATH]
     assert [bus(partition) for partition in partitions.announced()] == announcements * [1]
     assert partitions.status() == status
+
+
+@pytest.mark.parametrize("is_mounted", [True, False], ids=["mounted", "unmounted"])
+@pytest.mark.parametrize("action, type_, number", NEW_KINDS.values(), ids=NEW_KINDS)
+def test_other_kind_of_storage(present, partitions, action, type_, number, is_mounted):
+    """A mounted partition is announced again, because another policy can apply now."""
+    present.plug(STICK)
+    present.plug(block(*[PLACE] * is_mounted, drive=STICK_PATH))
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+    partitions.forget()
+    action(present)
+    partitions.settle(present)
+    found = partitions.announced() if is_mounted else partitions.list()
+    assert [(each["type"], bus(each)) for each in found] == [(type_, number)]
+    assert len(partitions.announced()) == is_mounted
 
 
 def test_partition_waits_for_its_drive(present, partitions):
@@ -131,8 +170,7 @@ def test_drive_that_is_named_later(present, partitions):
     present.plug(STICK)
     partitions.run()
     assert partitions.only()["drive"] == {}
-    present.signal(BLOCK_PATH, PROPERTIES, "PropertiesChanged", "sa{sv}as", BLOCK,
-                   {"Drive": dbus.ObjectPath(STICK_PATH)}, [])
+    change(BLOCK_PATH, BLOCK, "Drive", dbus.ObjectPath(STICK_PATH))(present)
     wait_until(lambda: bus(partitions.only()) == 1)
 
 

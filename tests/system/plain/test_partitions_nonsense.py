@@ -147,8 +147,8 @@ def test_answer_about_mount_points(present, partitions, fault):
     present.tells = False
     present.set_mount_points(BLOCK_PATH, PLACE)
     wait_until(lambda: len(calls_of(present, "Get")) == 1)
-    partitions.settle(present)
-    assert partitions.paths() == [BLOCK_PATH]
     present.mend()
     present.set_mount_points(BLOCK_PATH, PLACE)
     partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
+    partitions.settle(present)
+    assert partitions.paths() == [BLOCK_PATH, BLOCK_PATH]

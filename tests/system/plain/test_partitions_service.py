@@ -6,7 +6,9 @@ import time
 
 from testbed.partitions import (BLOCK_PATH, PLACE, STICK, STICK_PATH, Partitions, block, calls_of,
                                 listings)
+from testbed.relay import Relay
 from testbed.services.service import DEATH, ERROR
+from testbed.services.storage import Block
 from testbed.waiting import wait_until
 
 
@@ -127,3 +129,33 @@ def test_end_before_a_reminder(storage, partitions):
                    "org.freedesktop.DBus.Error.Failed"]
     assert partitions.end() == 0
     assert len(calls_of(storage, "Unmount")) == 1
+
+
+def test_bus_that_answers_too_late(storage):
+    """A failed look for the owner of the service's name does not mean that there is none."""
+    storage.plug(block(PLACE))
+    storage.appear()
+    with (Relay(hold_at=b"GetNameOwner") as relay,
+          Partitions(DBUS_SYSTEM_BUS_ADDRESS=relay.ADDRESS) as partitions):
+        partitions.run()
+        relay.wait_until_held()
+        assert partitions.list() == []
+        relay.release()
+        partitions.wait_for(BLOCK_PATH)
+
+
+def test_manager_that_comes_later(storage, partitions):
+    """It announces what others have announced before."""
+    storage.appear()
+    storage.plug(block(PLACE))
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+    partitions.forget()
+    assert len(partitions.list(manager=1)) == 1
+    partitions.wait_for(BLOCK_PATH, manager=1)
+    other = storage.plug(Block("other"))
+    partitions.wait_for(BLOCK_PATH, other, manager=1)
+    partitions.settle(storage)
+    assert partitions.paths() == [other]
+    assert partitions.paths(manager=1) == [BLOCK_PATH, other]
+    assert listings(storage) == 1

@@ -3,6 +3,7 @@
 """A device that rests on others, such as a decrypted stick or a logical volume, has the drive of
 the lowest device. Directories of the same form as in /sys replace the kernel's device mapper."""
 
+import time
 from dataclasses import dataclass
 
 import pytest
@@ -13,6 +14,7 @@ from testbed.services.storage import Block, Drive, object_path
 
 TOP = "dm-9"
 TOP_PATH = object_path("block_devices", TOP)
+LONG = 1000  # devices on top of each other
 USB, CARD, DISK = "sda1", "mmcblk0p1", "vda1"  # each on a drive of its own
 
 
@@ -191,3 +193,19 @@ def test_what_is_opened_later_is_followed(present, partitions):
     partitions.wait_for(TOP_PATH, TOP_PATH)
     assert partitions.announced()[1]["status"] == MOUNTED
     assert place(partitions.announced()[1]) == "external 1"
+
+
+@pytest.mark.parametrize("bottom, found", [(USB, "external 1"), (f"dm-{LONG - 1}", "system")],
+                         ids=["on a stick", "in a circle"])
+def test_long_chain_is_quick(present, partitions, bottom, found):
+    """Each device of the chain has a mounted file system."""
+    plug_drives(present)
+    for number in range(LONG):
+        below = f"dm-{number - 1}" if number else bottom
+        present.plug(Block(f"dm-{number}", system=True, mount_points=(PLACE,),
+                           backing=object_path("block_devices", below)))
+    partitions.make_application()
+    partitions.list()
+    start = time.monotonic()
+    assert {place(partition) for partition in partitions.list()} == {found}
+    assert time.monotonic() - start < 5

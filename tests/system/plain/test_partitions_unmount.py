@@ -7,13 +7,12 @@ import time
 import pytest
 
 from testbed.partitions import (BLOCK_PATH, MOUNTED, PLACE, STICK, STICK_PATH, UNMOUNTED,
-                                Partitions, block, calls_of, listings)
-from testbed.services.service import SILENCE, error
+                                Partitions, block, calls_of)
+from testbed.services.service import SILENCE, Fault, error
 from testbed.services.storage import FILESYSTEM, Block
 from testbed.waiting import wait_until
 
 BUSY = "org.freedesktop.UDisks2.Error.DeviceBusy"
-COMPLAINT = f'warning|systemsettings|Cannot unmount "/dev/sda1": {BUSY}'
 FIRST_PAUSE = 2.0  # seconds to the first reminder
 
 
@@ -32,6 +31,11 @@ def busy(mounted):
     return mounted
 
 
+def complaint(reason=BUSY):
+    """The log line that the device cannot be unmounted."""
+    return f'warning|systemsettings|Cannot unmount "/dev/sda1": {reason}'
+
+
 def wait_for_unmounts(storage, count):
     """Waits until Unmount has been called so often."""
     wait_until(lambda: len(calls_of(storage, "Unmount")) == count)
@@ -44,7 +48,7 @@ def wait_until_unmounted(storage):
 
 def wait_for_complaint(partitions):
     """Waits until the library has complained that it cannot unmount the device, and no more."""
-    assert wait_until(partitions.take_log) == [COMPLAINT]
+    assert wait_until(partitions.take_log) == [complaint()]
 
 
 def test_unmounted(storage, partitions):
@@ -125,12 +129,15 @@ def test_from_the_announcement(storage, partitions):
         storage.set_mount_points(BLOCK_PATH, PLACE)
 
 
-def test_reminders_come_at_growing_intervals(storage, partitions):
+@pytest.mark.parametrize("places, fault, reason", [
+    ([PLACE], error(BUSY), BUSY), (100 * [PLACE], Fault(), "still mounted")],
+    ids=["it fails", "it changes nothing"])
+def test_reminders_come_at_growing_intervals(storage, partitions, places, fault, reason):
     """A manager that unmounts again in vain and one that does not get the same reminders."""
     storage.appear()
     storage.plug(STICK)
-    storage.plug(block(PLACE, drive=STICK_PATH))
-    storage.fail(error(BUSY), "Unmount")
+    storage.plug(block(*places, drive=STICK_PATH))
+    storage.fail(fault, "Unmount")
     partitions.run()
     partitions.wait_for(BLOCK_PATH)
     start = time.monotonic()
@@ -146,7 +153,7 @@ def test_reminders_come_at_growing_intervals(storage, partitions):
     assert reminders[-1]["status"] == MOUNTED
     assert reminders[-1]["drive"]["connectionBus"] == 1
     wait_for_unmounts(storage, 4)
-    assert partitions.take_log() == [COMPLAINT]
+    assert partitions.take_log() == [complaint(reason)]
 
 
 def test_what_becomes_free_is_unmounted(busy, partitions):
@@ -170,7 +177,7 @@ def test_first_failure_only_is_logged(busy, partitions):
     busy.mend()
     partitions.unmount(BLOCK_PATH)
     wait_until(lambda: partitions.status() == UNMOUNTED)
-    assert partitions.take_log() == [COMPLAINT]
+    assert partitions.take_log() == [complaint()]
     busy.fail(error(BUSY), "Unmount")
     busy.set_mount_points(BLOCK_PATH, PLACE)
     wait_until(lambda: partitions.status() == MOUNTED)
@@ -187,21 +194,6 @@ def test_reminder_whoever_was_asked_to_unmount(busy, partitions):
     wait_for_complaint(partitions)
     partitions.ask("remove", 1)
     partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
-
-
-def test_reminder_of_what_was_unknown(mounted, partitions):
-    """A manager that could not list announces a partition that it did not know."""
-    mounted.fail(error(BUSY))
-    partitions.run()
-    wait_until(lambda: listings(mounted) == 1)
-    mounted.mend()
-    mounted.fail(error(BUSY), "Unmount")
-    partitions.list(manager=1)
-    partitions.unmount(BLOCK_PATH, manager=1)
-    wait_for_complaint(partitions)
-    assert partitions.announced() == []
-    partitions.wait_for(BLOCK_PATH)
-    assert listings(mounted) == 3
 
 
 @pytest.mark.parametrize("end", ["unmounted", "pulled out"])
@@ -245,6 +237,20 @@ def test_other_places_are_announced_at_once(storage, partitions):
     assert len(calls_of(storage, "Unmount")) == 3
     partitions.settle(storage)
     assert partitions.paths() == 3 * [BLOCK_PATH]
+
+
+def test_what_is_being_unmounted_is_not_announced(mounted, partitions):
+    """The answer to the unmount decides; but another device at the same path is announced."""
+    mounted.fail(SILENCE, "Unmount")
+    partitions.unmount_announced()
+    partitions.run()
+    wait_for_unmounts(mounted, 1)
+    mounted.set_mount_points(BLOCK_PATH, "/elsewhere")
+    partitions.settle(mounted)
+    assert partitions.paths() == [BLOCK_PATH]
+    mounted.unplug(BLOCK_PATH)
+    mounted.plug(block(PLACE))
+    partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
 
 
 def test_reminder_of_a_second_mount_in_the_same_place(storage, partitions):

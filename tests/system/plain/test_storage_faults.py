@@ -2,14 +2,18 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """The storage service refuses, ends or does not answer; storage is unmounted when possible."""
 
+import time
+
 import pytest
 
+from testbed import files
 from testbed.services.service import DEATH, ERROR, SILENCE, error
 from testbed.stick import Stick
 from testbed.waiting import wait_until
 
 CARD, USB = "MemoryCardEnabled", "UsbStorageEnabled"
 STICK = Stick()
+WAITING_TIME = 5.0  # seconds that the daemon waits for a listing
 BUSY = "org.freedesktop.UDisks2.Error.DeviceBusy"
 COMPLAINT = f'warning|systemsettings|Cannot unmount "/dev/stick": {BUSY}'
 
@@ -89,20 +93,33 @@ def test_each_place_is_unmounted(daemon, plugged):
     assert daemon.logged() == []
 
 
-@pytest.mark.parametrize("occasion", ["forbidden again", "mounted later"])
-def test_storage_that_was_not_listed_is_unmounted_at_the_next_occasion(daemon, storage, occasion):
+@pytest.mark.parametrize("occasion", ["forbidden again", "mounted later", "time passes"])
+def test_storage_that_was_not_listed_is_unmounted_when_it_can_be(daemon, storage, occasion):
     storage.fail(ERROR, "GetManagedObjects")
     storage.appear()
-    Stick(mounted=occasion == "forbidden again").plug(storage)
+    Stick(mounted=occasion != "mounted later").plug(storage)
     daemon.start_observed()
     daemon.change(USB, False)
     assert daemon.calls(storage.NAME) == []
     storage.mend()
     if occasion == "mounted later":
         STICK.mount(storage)
-    else:
+    elif occasion == "forbidden again":
         daemon.change(USB, True)
         daemon.change(USB, False)
+    wait_until(lambda: not STICK.is_mounted(storage))
+    assert daemon.calls(storage.NAME) == [STICK.order]
+
+
+def test_start_waits_once_for_a_service_that_lists_nothing(daemon, storage):
+    storage.fail(SILENCE, "GetManagedObjects")
+    storage.appear()
+    STICK.plug(storage)
+    files.store({CARD: False, USB: False})
+    start = time.monotonic()
+    daemon.start_observed()
+    assert time.monotonic() - start < 3 * WAITING_TIME
+    storage.mend()
     wait_until(lambda: not STICK.is_mounted(storage))
     assert daemon.calls(storage.NAME) == [STICK.order]
 

@@ -4,8 +4,8 @@
 
 import pytest
 
-from testbed.services.service import SILENCE
-from testbed.services.storage import Block, Drive
+from testbed.services.service import PROPERTIES, SILENCE
+from testbed.services.storage import BLOCK, DRIVE, Block, Drive
 from testbed.stick import Stick
 from testbed.waiting import wait_until
 
@@ -71,6 +71,20 @@ def test_file_system_made_later_is_seen(daemon, present):
     assert daemon.calls() == []
     STICK.mount(present)
     assert daemon.calls() == [STICK.order]
+
+
+@pytest.mark.parametrize("interface, name, before, after", [
+    (BLOCK, "HintSystem", Stick(system=True), False),
+    (DRIVE, "ConnectionBus", Stick(bus="nvme"), "usb")])
+def test_mounted_storage_that_turns_out_to_be_forbidden(daemon, present, interface, name, before,
+                                                        after):
+    before.plug(present)
+    daemon.start()
+    daemon.change(USB, False)
+    daemon.forget()
+    path = present.blocks[before.path].drive if interface == DRIVE else before.path
+    present.signal(path, PROPERTIES, "PropertiesChanged", "sa{sv}as", interface, {name: after}, [])
+    assert daemon.calls() == [before.order]
 
 
 def test_storage_without_its_drive_waits_for_it(daemon, present):

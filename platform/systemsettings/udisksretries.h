@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SYSTEMSETTINGS_UDISKSRETRIES_H
+#define SYSTEMSETTINGS_UDISKSRETRIES_H
+
+#include <QHash>
+#include <QObject>
+
+class QTimer;
+
+namespace UDisks {
+
+/// Says when to try again what has failed: after two seconds, then after twice as long each time,
+/// to a minute. Each thing that is tried has a name.
+class Retries : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Begins to retry @p name, unless that has begun already. Returns whether it has been due.
+    bool begin(const QString &name);
+
+    void end(const QString &name);
+    void endAll();
+
+Q_SIGNALS:
+    /// It is time to try @p name, again and again until somebody ends it.
+    void due(const QString &name);
+
+private:
+    QHash<QString, QTimer *> m_timers; ///< by name
+};
+
+} // namespace UDisks
+
+#endif
