@@ -27,6 +27,8 @@ public:
 
     ~RecordingService() override
     {
+        // The bus may notice the loss of a connection later than the next call.
+        QDBusConnection(m_name).unregisterService(m_name);
         QDBusConnection::disconnectFromBus(m_name);
         m_thread.quit();
         m_thread.wait();
