@@ -185,14 +185,14 @@ void Client::listAgain()
         list();
 }
 
-void Client::retry(const QString &name)
+void Client::retry(const QString &name, bool onceMore)
 {
     if (name == Listing)
         list();
     else if (name == Owner)
         onOwnerChanged();
     else
-        announceAgain(name);
+        remind(name, onceMore);
 }
 
 /// Whether the listing has been read ahead of its turn, so that signals are older.

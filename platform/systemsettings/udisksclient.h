@@ -78,11 +78,12 @@ private:
     bool isAhead() const;
     void takeUnmount(const Partition &partition, const QStringList &before,
                      const QDBusError &error);
+    void remind(const QString &path, bool onceMore);
     void announceAgain(const QString &path);
     void endIfUnmounted(const QString &path);
     void complain(const Partition &partition, const QString &reason);
     void fetch(const QString &path, const QString &interface, const QString &property);
-    void retry(const QString &name);
+    void retry(const QString &name, bool onceMore);
     void announceNews();
 
     /// Lets @p take have the reply in its turn, and returns what waits for it; nothing when it

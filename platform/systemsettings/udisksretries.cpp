@@ -5,28 +5,27 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <chrono>
 
 namespace UDisks {
 namespace {
 
-constexpr std::chrono::milliseconds FirstPause = std::chrono::seconds(2);
-constexpr std::chrono::milliseconds LongestPause = std::chrono::minutes(1);
+constexpr int FirstPause = 2'000; ///< in milliseconds
+constexpr int LongestPause = 60'000;
 
 } // namespace
 
-bool Retries::begin(const QString &name)
+void Retries::begin(const QString &name)
 {
     QTimer *&timer = m_timers[name];
     if (timer)
-        return timer->intervalAsDuration() > FirstPause;
+        return;
     timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, [this, timer = timer, name] {
-        timer->setInterval(std::min(2 * timer->intervalAsDuration(), LongestPause));
-        Q_EMIT due(name);
+        const int pause = timer->interval();
+        timer->setInterval(std::min(2 * pause, LongestPause));
+        Q_EMIT due(name, pause > FirstPause);
     });
     timer->start(FirstPause);
-    return false;
 }
 
 void Retries::end(const QString &name)

@@ -17,15 +17,15 @@ class Retries : public QObject
     Q_OBJECT
 
 public:
-    /// Begins to retry @p name, unless that has begun already. Returns whether it has been due.
-    bool begin(const QString &name);
+    /// Begins to retry @p name, unless that has begun already.
+    void begin(const QString &name);
 
     void end(const QString &name);
     void endAll();
 
 Q_SIGNALS:
-    /// It is time to try @p name, again and again until somebody ends it.
-    void due(const QString &name);
+    /// It is time to try @p name, for the first time or once more. Emitted until end() is called.
+    void due(const QString &name, bool onceMore);
 
 private:
     QHash<QString, QTimer *> m_timers; ///< by name

@@ -42,13 +42,21 @@ void Client::takeUnmount(const Partition &partition, const QStringList &before,
         announceAgain(path);
         return;
     }
-    QString reason = error.name();
-    // The service can report the unmount later than it answers. Only one that has changed nothing
-    // by the retry has failed, or there are more mounts in one place, of which it lists one.
-    if (!places.isEmpty() && m_retries.begin(path) && !error.isValid())
-        reason = QStringLiteral("still mounted");
-    if (!reason.isEmpty())
-        complain(partition, reason);
+    if (!places.isEmpty())
+        m_retries.begin(path);
+    if (error.isValid())
+        complain(partition, error.name());
+}
+
+/// The service can report an unmount later than it answers, and of several mounts in one place it
+/// lists one. So an unmount without an error has failed only if another one changed nothing either.
+void Client::remind(const QString &path, bool onceMore)
+{
+    const QVector<Partition> partitions =
+        onceMore ? m_objects.partitionsOf(path) : QVector<Partition>();
+    for (const Partition &partition : partitions)
+        complain(partition, QStringLiteral("still mounted"));
+    announceAgain(path);
 }
 
 void Client::announceAgain(const QString &path)
