@@ -61,7 +61,7 @@ QVector<Candidate> files(const QString &path)
 QVector<Candidate> holds()
 {
     QVector<Candidate> result;
-    const auto allHolds = Holds::all();
+    const auto allHolds = Holds::all().holds;
     for (const Hold &hold : allHolds)
         result.append({hold.id, QStringLiteral("until ") + hold.until.toString(Qt::ISODate)});
     return result;

@@ -2,16 +2,18 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/holds.h"
 
+#include "govctl/holdtimer.h"
 #include "govctl/text.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSaveFile>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -20,45 +22,42 @@ const QLatin1String Directory("/var/lib/govctl/holds");
 const QLatin1String Until("until");
 const QLatin1String Changes("changes");
 
+/// Keeps other processes from changing holds meanwhile.
+class Lock
+{
+    Q_DISABLE_COPY(Lock)
+
+public:
+    // Only root can open it, so no other user can keep root waiting.
+    Lock()
+        : m_file(open("/var/lib/govctl/lock", O_RDWR | O_CREAT | O_CLOEXEC, 0600))
+    {
+        flock(m_file, LOCK_EX);
+    }
+    ~Lock() { close(m_file); }
+
+private:
+    int m_file;
+};
+
 QString pathOf(const QString &id)
 {
     return QStringLiteral("%1/%2.json").arg(Directory, id);
 }
 
-QString unitOf(const Hold &hold)
+Failure badFile(const QFileDevice &file, const QString &what)
 {
-    return QStringLiteral("govctl-release-") + hold.id;
-}
-
-Failure noHold(ExitCode code, const QString &message)
-{
-    return {code,
-            code == ExitCode::NotAllowed ? QStringLiteral("not-allowed")
-                                         : QStringLiteral("no-timer"),
-            message,
+    return {ExitCode::NoDaemon,
+            QStringLiteral("bad-file"),
+            QStringLiteral("%1 %2").arg(printable(file.fileName()), what),
             {}};
 }
 
-/// Fails with what the program prints as message.
-Outcome run(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    const bool hasEnded = process.waitForStarted() && process.waitForFinished();
-    if (hasEnded && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
-        return std::nullopt;
-    const QString words = QString::fromUtf8(process.readAll()).simplified();
-    return noHold(ExitCode::NoDaemon,
-                  QStringLiteral("%1 sets no timer: %2")
-                      .arg(program, printable(words.isEmpty() ? process.errorString() : words)));
-}
-
-std::optional<Hold> readHold(const QString &id)
+Result<Hold> readHold(const QString &id)
 {
     QFile file(pathOf(id));
     if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
+        return badFile(file, QStringLiteral("cannot be read: ") + file.errorString());
     const QJsonObject object = QJsonDocument::fromJson(file.readAll()).object();
     Hold hold{id, QDateTime::fromString(object.value(Until).toString(), Qt::ISODate), {}};
     const QJsonArray changes = object.value(Changes).toArray();
@@ -66,20 +65,39 @@ std::optional<Hold> readHold(const QString &id)
         if (const auto step = Step::fromJson(change.toObject()))
             hold.steps.append(*step);
     }
-    return hold;
+    if (hold.until.isValid() && !changes.isEmpty() && hold.steps.size() == changes.size())
+        return hold;
+    return badFile(file,
+                   QStringLiteral("is damaged, so its changes are not taken back; set their values "
+                                  "yourself, then remove the file"));
 }
 
 Outcome save(const Hold &hold)
 {
     QSaveFile file(pathOf(hold.id));
-    if (QDir().mkpath(Directory) && file.open(QIODevice::WriteOnly)) {
+    if (file.open(QIODevice::WriteOnly)) {
         file.write(QJsonDocument(hold.toJson()).toJson());
         if (file.commit())
             return std::nullopt;
     }
-    return noHold(
-        ExitCode::NoDaemon,
-        QStringLiteral("%1 cannot be written: %2").arg(file.fileName(), file.errorString()));
+    return badFile(file, QStringLiteral("cannot be written: ") + file.errorString());
+}
+
+Outcome remove(const Hold &hold)
+{
+    QFile file(pathOf(hold.id));
+    if (file.remove())
+        return std::nullopt;
+    return badFile(file, QStringLiteral("cannot be removed: ") + file.errorString());
+}
+
+Outcome setTimer()
+{
+    QVector<QDateTime> ends;
+    const QVector<Hold> holds = Holds::all().holds;
+    for (const Hold &hold : holds)
+        ends.append(hold.until);
+    return HoldTimer::set(ends);
 }
 
 /// An unused number for a new hold.
@@ -91,6 +109,20 @@ QString freeId()
     return QString::number(id);
 }
 
+/// @p step, with the value before the hold that has its policy or switch, if one has it.
+Step fromBeforeHolds(Step step, const QVector<Hold> &holds)
+{
+    for (const Hold &hold : holds) {
+        for (const Step &held : hold.steps) {
+            if (held.isOfSame(step) && held.value == step.before) {
+                step.before = held.before;
+                return step;
+            }
+        }
+    }
+    return step;
+}
+
 } // namespace
 
 QJsonObject Hold::toJson() const
@@ -100,72 +132,105 @@ QJsonObject Hold::toJson() const
             {Changes, ::toJson(steps)}};
 }
 
-QVector<Hold> Holds::all()
+Holds::Listing Holds::all()
 {
-    QVector<Hold> result;
+    Listing result;
     const QStringList files =
         QDir(Directory).entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name);
     for (const QString &file : files) {
-        if (const auto hold = readHold(file.section(QLatin1Char('.'), 0, 0)))
-            result.append(*hold);
+        const QString id = file.section(QLatin1Char('.'), 0, 0);
+        if (const auto hold = readHold(id))
+            result.holds.append(*hold);
+        else if (QFile::exists(pathOf(id))) // otherwise it has ended meanwhile
+            result.failure = hold.failure();
     }
-    std::stable_sort(result.begin(), result.end(),
+    std::stable_sort(result.holds.begin(), result.holds.end(),
                      [](const Hold &a, const Hold &b) { return a.until < b.until; });
     return result;
 }
 
-Result<Hold> Holds::begin(const QVector<Step> &steps, qint64 seconds)
+Outcome Holds::checkRight()
 {
-    if (geteuid() != 0)
-        return noHold(ExitCode::NotAllowed,
-                      QStringLiteral("only root can change something for a while"));
-    const Hold hold{freeId(), QDateTime::currentDateTimeUtc().addSecs(seconds), steps};
+    if (geteuid() == 0)
+        return std::nullopt;
+    return Failure{ExitCode::NotAllowed,
+                   QStringLiteral("not-allowed"),
+                   QStringLiteral("only root can change something for a while, or end that"),
+                   {}};
+}
+
+Result<std::optional<Hold>> Holds::begin(const QVector<Step> &steps, qint64 seconds)
+{
+    if (const Outcome failure = checkRight())
+        return *failure;
+    umask(022); // every user may read holds
+    QDir().mkpath(Directory);
+    const Lock lock;
+    const QVector<Hold> others = all().holds;
+    Hold hold{freeId(),
+              QDateTime::fromSecsSinceEpoch(QDateTime::currentSecsSinceEpoch() + seconds, Qt::UTC),
+              {}};
+    for (const Step &step : steps) {
+        if (const Step whole = fromBeforeHolds(step, others); whole.before != whole.value)
+            hold.steps.append(whole);
+    }
+    if (hold.steps.isEmpty())
+        return std::optional<Hold>();
     // The file is written before the change: a change without a hold would never be taken back.
     if (const Outcome failure = save(hold))
         return *failure;
-    if (const Outcome failure = setTimer(hold)) {
-        forget(hold);
+    if (const Outcome failure = setTimer()) {
+        (void)remove(hold);
         return *failure;
     }
-    return hold;
+    return std::optional<Hold>(hold);
 }
 
-Outcome Holds::setTimer(const Hold &hold)
+Outcome Holds::edit(const std::function<void(Hold &)> &shorten)
 {
-    const QString when = hold.until.toUTC().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-    return run(QStringLiteral("systemd-run"),
-               {QStringLiteral("--quiet"), QStringLiteral("--unit=") + unitOf(hold),
-                QStringLiteral("--on-calendar=%1 UTC").arg(when),
-                QStringLiteral("--timer-property=AccuracySec=1s"),
-                // The daemon may be absent when the timer runs, or refuse while a lock is active.
-                QStringLiteral("--property=After=govd.service"),
-                QStringLiteral("--property=StartLimitIntervalSec=0"),
-                QStringLiteral("--property=Restart=on-failure"),
-                QStringLiteral("--property=RestartSec=30s"),
-                QCoreApplication::applicationFilePath(), QStringLiteral("release"), hold.id});
+    const Lock lock;
+    Outcome result;
+    bool isChanged = false;
+    QVector<Hold> holds = all().holds;
+    for (Hold &hold : holds) {
+        const int length = hold.steps.size();
+        shorten(hold);
+        if (hold.steps.size() == length)
+            continue;
+        isChanged = true;
+        if (const Outcome failure = hold.steps.isEmpty() ? remove(hold) : save(hold))
+            result = failure;
+    }
+    if (isChanged && !result)
+        result = setTimer();
+    return result;
 }
 
-void Holds::forget(const Hold &hold)
+Outcome Holds::renewTimer()
 {
-    QFile::remove(pathOf(hold.id));
-    // It fails when the timer does not run, which is no failure here.
-    (void)run(QStringLiteral("systemctl"),
-              {QStringLiteral("stop"), unitOf(hold) + QStringLiteral(".timer")});
+    const Lock lock;
+    return setTimer();
 }
 
-Application Holds::takeBack(Daemon &daemon, const Snapshot &snapshot, const Hold &hold)
+Holds::Release Holds::takeBack(Daemon &daemon, const Snapshot &snapshot, const Hold &hold)
 {
-    Application result;
+    Release result;
     for (int i = hold.steps.size() - 1; i >= 0; --i) {
         const Step &step = hold.steps[i];
-        if (!step.before || valueNow(snapshot, step) != step.value) {
-            result.done.append(step);
+        if (valueNow(snapshot, step) != step.value) {
+            result.left.append(step);
             continue;
         }
-        if (const Outcome failure = writeStep(daemon, step, *step.before))
-            result.failure = failure;
-        else
+        const Outcome failure = writeStep(daemon, step, *step.before);
+        if (!failure) {
             result.takenBack.append(step);
+            continue;
+        }
+        result.failure = failure;
+        result.failed.append(step);
+        // The time for all answers is over.
+        if (failure->code == ExitCode::NoAnswer)
+            break;
     }
     return result;
 }

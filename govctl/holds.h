@@ -7,8 +7,9 @@
 
 #include <QDateTime>
 
-/// Changes with a time limit. A file keeps them over restarts of the device, and a systemd timer
-/// ends them.
+#include <functional>
+
+/// Changes with a time limit. A file keeps them over restarts of the device.
 struct Hold
 {
     QString id;
@@ -19,23 +20,45 @@ struct Hold
     QJsonObject toJson() const;
 };
 
+/// The files of all holds, and the one timer that runs at the next end. A policy or switch is in
+/// one hold at most: a later change takes it out of the hold that has it.
 namespace Holds {
 
-/// All holds, the first to end first.
-QVector<Hold> all();
+struct Listing
+{
+    QVector<Hold> holds; ///< the first to end first
+    Outcome failure; ///< of a file that is damaged or cannot be read
+};
 
-/// Saves a hold of @p seconds for @p steps, which are not yet made, and sets its timer.
-Result<Hold> begin(const QVector<Step> &steps, qint64 seconds);
+Listing all();
 
-/// Sets the timer of @p hold.
-Outcome setTimer(const Hold &hold);
+/// Only root can begin and end holds.
+Outcome checkRight();
 
-/// Removes the file and the timer of @p hold.
-void forget(const Hold &hold);
+/// Saves a hold of @p seconds for @p steps, which are not yet made, and sets the timer. What
+/// another hold has is taken back to the value before that hold. The result has only the steps that
+/// change something; without any, there is no hold.
+Result<std::optional<Hold>> begin(const QVector<Step> &steps, qint64 seconds);
+
+/// Has @p shorten take steps out of each hold. Saves the holds that became shorter, removes the
+/// empty ones, and sets the timer.
+Outcome edit(const std::function<void(Hold &)> &shorten);
+
+/// Sets the timer to the next end.
+Outcome renewTimer();
+
+/// The result of taking back a hold.
+struct Release
+{
+    QVector<Step> takenBack;
+    QVector<Step> left; ///< their value is no longer the hold's
+    QVector<Step> failed;
+    Outcome failure;
+};
 
 /// Takes back the changes of @p hold that still have the hold's value, the last one first.
 /// @p daemon is open, @p snapshot has all policies.
-Application takeBack(Daemon &daemon, const Snapshot &snapshot, const Hold &hold);
+Release takeBack(Daemon &daemon, const Snapshot &snapshot, const Hold &hold);
 
 } // namespace Holds
 

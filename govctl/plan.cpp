@@ -82,7 +82,7 @@ void planPolicies(Plan &plan, const DesiredState &desired, const Snapshot &snaps
         else if (const Outcome failure = obstacleTo(*policy, entry.value(), desired))
             plan.obstacles.append(*failure);
         else if (isAlready(*policy, entry.value()))
-            ++plan.kept;
+            plan.kept.append({Step::Kind::Policy, entry.key(), entry.value(), entry.value()});
         else
             plan.steps.append({Step::Kind::Policy, entry.key(),
                                policy->reason() == Reason::Switch ? policy->stored : policy->value,
@@ -99,7 +99,7 @@ void planSwitches(Plan &plan, const DesiredState &desired, const Snapshot &snaps
         if (const Outcome failure = checkSwitch(entry.key(), known.keys()))
             plan.obstacles.append(*failure);
         else if (known.value(entry.key()) == entry.value())
-            ++plan.kept;
+            plan.kept.append({Step::Kind::Switch, entry.key(), entry.value(), entry.value()});
         else
             plan.steps.append({Step::Kind::Switch, entry.key(), !entry.value(), entry.value()});
     }
@@ -154,10 +154,12 @@ QJsonObject Step::toJson() const
 std::optional<Step> Step::fromJson(const QJsonObject &object)
 {
     const QString kind = object.value(::Kind).toString();
-    if (kind != PolicyKind && kind != SwitchKind)
+    const QJsonValue before = object.value(Before);
+    const QJsonValue value = object.value(Value);
+    if ((kind != PolicyKind && kind != SwitchKind) || !before.isBool() || !value.isBool())
         return std::nullopt;
     return Step{kind == SwitchKind ? Kind::Switch : Kind::Policy, object.value(Key).toString(),
-                object.value(Before).toBool(), object.value(Value).toBool()};
+                before.toBool(), value.toBool()};
 }
 
 QJsonArray toJson(const QVector<Step> &steps)
@@ -166,6 +168,12 @@ QJsonArray toJson(const QVector<Step> &steps)
     for (const Step &step : steps)
         result.append(step.toJson());
     return result;
+}
+
+bool contains(const QVector<Step> &steps, const Step &step)
+{
+    return std::any_of(steps.begin(), steps.end(),
+                       [&step](const Step &other) { return other.isOfSame(step); });
 }
 
 Plan planFor(const DesiredState &desired, const Snapshot &snapshot)

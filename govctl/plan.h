@@ -18,17 +18,21 @@ struct Step
     bool value = false;
 
     QString name() const; ///< for people
+    bool isOfSame(const Step &other) const { return kind == other.kind && key == other.key; }
     QJsonObject toJson() const;
     static std::optional<Step> fromJson(const QJsonObject &object);
 };
 
 QJsonArray toJson(const QVector<Step> &steps);
 
+/// Whether @p steps has one of the same policy or switch.
+bool contains(const QVector<Step> &steps, const Step &step);
+
 /// The writes that bring the device to the desired state.
 struct Plan
 {
     QVector<Step> steps; ///< in the order in which they are made
-    int kept = 0; ///< number of policies and switches that are as desired already
+    QVector<Step> kept; ///< as desired already, so not written
     QVector<Failure> obstacles; ///< failures known before any write: none is then made
 };
 

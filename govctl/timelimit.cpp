@@ -7,40 +7,57 @@ Result<TimeLimit> TimeLimit::begin(const Request &request, const QVector<Step> &
     TimeLimit limit;
     if (!request.has(QStringLiteral("for")))
         return limit;
-    // A policy or switch that has the value already is not changed, so nothing is to be taken back.
     QVector<Step> changing;
     for (const Step &step : steps) {
-        if (!step.before)
-            limit.m_lasting.append(step.name());
-        else if (step.before != step.value)
+        // A write cannot remove a value.
+        if (step.before)
             changing.append(step);
+        else
+            limit.m_lasting.append(
+                QStringLiteral("%1 had no value before, so it is not taken back").arg(step.name()));
     }
-    if (changing.isEmpty())
-        return limit;
     const std::optional<qint64> seconds =
         parseDuration(request.options.value(QStringLiteral("for")));
-    const Result<Hold> hold = Holds::begin(changing, seconds.value_or(0));
+    const Result<std::optional<Hold>> hold = Holds::begin(changing, seconds.value_or(0));
     if (!hold)
         return hold.failure();
     limit.m_hold = *hold;
     return limit;
 }
 
-void TimeLimit::cancel() const
+void TimeLimit::settle(const QVector<Step> &made)
 {
-    if (m_hold)
-        Holds::forget(*m_hold);
+    const bool isAllowed = !Holds::checkRight();
+    const Outcome failure = Holds::edit([&](Hold &hold) {
+        const bool isOwn = m_hold && hold.id == m_hold->id;
+        QVector<Step> kept;
+        for (const Step &step : qAsConst(hold.steps)) {
+            if (contains(made, step) == isOwn)
+                kept.append(step);
+            else if (!isOwn && isAllowed)
+                m_lasting.append(QStringLiteral("hold %1 does not take back %2 any more")
+                                     .arg(hold.id, step.name()));
+            else if (!isOwn)
+                m_lasting.append(
+                    QStringLiteral("hold %1 may still take back %2, which only root can change")
+                        .arg(hold.id, step.name()));
+        }
+        if (isAllowed)
+            hold.steps = kept;
+        if (isOwn && kept.isEmpty())
+            m_hold.reset();
+    });
+    if (failure)
+        m_lasting.append(failure->message);
 }
 
 QStringList TimeLimit::notes() const
 {
-    QStringList result;
-    for (const QString &name : m_lasting)
-        result.append(QStringLiteral("%1 had no value before, so it is not taken back").arg(name));
     if (!m_hold)
-        return result;
+        return m_lasting;
     const QString when =
         m_hold->until.toLocalTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-    return result
-        << QStringLiteral("until %1; \"govctl release %2\" ends it early").arg(when, m_hold->id);
+    return m_lasting
+        + QStringList{
+            QStringLiteral("until %1; \"govctl release %2\" ends it early").arg(when, m_hold->id)};
 }

@@ -6,22 +6,24 @@
 #include "govctl/holds.h"
 #include "govctl/request.h"
 
-/// The time limit that the option "for" sets on a change; does nothing without the option.
+/// What a change does to holds: with the option "for" it begins one, and it takes what it changes
+/// out of the others.
 class TimeLimit
 {
 public:
     /// To be called before @p steps are made.
     static Result<TimeLimit> begin(const Request &request, const QVector<Step> &steps);
 
-    /// To be called when nothing was changed.
-    void cancel() const;
+    /// To be called when the change has ended, with the steps that were @p made; not when it has
+    /// ended without an answer, because then it may still be made.
+    void settle(const QVector<Step> &made);
 
     /// Lines that say when it ends, if there is a limit, and what will not be taken back.
     QStringList notes() const;
 
 private:
     std::optional<Hold> m_hold;
-    QStringList m_lasting; // had no value before, and a write cannot remove a value
+    QStringList m_lasting;
 };
 
 #endif

@@ -21,7 +21,7 @@ QJsonObject toJson(const Work &work, bool isDry)
 {
     return {{QStringLiteral("changed"), !isDry && !work.application.done.isEmpty()},
             {QStringLiteral("dryRun"), isDry},
-            {QStringLiteral("kept"), work.plan.kept},
+            {QStringLiteral("kept"), work.plan.kept.size()},
             {QStringLiteral("changes"), toJson(work.application.done)},
             {QStringLiteral("takenBack"), toJson(work.application.takenBack)},
             {QStringLiteral("obstacles"), obstaclesToJson(work.plan)},
@@ -103,12 +103,16 @@ ExitCode Verbs::apply(const Request &request, Output &output)
 
     if (isDry)
         return report(request, output, Work{*plan, {plan->steps, {}, {}}, {}, false});
-    const Result<TimeLimit> limit = TimeLimit::begin(request, plan->steps);
-    if (!limit)
-        return output.fail(limit.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
-    Work work{*plan, carryOut(daemon, plan->steps), limit->notes(), false};
-    if (work.application.done.isEmpty() && !plan->steps.isEmpty())
-        limit->cancel();
+    const Result<TimeLimit> begun = TimeLimit::begin(request, plan->steps + plan->kept);
+    if (!begun)
+        return output.fail(begun.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
+    TimeLimit limit = *begun;
+    Work work{*plan, carryOut(daemon, plan->steps), {}, false};
+    if (!work.application.failure)
+        limit.settle(plan->steps + plan->kept);
+    else if (work.application.failure->code != ExitCode::NoAnswer)
+        limit.settle(work.application.done);
+    work.notes = limit.notes();
     if (const auto failure = addForceNotes(daemon, work))
         return output.fail(*failure, toJson(work, isDry), toText(work, output));
     return report(request, output, work);

@@ -10,7 +10,7 @@ ExitCode Verbs::diff(const Request &request, Output &output)
     if (!plan)
         return output.fail(plan.failure());
     const QJsonObject result{{QStringLiteral("same"), plan->steps.isEmpty()},
-                             {QStringLiteral("kept"), plan->kept},
+                             {QStringLiteral("kept"), plan->kept.size()},
                              {QStringLiteral("changes"), toJson(plan->steps)},
                              {QStringLiteral("obstacles"), obstaclesToJson(*plan)}};
     QString text = stepsText(plan->steps, output) + obstaclesText(*plan);

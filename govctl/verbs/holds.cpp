@@ -11,7 +11,7 @@ QString toText(const Hold &hold, const Output &output)
         QStringLiteral("%1  until %2\n")
             .arg(hold.id, hold.until.toLocalTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
     for (const Step &step : hold.steps)
-        text += QStringLiteral("  %1 is %2, and will be %3 again\n")
+        text += QStringLiteral("  %1 was set to %2, and will be %3 again unless it is changed\n")
                     .arg(step.name(), output.paint(step.value), output.paint(step.before));
     return text;
 }
@@ -22,10 +22,13 @@ ExitCode Verbs::holds(const Request &, Output &output)
 {
     QJsonArray array;
     QString text;
-    const QVector<Hold> all = Holds::all();
-    for (const Hold &hold : all) {
+    const Holds::Listing all = Holds::all();
+    for (const Hold &hold : all.holds) {
         array.append(hold.toJson());
         text += toText(hold, output);
     }
-    return output.write(ExitCode::Done, {{QStringLiteral("holds"), array}}, text);
+    const QJsonObject result{{QStringLiteral("holds"), array}};
+    if (all.failure)
+        return output.fail(*all.failure, result, text);
+    return output.write(ExitCode::Done, result, text);
 }

@@ -6,87 +6,108 @@
 #include "govctl/usage.h"
 #include "govctl/writing.h"
 
+#include <algorithm>
+
 namespace {
 
-/// The holds @p ids, or all holds when there are none.
-Result<QVector<Hold>> chosen(const QStringList &ids)
+/// The holds that the user named, or all when none is named; with the option "due" only those.
+Result<QVector<Hold>> chosen(const Request &request, const Holds::Listing &all)
 {
-    const QVector<Hold> all = Holds::all();
-    if (ids.isEmpty())
-        return all;
     QVector<Hold> result;
     QStringList known;
-    for (const Hold &hold : all) {
+    for (const Hold &hold : all.holds) {
         known.append(hold.id);
-        if (ids.contains(hold.id))
+        const bool isNamed = request.arguments.isEmpty() || request.arguments.contains(hold.id);
+        if (isNamed && (hold.isDue() || !request.has(QStringLiteral("due"))))
             result.append(hold);
     }
-    for (const QString &id : ids) {
+    for (const QString &id : request.arguments) {
         if (!known.contains(id))
-            return unknownName(QStringLiteral("unknown-hold"), QStringLiteral("hold"), id, known,
-                               QStringLiteral("\"govctl holds\" names them"));
+            return all.failure
+                ? *all.failure
+                : unknownName(QStringLiteral("unknown-hold"), QStringLiteral("hold"), id, known,
+                              QStringLiteral("\"govctl holds\" names them"));
     }
     return result;
 }
 
-/// What was taken back, and the failure of what was not.
-struct Report
+QJsonObject toJson(const Holds::Release &release)
 {
-    QVector<Step> takenBack;
-    QVector<Step> left;
-    Outcome failure;
+    return {{QStringLiteral("takenBack"), toJson(release.takenBack)},
+            {QStringLiteral("left"), toJson(release.left)},
+            {QStringLiteral("failed"), toJson(release.failed)}};
+}
 
-    QJsonObject toJson() const
-    {
-        return {{QStringLiteral("takenBack"), ::toJson(takenBack)},
-                {QStringLiteral("left"), ::toJson(left)}};
-    }
+QString toText(const Holds::Release &release, const Output &output)
+{
+    QString text;
+    for (const Step &step : release.takenBack)
+        text += QStringLiteral("%1: %2 -> %3\n")
+                    .arg(step.name(), output.paint(step.value), output.paint(step.before));
+    for (const Step &step : release.left)
+        text +=
+            QStringLiteral("%1 is left alone: somebody has changed it since\n").arg(step.name());
+    for (const Step &step : release.failed)
+        text += QStringLiteral("%1 is not taken back, and stays in its hold\n").arg(step.name());
+    return text;
+}
 
-    QString toText(const Output &output) const
-    {
-        QString text;
-        for (const Step &step : takenBack)
-            text += QStringLiteral("%1: %2 -> %3\n")
-                        .arg(step.name(), output.paint(step.value), output.paint(step.before));
-        for (const Step &step : left)
-            text += QStringLiteral("%1 is left alone: somebody has changed it since\n")
-                        .arg(step.name());
-        return text;
-    }
-};
-
-/// A hold that could not be taken back completely stays, and its timer tries again.
-Outcome release(Daemon &daemon, const Hold &hold, Report &report)
+/// What fails stays in its hold.
+Outcome release(Daemon &daemon, const Hold &hold, Holds::Release &report)
 {
     const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
     if (!snapshot)
         return snapshot.failure();
-    const Application application = Holds::takeBack(daemon, *snapshot, hold);
-    report.takenBack += application.takenBack;
-    report.left += application.done;
-    if (!application.failure)
-        Holds::forget(hold);
-    return application.failure;
+    const Holds::Release release = Holds::takeBack(daemon, *snapshot, hold);
+    report.takenBack += release.takenBack;
+    report.left += release.left;
+    report.failed += release.failed;
+    const QVector<Step> ended = release.takenBack + release.left;
+    const Outcome failure = Holds::edit([&](Hold &other) {
+        const auto hasEnded = [&](const Step &step) {
+            return other.id == hold.id && contains(ended, step);
+        };
+        other.steps.erase(std::remove_if(other.steps.begin(), other.steps.end(), hasEnded),
+                          other.steps.end());
+    });
+    return release.failure ? release.failure : failure;
+}
+
+Outcome release(const Request &request, Output &output, const QVector<Hold> &holds,
+                Holds::Release &report)
+{
+    if (holds.isEmpty())
+        return std::nullopt;
+    Daemon daemon(request.timeout, waitingNote(output));
+    if (const auto owner = daemon.open(); !owner)
+        return owner.failure();
+    Outcome result;
+    for (const Hold &hold : holds) {
+        if (const Outcome failure = release(daemon, hold, report))
+            result = failure;
+    }
+    return result;
 }
 
 } // namespace
 
 ExitCode Verbs::release(const Request &request, Output &output)
 {
-    const bool onlyDue = request.has(QStringLiteral("due"));
-    const Result<QVector<Hold>> holds = chosen(request.arguments);
+    if (const Outcome failure = Holds::checkRight())
+        return output.fail(*failure);
+    const Holds::Listing all = Holds::all();
+    const Result<QVector<Hold>> holds = chosen(request, all);
     if (!holds)
         return output.fail(holds.failure());
-    Daemon daemon(request.timeout, waitingNote(output));
-    if (const auto owner = daemon.open(); !owner)
-        return output.fail(owner.failure());
-    Report report;
-    for (const Hold &hold : *holds) {
-        const Outcome failure =
-            onlyDue && !hold.isDue() ? Holds::setTimer(hold) : release(daemon, hold, report);
-        report.failure = failure ? failure : report.failure;
-    }
-    if (report.failure)
-        return output.fail(*report.failure, report.toJson(), report.toText(output));
-    return output.write(ExitCode::Done, report.toJson(), report.toText(output));
+
+    // Before the daemon is needed, so that what cannot be taken back now is tried again.
+    Outcome failure = request.has(QStringLiteral("due")) ? Holds::renewTimer() : std::nullopt;
+    Holds::Release report;
+    if (const Outcome second = ::release(request, output, *holds, report))
+        failure = second;
+    if (!failure)
+        failure = all.failure;
+    if (failure)
+        return output.fail(*failure, toJson(report), toText(report, output));
+    return output.write(ExitCode::Done, toJson(report), toText(report, output));
 }

@@ -125,25 +125,26 @@ ExitCode Verbs::set(const Request &request, Output &output)
 
     const Step step{Step::Kind::Policy, key, policy.stored ? policy.stored : policy.value,
                     requested};
-    const Result<TimeLimit> limit = TimeLimit::begin(request, {step});
-    if (!limit)
-        return output.fail(limit.failure());
+    const Result<TimeLimit> begun = TimeLimit::begin(request, {step});
+    if (!begun)
+        return output.fail(begun.failure());
+    TimeLimit limit = *begun;
     const Result<bool> accepted = daemon.setPolicy(key, requested);
     const Outcome failure = !accepted ? Outcome(accepted.failure())
         : *accepted                   ? Outcome()
                                       : refusal(policy);
     if (failure) {
-        // Without an answer the daemon may still make the change, so its time limit stays.
         if (failure->code != ExitCode::NoAnswer)
-            limit->cancel();
+            limit.settle({});
         return output.fail(*failure);
     }
+    limit.settle({step});
 
     const Result<Snapshot> after = takeSnapshot(daemon, {key});
     if (!after)
         return output.fail(after.failure());
     Change change{policy, settledVerdicts(daemon, after->policies).constFirst(), requested, {}};
-    change.notes = notesOn(change, *before) + limit->notes();
+    change.notes = notesOn(change, *before) + limit.notes();
     return output.write(change.isContradicted() ? ExitCode::NotInForce : ExitCode::Done,
                         toJson(change), toText(change, output));
 }

@@ -6,6 +6,7 @@
 #include "govctl/request.h"
 #include "govctl/switches.h"
 #include "govctl/text.h"
+#include "govctl/timelimit.h"
 #include "govctl/writing.h"
 
 #include <QJsonArray>
@@ -129,6 +130,10 @@ ExitCode Verbs::switchSet(const Request &request, Output &output)
         return output.fail(accepted.failure());
     if (!*accepted)
         return output.fail(refusal(key));
+    TimeLimit limit;
+    limit.settle({{Step::Kind::Switch, key, std::nullopt, requested}});
+    for (const QString &note : limit.notes())
+        output.note(note);
 
     const Result<Snapshot> after = takeSnapshot(daemon, KnownPolicies::keys());
     if (!after)

@@ -6,6 +6,7 @@
 #include "govctl/planning.h"
 #include "govctl/request.h"
 #include "govctl/text.h"
+#include "govctl/timelimit.h"
 #include "govctl/writing.h"
 
 namespace {
@@ -113,16 +114,15 @@ QJsonObject toJson(const Request &request, const QJsonValue &write, const QVecto
 
 /// Reports what @p step has changed, and checks whether it is in force.
 ExitCode report(const Request &request, Output &output, Daemon &daemon, const RecordedWrite &write,
-                const Step &step)
+                const Step &step, QStringList notes)
 {
-    QStringList notes;
     bool isContradicted = false;
     if (step.kind == Step::Kind::Policy) {
         const Result<Snapshot> after = takeSnapshot(daemon, {step.key});
         if (!after)
             return output.fail(after.failure());
         const Verdict verdict = settledVerdicts(daemon, after->policies).constFirst();
-        notes = forceNotes(verdict);
+        notes += forceNotes(verdict);
         isContradicted = verdict.isContradicted();
     }
     QString text = stepsText({step}, output);
@@ -168,5 +168,7 @@ ExitCode Verbs::undo(const Request &request, Output &output)
         output.write(ExitCode::Done, {}, announcement(write));
     if (const Outcome failure = writeStep(daemon, *step, step->value))
         return output.fail(*failure);
-    return report(request, output, daemon, write, *step);
+    TimeLimit limit;
+    limit.settle({*step});
+    return report(request, output, daemon, write, *step, limit.notes());
 }
