@@ -77,7 +77,8 @@ Outcome save(const Hold &hold)
     QSaveFile file(pathOf(hold.id));
     if (file.open(QIODevice::WriteOnly)) {
         file.write(QJsonDocument(hold.toJson()).toJson());
-        if (file.commit())
+        // commit() alone does not see that the disk is full.
+        if (file.flush() && file.commit())
             return std::nullopt;
     }
     return badFile(file, QStringLiteral("cannot be written: ") + file.errorString());
@@ -89,6 +90,15 @@ Outcome remove(const Hold &hold)
     if (file.remove())
         return std::nullopt;
     return badFile(file, QStringLiteral("cannot be removed: ") + file.errorString());
+}
+
+/// The failure for a switch whose plugin may come back.
+Failure notThere(const Step &step)
+{
+    return {ExitCode::Refused,
+            QStringLiteral("unknown-switch"),
+            QStringLiteral("%1 is not there now, or has no value").arg(step.name()),
+            {}};
 }
 
 Outcome setTimer()
@@ -138,7 +148,7 @@ Holds::Listing Holds::all()
     const QStringList files =
         QDir(Directory).entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name);
     for (const QString &file : files) {
-        const QString id = file.section(QLatin1Char('.'), 0, 0);
+        const QString id = QFileInfo(file).completeBaseName();
         if (const auto hold = readHold(id))
             result.holds.append(*hold);
         else if (QFile::exists(pathOf(id))) // otherwise it has ended meanwhile
@@ -217,11 +227,12 @@ Holds::Release Holds::takeBack(Daemon &daemon, const Snapshot &snapshot, const H
     Release result;
     for (int i = hold.steps.size() - 1; i >= 0; --i) {
         const Step &step = hold.steps[i];
-        if (valueNow(snapshot, step) != step.value) {
+        const std::optional<bool> now = valueNow(snapshot, step);
+        if (now && now != step.value) {
             result.left.append(step);
             continue;
         }
-        const Outcome failure = writeStep(daemon, step, *step.before);
+        const Outcome failure = now ? writeStep(daemon, step, *step.before) : notThere(step);
         if (!failure) {
             result.takenBack.append(step);
             continue;

@@ -25,10 +25,18 @@ Result<TimeLimit> TimeLimit::begin(const Request &request, const QVector<Step> &
     return limit;
 }
 
-void TimeLimit::settle(const QVector<Step> &made)
+Outcome TimeLimit::checkRight(const Request &request)
 {
+    return request.has(QStringLiteral("for")) ? Holds::checkRight() : std::nullopt;
+}
+
+void TimeLimit::settle(const QVector<Step> &made, const Outcome &failure)
+{
+    // Without an answer the change may have been made, or still be made, so the hold stays.
+    if (failure && failure->code != ExitCode::Refused && failure->code != ExitCode::NotAllowed)
+        return;
     const bool isAllowed = !Holds::checkRight();
-    const Outcome failure = Holds::edit([&](Hold &hold) {
+    const Outcome unsaved = Holds::edit([&](Hold &hold) {
         const bool isOwn = m_hold && hold.id == m_hold->id;
         QVector<Step> kept;
         for (const Step &step : qAsConst(hold.steps)) {
@@ -47,8 +55,8 @@ void TimeLimit::settle(const QVector<Step> &made)
         if (isOwn && kept.isEmpty())
             m_hold.reset();
     });
-    if (failure)
-        m_lasting.append(failure->message);
+    if (unsaved)
+        m_lasting.append(unsaved->message);
 }
 
 QStringList TimeLimit::notes() const

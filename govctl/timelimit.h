@@ -14,9 +14,11 @@ public:
     /// To be called before @p steps are made.
     static Result<TimeLimit> begin(const Request &request, const QVector<Step> &steps);
 
-    /// To be called when the change has ended, with the steps that were @p made; not when it has
-    /// ended without an answer, because then it may still be made.
-    void settle(const QVector<Step> &made);
+    /// Whether this user may set the limit that @p request asks for, if any.
+    static Outcome checkRight(const Request &request);
+
+    /// To be called when the change has ended, with the steps that were @p made and its @p failure.
+    void settle(const QVector<Step> &made, const Outcome &failure = std::nullopt);
 
     /// Lines that say when it ends, if there is a limit, and what will not be taken back.
     QStringList notes() const;

@@ -100,6 +100,8 @@ ExitCode Verbs::apply(const Request &request, Output &output)
         return output.fail(firstObstacle(*plan), toJson(Work{*plan, {}, {}, false}, isDry), {});
     if (const auto failure = plan->steps.isEmpty() ? std::nullopt : checkRight(daemon))
         return output.fail(*failure, toJson(Work{*plan, {}, {}, false}, isDry), {});
+    if (const auto failure = TimeLimit::checkRight(request))
+        return output.fail(*failure, toJson(Work{*plan, {}, {}, false}, isDry), {});
 
     if (isDry)
         return report(request, output, Work{*plan, {plan->steps, {}, {}}, {}, false});
@@ -108,10 +110,8 @@ ExitCode Verbs::apply(const Request &request, Output &output)
         return output.fail(begun.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
     TimeLimit limit = *begun;
     Work work{*plan, carryOut(daemon, plan->steps), {}, false};
-    if (!work.application.failure)
-        limit.settle(plan->steps + plan->kept);
-    else if (work.application.failure->code != ExitCode::NoAnswer)
-        limit.settle(work.application.done);
+    limit.settle(work.application.failure ? work.application.done : plan->steps + plan->kept,
+                 work.application.failure);
     work.notes = limit.notes();
     if (const auto failure = addForceNotes(daemon, work))
         return output.fail(*failure, toJson(work, isDry), toText(work, output));

@@ -120,6 +120,8 @@ ExitCode Verbs::set(const Request &request, Output &output)
     if (!before)
         return output.fail(before.failure());
     const PolicyState policy = before->policies[KnownPolicies::keys().indexOf(key)];
+    if (const Outcome failure = TimeLimit::checkRight(request))
+        return output.fail(*failure);
     if (request.has(QStringLiteral("dry-run")))
         return foretell(request, output, *before, policy);
 
@@ -133,12 +135,9 @@ ExitCode Verbs::set(const Request &request, Output &output)
     const Outcome failure = !accepted ? Outcome(accepted.failure())
         : *accepted                   ? Outcome()
                                       : refusal(policy);
-    if (failure) {
-        if (failure->code != ExitCode::NoAnswer)
-            limit.settle({});
+    limit.settle(failure ? QVector<Step>() : QVector<Step>{step}, failure);
+    if (failure)
         return output.fail(*failure);
-    }
-    limit.settle({step});
 
     const Result<Snapshot> after = takeSnapshot(daemon, {key});
     if (!after)

@@ -6,8 +6,10 @@ import pathlib
 
 import pytest
 
-from testbed import unit
-from testbed.bus import SERVICE, Client, bus_policy, service_rules, write_of
+from testbed import govctl, unit
+from testbed.bus import SERVICE, Client, bus_policy, read_of, service_rules, write_of
+from testbed.holds import HOLDS, timers
+from testbed.waiting import wait_until
 
 
 def pytest_sessionstart():
@@ -93,3 +95,12 @@ def open_bus():
     everything = f'<policy context="mandatory"><allow send_destination="{SERVICE}"/></policy>'
     with bus_policy("open", everything):
         yield
+
+
+@pytest.fixture
+def device(daemon, root):
+    """Reads policies of a daemon that runs for the first time, without holds."""
+    yield lambda key: root.ask(read_of(key))[0][1]
+    assert govctl.run("release").code == 0
+    assert not list(HOLDS.glob("*"))
+    wait_until(lambda: timers() == [])
