@@ -5,17 +5,22 @@
 #include "govctl/text.h"
 #include "policytypes.h"
 
+#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusVariant>
 #include <QFileInfo>
 
 #include <systemsettings/partitionmanager.h>
 
+#include <algorithm>
+
 using namespace PolicyTypes;
 
 namespace {
 
-const QLatin1String StorageService("org.freedesktop.UDisks2");
+const Names::RemoteObject Storage{QStringLiteral("org.freedesktop.UDisks2"),
+                                  QStringLiteral("/org/freedesktop/UDisks2"),
+                                  QStringLiteral("org.freedesktop.DBus.ObjectManager")};
 
 Finding finding(bool holds, const QString &text)
 {
@@ -57,12 +62,12 @@ Finding silent(const QString &service)
 /// A service whose interface has no way to read its state: only its presence can be checked.
 Finding toldService(Surroundings &surroundings, const Carrier &carrier, bool)
 {
-    return surroundings.isOnBus(carrier.name) ? silent(carrier.name) : absent(carrier.name);
+    return surroundings.isAbsent(carrier.name) ? absent(carrier.name) : silent(carrier.name);
 }
 
 Finding usbManager(Surroundings &surroundings, const Carrier &carrier, bool value)
 {
-    if (!surroundings.isOnBus(carrier.name))
+    if (surroundings.isAbsent(carrier.name))
         return absent(carrier.name);
     const std::optional<bool> enabled = surroundings.usbEnabled();
     if (!enabled)
@@ -75,7 +80,7 @@ Finding usbManager(Surroundings &surroundings, const Carrier &carrier, bool valu
 /// When the policy is on, tethering may be on or off: the user decides.
 Finding tethering(Surroundings &surroundings, const Carrier &carrier, bool value)
 {
-    if (!surroundings.isOnBus(carrier.name))
+    if (surroundings.isAbsent(carrier.name))
         return absent(carrier.name);
     const std::optional<bool> isOn = surroundings.tethering();
     if (!isOn)
@@ -87,12 +92,14 @@ Finding tethering(Surroundings &surroundings, const Carrier &carrier, bool value
 
 Finding storage(Surroundings &surroundings, const Carrier &carrier, bool value)
 {
-    if (!surroundings.isOnBus(carrier.name))
+    if (surroundings.isAbsent(carrier.name))
         return absent(carrier.name);
-    const QStringList mounts = surroundings.mounts(carrier.type);
-    if (mounts.isEmpty())
+    const std::optional<QStringList> mounts = surroundings.mounts(carrier.type);
+    if (!mounts)
+        return silent(carrier.name);
+    if (mounts->isEmpty())
         return finding(true, QStringLiteral("none is mounted"));
-    return finding(value, QStringLiteral("mounted at %1").arg(mounts.join(QStringLiteral(", "))));
+    return finding(value, QStringLiteral("mounted at %1").arg(mounts->join(QStringLiteral(", "))));
 }
 
 } // namespace
@@ -100,6 +107,7 @@ Finding storage(Surroundings &surroundings, const Carrier &carrier, bool value)
 const QVector<Carrier> &carriers()
 {
     const QString &sandbox = Names::ApplicationSandbox.service;
+    const QString &runtimeManager = Names::RuntimeManager.service;
     const QString &usbModes = Names::UsbModes.service;
     static const QVector<Carrier> all{
         {Camera, Names::CameraMarker, enabledMarker},
@@ -108,10 +116,12 @@ const QVector<Carrier> &carriers()
         {UsbDeveloperMode, usbModes, toldService},
         {UsbMediaTransfer, usbModes, toldService},
         {Microphone, Names::AudioPolicy.service, toldService},
+        {Browser, runtimeManager, toldService},
         {Browser, sandbox, toldService},
-        {MemoryCard, StorageService, storage},
-        {UsbStorage, StorageService, storage},
+        {MemoryCard, Storage.service, storage},
+        {UsbStorage, Storage.service, storage},
         {VoiceCalls, sandbox, toldService},
+        {Messages, runtimeManager, toldService},
         {Messages, sandbox, toldService},
         {DeveloperShell, Names::DeveloperShellMarker, disabledMarker},
         {UserReport, Names::UserReportMarker, enabledMarker},
@@ -122,13 +132,23 @@ const QVector<Carrier> &carriers()
     return all;
 }
 
-bool Surroundings::isOnBus(const QString &service)
+QStringList absentServices(Surroundings &surroundings, int type)
 {
-    if (!m_names) {
-        const QDBusMessage reply = m_daemon.ask(Names::BusDaemon, QStringLiteral("ListNames"), {});
-        m_names = reply.arguments().value(0).toStringList();
+    QStringList result;
+    for (const Carrier &carrier : carriers()) {
+        const bool isFile = carrier.name.startsWith(QLatin1Char('/'));
+        if (carrier.type == type && !isFile && surroundings.isAbsent(carrier.name))
+            result.append(carrier.name);
     }
-    return m_names->contains(service);
+    return result;
+}
+
+bool Surroundings::isAbsent(const QString &service)
+{
+    if (!m_names)
+        m_names = m_daemon.ask(Names::BusDaemon, QStringLiteral("ListNames"), {});
+    return m_names->signature() == QLatin1String("as")
+        && !m_names->arguments().constFirst().toStringList().contains(service);
 }
 
 std::optional<bool> Surroundings::usbEnabled()
@@ -150,13 +170,15 @@ std::optional<bool> Surroundings::tethering()
     return value.type() == QVariant::Bool ? std::optional<bool>(value.toBool()) : std::nullopt;
 }
 
-QStringList Surroundings::mounts(int type)
+std::optional<QStringList> Surroundings::mounts(int type)
 {
+    if (!m_partitions)
+        m_partitions = listPartitions();
+    if (!*m_partitions)
+        return std::nullopt;
     const int bus = type == MemoryCard ? 0 : 1;
-    const PartitionManager manager;
     QStringList result;
-    const auto partitions = manager.partitions(Partition::Any | Partition::ExcludeParents);
-    for (const Partition &partition : partitions) {
+    for (const Partition &partition : qAsConst(**m_partitions)) {
         // A drive without a ConnectionBus counts as a memory card, as it does for the daemon.
         if (partition.drive().value(QStringLiteral("connectionBus")).toInt() == bus
             && partition.storageType() == Partition::External
@@ -164,4 +186,17 @@ QStringList Surroundings::mounts(int type)
             result.append(printable(partition.mountPath()));
     }
     return result;
+}
+
+/// The manager of partitions waits by a limit of its own, and an error is an empty list to it. So a
+/// listing is asked for here too, after the manager's own: when this one has come, the manager's
+/// has been taken.
+std::optional<QVector<Partition>> Surroundings::listPartitions() const
+{
+    const PartitionManager manager;
+    QCoreApplication::sendPostedEvents(); // has the manager ask
+    const QDBusMessage listing = m_daemon.ask(Storage, QStringLiteral("GetManagedObjects"), {});
+    if (listing.signature() != QLatin1String("a{oa{sa{sv}}}"))
+        return std::nullopt;
+    return manager.partitions(Partition::Any | Partition::ExcludeParents);
 }

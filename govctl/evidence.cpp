@@ -27,7 +27,9 @@ Verdict::State Verdict::state() const
         return State::NotEnforced;
     if (!policy.value.value_or(false) && any(findings, Finding::Kind::Absent))
         return State::NotInForce;
-    return any(findings, Finding::Kind::Holds) ? State::InForce : State::Unseen;
+    const bool isSeen =
+        any(findings, Finding::Kind::Holds) && !any(findings, Finding::Kind::Unseen);
+    return isSeen ? State::InForce : State::Unseen;
 }
 
 bool Verdict::isContradicted() const

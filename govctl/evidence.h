@@ -27,7 +27,8 @@ struct Verdict
     PolicyState policy;
     QVector<Finding> findings; ///< empty when the policy has no handler
 
-    /// An absent service means "not in force" for a policy that is off.
+    /// An absent service means "not in force" for a policy that is off. In force is what all checks
+    /// confirm.
     State state() const;
 
     /// Whether a check has failed; an absent service alone does not count.
