@@ -54,10 +54,10 @@ ExitCode Output::finish(ExitCode code) const
     return m_failed ? ExitCode::NoOutput : code;
 }
 
-ExitCode Output::write(ExitCode code, const QJsonObject &result, const QString &text)
+ExitCode Output::write(ExitCode code, const QJsonObject &result, const QString &text, Lines lines)
 {
     if (!m_json) {
-        print(Terminal::folded(text, m_columns).toUtf8());
+        print(Terminal::folded(text, lines == Lines::Folded ? m_columns : 0).toUtf8());
         return code;
     }
     QJsonObject document = envelope(code);

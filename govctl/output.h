@@ -25,6 +25,9 @@ public:
 
     enum class Colour { Auto, Always, Never };
 
+    /// Whether text on a terminal is folded at its width; what programs read as well is not.
+    enum class Lines { Folded, Whole };
+
     /// The options of the output.
     struct Form
     {
@@ -47,7 +50,8 @@ public:
     ExitCode finish(ExitCode code) const;
 
     /// Writes a result: @p result with --json, otherwise @p text. Returns @p code.
-    ExitCode write(ExitCode code, const QJsonObject &result, const QString &text);
+    ExitCode write(ExitCode code, const QJsonObject &result, const QString &text,
+                   Lines lines = Lines::Folded);
 
     /// Writes @p failure and returns its code.
     ExitCode fail(const Failure &failure);

@@ -27,23 +27,32 @@ int widthOf(const QString &text)
     return result;
 }
 
+/// The blanks between the columns of a line.
+const QRegularExpression &gaps()
+{
+    static const QRegularExpression result(QStringLiteral("  +(?=[^ ])"));
+    return result;
+}
+
 /// The indent of the text in the last column of @p line, if it leaves half of @p columns for it.
 int indentOf(const QString &line, int columns)
 {
-    static const QRegularExpression gaps(QStringLiteral("  +(?=[^ ])"));
     int result = 0;
-    for (auto gap = gaps.globalMatch(line); gap.hasNext();) {
+    for (auto gap = gaps().globalMatch(line); gap.hasNext();) {
         const int column = widthOf(line.left(gap.next().capturedEnd()));
         result = column <= columns / 2 ? column : result;
     }
     return result;
 }
 
-QString foldedLine(const QString &line, int columns)
+QString foldedLine(QString line, int columns)
 {
     if (widthOf(line) <= columns)
         return line;
     const QString indent(indentOf(line, columns), QLatin1Char(' '));
+    // Without room for columns, the blanks that align them go first.
+    if (indent.isEmpty())
+        line.replace(gaps(), QStringLiteral("  "));
     const QStringList words = line.split(QLatin1Char(' '));
     QString result;
     QString row = words.first();

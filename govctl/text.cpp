@@ -53,6 +53,13 @@ std::optional<int> distanceOf(const QString &name, const QString &known)
                                                     : std::nullopt;
 }
 
+/// @p text with another character for each slash: to the regular expressions of Qt's wildcards a
+/// slash is special, but in the key of a switch it is a letter like others.
+QString withoutSlashes(QString text)
+{
+    return text.replace(QLatin1Char('/'), QChar(0xFDD0));
+}
+
 } // namespace
 
 QString programName()
@@ -109,9 +116,10 @@ std::optional<bool> parseValue(const QString &text)
 bool matchesAny(const QStringList &patterns, const QString &name)
 {
     return std::any_of(patterns.begin(), patterns.end(), [&name](const QString &pattern) {
-        return QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern))
-            .match(name)
-            .hasMatch();
+        const QString expression =
+            QRegularExpression::wildcardToRegularExpression(withoutSlashes(pattern));
+        return pattern == name
+            || QRegularExpression(expression).match(withoutSlashes(name)).hasMatch();
     });
 }
 

@@ -27,7 +27,7 @@ QString onOff(std::optional<bool> value);
 /// The value that a user means by @p text (on, off, true, false, yes, no, 1, 0), if any.
 std::optional<bool> parseValue(const QString &text);
 
-/// Whether one of the shell's patterns @p patterns matches all of @p name.
+/// Whether one of the shell's patterns @p patterns matches all of @p name, or is @p name itself.
 bool matchesAny(const QStringList &patterns, const QString &name);
 
 /// The members of @p known that look like @p name, best first.

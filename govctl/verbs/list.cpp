@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/carriers.h"
 #include "govctl/fields.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
@@ -19,41 +20,53 @@ ExitCode listKeys(const QStringList &keys, Output &output)
     for (const QString &key : keys)
         text += key + QLatin1Char('\n');
     return output.write(ExitCode::Done,
-                        {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}}, text);
+                        {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}}, text,
+                        Output::Lines::Whole);
 }
 
-/// The reason for the value, and a note that programs have to read a policy without a handler.
-QString remark(const PolicyState &policy)
+/// The reason for the value, and a note on what enforces the policy, if anything is missing there.
+QString remark(const PolicyState &policy, Surroundings &surroundings)
 {
     QStringList remarks;
     if (const QString reason = policy.shortReason(); !reason.isEmpty())
         remarks.append(reason);
     if (!policy.isEnforced())
         remarks.append(QStringLiteral("only announced"));
+    const QStringList absent = absentServices(surroundings, policy.type);
+    if (!absent.isEmpty())
+        remarks.append(QStringLiteral("not enforced by %1, which is not on the bus")
+                           .arg(absent.join(QStringLiteral(" and "))));
     return remarks.join(QStringLiteral("; "));
 }
 
-QString toLine(const PolicyState &policy, int width, const Output &output)
+QString toLine(const PolicyState &policy, const QString &remark, int width, const Output &output)
 {
     const QString padding(width - policy.key.size() + 2, QLatin1Char(' '));
     QString line = policy.key + padding + output.paint(policy.value);
-    if (const QString text = remark(policy); !text.isEmpty()) {
+    if (!remark.isEmpty()) {
         line += QString(6 - onOff(policy.value).size(), QLatin1Char(' '))
-            + output.paint(Output::Style::Faint, text);
+            + output.paint(Output::Style::Faint, remark);
     }
     return line + QLatin1Char('\n');
 }
 
-QString toText(const QVector<PolicyState> &policies, const Request &request, const Output &output)
+QString toText(const QVector<PolicyState> &policies, Daemon &daemon, const Output &output)
 {
-    const QString fields = request.options.value(QStringLiteral("fields"));
+    Surroundings surroundings(daemon);
     int width = 0;
     for (const PolicyState &policy : policies)
         width = std::max(width, policy.key.size());
     QString text;
     for (const PolicyState &policy : policies)
-        text += fields.isNull() ? toLine(policy, width, output)
-                                : Fields::line(policy, fields.split(QLatin1Char(',')));
+        text += toLine(policy, remark(policy, surroundings), width, output);
+    return text;
+}
+
+QString fieldsText(const QVector<PolicyState> &policies, const QString &fields)
+{
+    QString text;
+    for (const PolicyState &policy : policies)
+        text += Fields::line(policy, fields.split(QLatin1Char(',')));
     return text;
 }
 
@@ -86,6 +99,8 @@ ExitCode Verbs::list(const Request &request, Output &output)
     }
     if (onlyKeys)
         return listKeys(listedKeys, output);
+    if (const QString fields = request.options.value(QStringLiteral("fields")); !fields.isNull())
+        return output.write(ExitCode::Done, {}, fieldsText(listed, fields), Output::Lines::Whole);
     return output.write(ExitCode::Done, {{QStringLiteral("policies"), policies}},
-                        toText(listed, request, output));
+                        toText(listed, daemon, output));
 }

@@ -16,7 +16,8 @@ ExitCode listKeys(const QStringList &keys, Output &output)
     for (const QString &key : keys)
         text += printable(key) + QLatin1Char('\n');
     return output.write(ExitCode::Done,
-                        {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}}, text);
+                        {{QStringLiteral("keys"), QJsonArray::fromStringList(keys)}}, text,
+                        Output::Lines::Whole);
 }
 
 QString toLine(const Daemon::Switch &governor, const Output &output)

@@ -133,6 +133,16 @@ def test_lines_fold_at_the_terminals_width():
     assert max(len(line) for line in govctl.run("--help").lines) > 80
 
 
+def test_lines_for_programs_do_not_fold(process, switches):
+    key = "a switch with a name longer than a line"
+    switches.set_switch(key, [], True)
+    process.start()
+    for verb, line in [("export", f"{key}=true"), ("switch list --keys", key),
+                       ("list --fields key,key,key", 2 * "CameraEnabled\t" + "CameraEnabled")]:
+        narrow = govctl.shell(f"script -qec 'stty cols 30; govctl {verb}' /dev/null")
+        assert line in narrow.lines
+
+
 def test_long_names_are_cut():
     cut = govctl.run("get", 5000 * "x")
     assert cut.code == 2
