@@ -6,6 +6,8 @@
 #include "govctl/text.h"
 
 #include <QFile>
+#include <QJsonArray>
+#include <QSet>
 
 #include <glib.h>
 
@@ -38,6 +40,64 @@ Result<QByteArray> contentOf(const QString &path)
     if (file.error() != QFileDevice::NoError)
         return badFile(path, file.errorString());
     return content;
+}
+
+/// Keys in the form of translations, like "key[de]", are kept: they are mistakes or switches.
+bool load(const KeyFile &file, const QByteArray &content, GError **error)
+{
+    return g_key_file_load_from_data(file.get(), content.constData(),
+                                     static_cast<gsize>(content.size()),
+                                     G_KEY_FILE_KEEP_TRANSLATIONS, error);
+}
+
+/// The first key that a group of the well-formed @p content has twice; the reader would take the
+/// last value.
+QByteArray repeatedKey(const QByteArray &content)
+{
+    QByteArray group;
+    QSet<QByteArray> seen;
+    const QList<QByteArray> lines = content.split('\n');
+    for (const QByteArray &each : lines) {
+        const QByteArray line = each.trimmed();
+        if (line.startsWith('['))
+            group = line;
+        if (line.startsWith('[') || line.startsWith('#') || line.isEmpty())
+            continue;
+        const QByteArray key = line.left(line.indexOf('=')).trimmed();
+        if (seen.contains(group + key))
+            return key;
+        seen.insert(group + key);
+    }
+    return {};
+}
+
+/// Whether a line with @p key is read as this key and nothing else.
+bool canBeKey(const QString &key)
+{
+    const KeyFile file(g_key_file_new(), g_key_file_unref);
+    if (!load(file, QStringLiteral("[%1]\n%2=true\n").arg(SwitchGroup, key).toUtf8(), nullptr))
+        return false;
+    gsize count = 0;
+    const Strings keys(g_key_file_get_keys(file.get(), SwitchGroup.latin1(), &count, nullptr),
+                       g_strfreev);
+    return count == 1 && QString::fromUtf8(keys.get()[0]) == key;
+}
+
+/// The value that the daemon has stored for @p policy, if it is known and no lock forces it off.
+std::optional<bool> exported(const PolicyState &policy)
+{
+    switch (policy.reason()) {
+    case Reason::Stored:
+    case Reason::File:
+        return policy.value;
+    case Reason::Switch:
+        return policy.stored;
+    case Reason::Lock:
+    case Reason::NoValue:
+    case Reason::Unknown:
+        return std::nullopt;
+    }
+    Q_UNREACHABLE();
 }
 
 QString groupText(const QString &name, const QStringList &keys, const QMap<QString, bool> &values)
@@ -83,13 +143,18 @@ Result<QMap<QString, bool>> readGroup(GKeyFile *file, const char *group, const Q
 
 QString DesiredState::toText() const
 {
-    return groupText(PolicyGroup, KnownPolicies::keys(), policies)
+    QString text;
+    for (const QString &line : leftOut)
+        text += QStringLiteral("# %1\n").arg(line);
+    return text + groupText(PolicyGroup, KnownPolicies::keys(), policies)
         + groupText(SwitchGroup, switches.keys(), switches);
 }
 
 QJsonObject DesiredState::toJson() const
 {
-    return {{PolicyGroup, toObject(policies)}, {SwitchGroup, toObject(switches)}};
+    return {{PolicyGroup, toObject(policies)},
+            {SwitchGroup, toObject(switches)},
+            {QStringLiteral("leftOut"), QJsonArray::fromStringList(leftOut)}};
 }
 
 Result<DesiredState> readDesiredState(const QString &path)
@@ -99,12 +164,14 @@ Result<DesiredState> readDesiredState(const QString &path)
         return content.failure();
     const KeyFile file(g_key_file_new(), g_key_file_unref);
     GError *error = nullptr;
-    if (!g_key_file_load_from_data(file.get(), content->constData(),
-                                   static_cast<gsize>(content->size()), G_KEY_FILE_NONE, &error)) {
+    if (!load(file, *content, &error)) {
         const QString message = QString::fromUtf8(error->message);
         g_error_free(error);
         return badFile(path, message);
     }
+    if (const QByteArray key = repeatedKey(*content); !key.isEmpty())
+        return badFile(path,
+                       QStringLiteral("%1 has several values").arg(cited(QString::fromUtf8(key))));
     const Strings groups(g_key_file_get_groups(file.get(), nullptr), g_strfreev);
     DesiredState result;
     for (gchar **group = groups.get(); *group; ++group) {
@@ -125,13 +192,18 @@ DesiredState currentState(const Snapshot &snapshot)
 {
     DesiredState result;
     for (const PolicyState &policy : snapshot.policies) {
-        if (!policy.value)
-            continue;
-        const bool isForced = policy.reason() == Reason::Switch;
-        result.policies.insert(policy.key,
-                               isForced ? policy.stored.value_or(false) : *policy.value);
+        if (const std::optional<bool> value = exported(policy))
+            result.policies.insert(policy.key, *value);
+        else
+            result.leftOut.append(
+                QStringLiteral("%1 is left out: %2").arg(policy.key, policy.shortReason()));
     }
-    for (const Daemon::Switch &governor : snapshot.switches)
-        result.switches.insert(governor.key, governor.value);
+    for (const Daemon::Switch &governor : snapshot.switches) {
+        if (canBeKey(governor.key))
+            result.switches.insert(governor.key, governor.value);
+        else
+            result.leftOut.append(QStringLiteral("switch %1 is left out: a file cannot name it")
+                                      .arg(quoted(governor.key)));
+    }
     return result;
 }

@@ -12,8 +12,9 @@ struct DesiredState
 {
     QMap<QString, bool> policies;
     QMap<QString, bool> switches;
+    QStringList leftOut; ///< what could not be named, with the reason, one line for each
 
-    /// As a key file with the groups "policy" and "switch".
+    /// As a key file with the groups "policy" and "switch"; a comment for each that is left out.
     QString toText() const;
     QJsonObject toJson() const;
 };
@@ -22,8 +23,8 @@ struct DesiredState
 /// as on the command line. Whether the policies and switches exist is not checked.
 Result<DesiredState> readDesiredState(const QString &path);
 
-/// The present state. A policy that only a switch forces off has its stored value, because the
-/// switch is part of the state as well; one that a lock forces off is off.
+/// The present state, with the values that the daemon has stored. Left out are policies whose
+/// stored value is not known, those that a lock keeps off, and switches that a file cannot name.
 DesiredState currentState(const Snapshot &snapshot);
 
 #endif

@@ -7,7 +7,9 @@
 #include "govctl/text.h"
 #include "names.h"
 
+#include <QDir>
 #include <QJsonArray>
+#include <QLibraryInfo>
 
 namespace {
 
@@ -21,6 +23,25 @@ QVector<Daemon::Switch> governing(const QVector<Daemon::Switch> &switches, int t
     return result;
 }
 
+/// Whether a lock plugin is installed where the daemon loads them from.
+bool hasLockPlugins()
+{
+    const QDir directory(QLibraryInfo::location(QLibraryInfo::LibrariesPath)
+                         + Names::SourceRestrictionDirectory);
+    return !directory.entryList({QStringLiteral("*.so")}, QDir::Files).isEmpty();
+}
+
+/// Why the stored value is not the effective one, if no switch and no lock is the reason.
+QString fileReason(const PolicyState &policy)
+{
+    if (policy.file == StoredValues::State::Missing)
+        return QStringLiteral("not stored: the file is missing");
+    if (policy.file == StoredValues::State::Malformed)
+        return QStringLiteral("not stored: the file is malformed");
+    return QStringLiteral("%1 in the file, which was edited since the daemon read it")
+        .arg(policy.stored ? onOff(policy.stored) : QStringLiteral("not"));
+}
+
 } // namespace
 
 Reason PolicyState::reason() const
@@ -31,9 +52,10 @@ Reason PolicyState::reason() const
         return Reason::Switch;
     if (value == stored)
         return Reason::Stored;
-    if (*value)
-        return stored ? Reason::File : Reason::Stored;
-    return stored ? Reason::Lock : Reason::Unknown;
+    const bool mayBeLocked = !*value && canBeLocked;
+    if (file == StoredValues::State::Unreadable)
+        return mayBeLocked ? Reason::Unknown : Reason::Stored;
+    return mayBeLocked && stored ? Reason::Lock : Reason::File;
 }
 
 QString PolicyState::forcingSwitch() const
@@ -61,9 +83,9 @@ QString PolicyState::shortReason() const
                     : QStringLiteral("switch %1 is off; it is stored off as well"))
             .arg(quoted(forcingSwitch()));
     case Reason::Lock:
-        return QStringLiteral("locked");
+        return QStringLiteral("locked, or the file was edited");
     case Reason::File:
-        return QStringLiteral("off in the file, which was edited since the daemon read it");
+        return fileReason(*this);
     case Reason::NoValue:
         return QStringLiteral("no value: locked, or not to be saved, when the daemon started");
     case Reason::Unknown:
@@ -116,12 +138,15 @@ Result<Snapshot> takeSnapshot(Daemon &daemon, const QStringList &keys)
         return switches.failure();
 
     Snapshot result{readStoredValues(Names::PolicyFile), {}, *switches};
+    const bool canBeLocked = hasLockPlugins();
     for (int i = 0; i < keys.size(); ++i) {
         PolicyState policy{keys[i], KnownPolicies::type(keys[i]), reading->values[i], {}, {}};
         if (const auto stored = result.file.values.constFind(policy.key);
             stored != result.file.values.constEnd())
             policy.stored = *stored;
         policy.switches = governing(*switches, policy.type);
+        policy.file = result.file.state;
+        policy.canBeLocked = canBeLocked;
         result.policies.append(policy);
     }
     return result;

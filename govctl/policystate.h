@@ -16,8 +16,8 @@
 enum class Reason {
     Stored, ///< it is the stored value
     Switch, ///< a switch that is off forces it off
-    Lock, ///< a lock forces it off
-    File, ///< the file has another value: it was edited while the daemon ran
+    Lock, ///< a lock forces it off, or the file was edited: no more can be found out from outside
+    File, ///< the file has another value or none: it was edited while the daemon ran
     NoValue, ///< it has no value: it was locked, or could not be saved, when the daemon started
     Unknown, ///< the stored value is not known, so it can be off by itself or by a lock
 };
@@ -30,14 +30,16 @@ struct PolicyState
     std::optional<bool> value; ///< the effective value
     std::optional<bool> stored; ///< the stored value, from the daemon's file
     QVector<Daemon::Switch> switches; ///< those that govern it
+    StoredValues::State file = StoredValues::State::Read; ///< of the daemon's file
+    bool canBeLocked = true; ///< whether a lock plugin is installed
 
     Reason reason() const;
 
     /// The key of the first switch that forces it off, or a null text.
     QString forcingSwitch() const;
 
-    /// Whether the effective value differs from the stored one.
-    bool differs() const { return stored && value != stored; }
+    /// Whether the effective value differs from the one in the file, if that was read.
+    bool differs() const { return file == StoredValues::State::Read && value != stored; }
 
     /// Whether the policy has a handler.
     bool isEnforced() const;

@@ -36,10 +36,10 @@ QString lockText(const PolicyState &policy)
 {
     if (policy.reason() == Reason::Lock)
         return QStringLiteral(
-            "yes: it is stored on, and no switch keeps it off (unless the file was "
-            "edited since the daemon started)");
+            "yes, unless the file was edited since the daemon read it: it is stored on, and no "
+            "switch keeps it off");
     // A locked policy always reads off, so one that reads on or has no value is not locked.
-    if (policy.value.value_or(true))
+    if (policy.value.value_or(true) || !policy.canBeLocked)
         return QStringLiteral("no");
     if (policy.reason() == Reason::Unknown)
         return QStringLiteral("not known, as the stored value is not");

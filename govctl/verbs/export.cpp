@@ -13,5 +13,5 @@ ExitCode Verbs::exportState(const Request &request, Output &output)
     if (!snapshot)
         return output.fail(snapshot.failure());
     const DesiredState state = currentState(*snapshot);
-    return output.write(ExitCode::Done, state.toJson(), state.toText());
+    return output.write(ExitCode::Done, state.toJson(), state.toText(), Output::Lines::Whole);
 }

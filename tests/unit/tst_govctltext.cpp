@@ -11,9 +11,10 @@ Q_DECLARE_METATYPE(PolicyState)
 namespace {
 
 PolicyState state(std::optional<bool> value, std::optional<bool> stored,
-                  const QVector<Daemon::Switch> &switches = {})
+                  const QVector<Daemon::Switch> &switches = {},
+                  StoredValues::State file = StoredValues::State::Read, bool canBeLocked = true)
 {
-    return {QStringLiteral("CameraEnabled"), 1, value, stored, switches};
+    return {QStringLiteral("CameraEnabled"), 1, value, stored, switches, file, canBeLocked};
 }
 
 const Daemon::Switch On{QStringLiteral("a"), true, {1}};
@@ -31,6 +32,8 @@ private Q_SLOTS:
     void reasons();
     void longLinesAreFolded_data();
     void longLinesAreFolded();
+    void patterns_data();
+    void patterns();
     void namesCannotSteerTheTerminal();
 };
 
@@ -39,12 +42,22 @@ void TestGovctlText::reasons_data()
     QTest::addColumn<PolicyState>("policy");
     QTest::addColumn<QString>("reason");
     QTest::addColumn<bool>("differs");
+    using File = StoredValues::State;
     const auto none = std::nullopt;
     QTest::newRow("on as stored") << state(true, true) << "stored" << false;
     QTest::newRow("off as stored") << state(false, false) << "stored" << false;
-    QTest::newRow("on, file not readable") << state(true, none) << "stored" << false;
-    QTest::newRow("off, file not readable") << state(false, none) << "unknown" << false;
+    QTest::newRow("on, file not readable")
+        << state(true, none, {}, File::Unreadable) << "stored" << false;
+    QTest::newRow("off, file not readable")
+        << state(false, none, {}, File::Unreadable) << "unknown" << false;
+    QTest::newRow("off, file not readable, no locks")
+        << state(false, none, {}, File::Unreadable, false) << "stored" << false;
     QTest::newRow("off, stored on") << state(false, true) << "lock" << true;
+    QTest::newRow("off, stored on, no locks")
+        << state(false, true, {}, File::Read, false) << "file" << true;
+    QTest::newRow("on, not stored") << state(true, none) << "file" << true;
+    QTest::newRow("off, not stored") << state(false, none) << "file" << true;
+    QTest::newRow("on, file missing") << state(true, none, {}, File::Missing) << "file" << false;
     QTest::newRow("off, stored on, switch on") << state(false, true, {On}) << "lock" << true;
     QTest::newRow("off, stored on, switch off")
         << state(false, true, {On, Off}) << "switch" << true;
@@ -75,6 +88,7 @@ void TestGovctlText::longLinesAreFolded_data()
     QTest::newRow("plain") << "one two three" << 9 << "one two\nthree";
     QTest::newRow("below its column")
         << "  a   one two three" << 14 << "  a   one two\n      three";
+    QTest::newRow("no room for columns") << "name        on  why" << 10 << "name  on \nwhy";
     QTest::newRow("long word") << "a loooooooong b" << 5 << "a\nloooooooong\nb";
     QTest::newRow("colours take no place")
         << "\033[1mone\033[0m two" << 7 << "\033[1mone\033[0m two";
@@ -86,6 +100,39 @@ void TestGovctlText::longLinesAreFolded()
     QFETCH(int, columns);
     QFETCH(QString, result);
     QCOMPARE(Terminal::folded(text, columns), result);
+}
+
+void TestGovctlText::patterns_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("matches");
+    QTest::newRow("name") << "ab"
+                          << "ab" << true;
+    QTest::newRow("part of it") << "a"
+                                << "ab" << false;
+    QTest::newRow("any letters") << "a*"
+                                 << "abc" << true;
+    QTest::newRow("any letters, a slash") << "a*"
+                                          << "a/b" << true;
+    QTest::newRow("any letter, a slash") << "a?b"
+                                         << "a/b" << true;
+    QTest::newRow("slash") << "a/*"
+                           << "a/b" << true;
+    QTest::newRow("other than a slash") << "a/*"
+                                        << "a.b" << false;
+    QTest::newRow("set") << "x[12]"
+                         << "x1" << true;
+    QTest::newRow("set, as a name") << "x[12]"
+                                    << "x[12]" << true;
+}
+
+void TestGovctlText::patterns()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, name);
+    QFETCH(bool, matches);
+    QCOMPARE(matchesAny({pattern}, name), matches);
 }
 
 void TestGovctlText::namesCannotSteerTheTerminal()

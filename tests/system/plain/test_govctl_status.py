@@ -27,7 +27,7 @@ def test_status_lists_differences(process, lock_plugin):
     write(POLICY_FILE, POLICY_FILE.read_text().replace("VpnEnabled=true", "VpnEnabled=false"))
     text = govctl.run("status")
     assert text.code == 1
-    assert "  CameraEnabled: off, stored on: locked\n" in text.out
+    assert "  CameraEnabled: off, stored on: locked, or the file was edited\n" in text.out
     assert "  VpnEnabled: on, stored off: " in text.out
     assert [policy["reason"] for policy in govctl.run("status --json").result["differences"]] == [
         "lock", "file"]
