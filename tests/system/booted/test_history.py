@@ -172,4 +172,13 @@ def test_message_is_explained(daemon, agent, journal):
     assert agent.ask(write_of(CAMERA, False)) == (True,)
     records(journal, 1)
     explained = unit.run("journalctl", "--no-pager", "-x", f"MESSAGE_ID={unit.WRITE}")
-    assert f"Subject: Somebody wrote the policy {CAMERA}: accepted" in explained
+    assert "Subject: Write of a policy over the bus: accepted" in explained
+
+
+def test_explanation_has_no_text_of_the_caller(daemon, agent, journal):
+    """It would go to the terminal as it is."""
+    unit.run("journalctl", "--update-catalog")
+    agent.ask(write_of("Key\x1b[2J", "Value\nSubject: forged", "s"))
+    records(journal, 1)
+    explained = unit.run("journalctl", "--no-pager", "-x", f"MESSAGE_ID={unit.WRITE}")
+    assert "\x1b" not in explained and "Subject: forged" not in explained
