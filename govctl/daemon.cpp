@@ -82,6 +82,11 @@ Result<Daemon::Owner> Daemon::open()
     return owner;
 }
 
+void Daemon::restartDeadline()
+{
+    m_deadline = QDeadlineTimer(m_timeout);
+}
+
 Result<Daemon::Reading> Daemon::read(const QStringList &keys)
 {
     QVector<QDBusPendingCall> calls;

@@ -67,6 +67,9 @@ public:
     /// when the name has no owner, or one that is not root.
     Result<Owner> open();
 
+    /// Lets the time limit of all following calls begin now.
+    void restartDeadline();
+
     /// Reads the policies @p keys and the list of switches.
     Result<Reading> read(const QStringList &keys);
 

@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/forecast.h"
 
+#include "govctl/carriers.h"
 #include "govctl/effects.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/text.h"
 
 #include <QJsonArray>
+#include <QSet>
 
 #include <algorithm>
 
@@ -43,7 +45,35 @@ void addEnforcement(Forecast &forecast, const Snapshot &snapshot, const PolicySt
     forecast.notes += sharedModeNotes(snapshot, policy.type, value);
 }
 
+/// Makes @p snapshot the state after @p step, of which @p forecast tells the effective values.
+void advance(Snapshot &snapshot, const Step &step, const Forecast &forecast)
+{
+    for (PolicyState &policy : snapshot.policies) {
+        if (step.kind == Step::Kind::Policy && policy.key == step.key)
+            policy.stored = step.value;
+        for (Daemon::Switch &governor : policy.switches) {
+            if (step.kind == Step::Kind::Switch && governor.key == step.key)
+                governor.value = step.value;
+        }
+        for (const Forecast::Reading &reading : forecast.readings) {
+            if (reading.key == policy.key)
+                policy.value = reading.value;
+        }
+    }
+}
+
 } // namespace
+
+void Forecast::addAbsences(Daemon &daemon)
+{
+    Surroundings surroundings(daemon);
+    for (const Enforcement &enforcement : qAsConst(enforcements)) {
+        const QStringList services = absentServices(surroundings, enforcement.type);
+        for (const QString &service : services)
+            notes.append(QStringLiteral("%1, which the daemon calls for %2, is not on the bus")
+                             .arg(service, enforcement.key));
+    }
+}
 
 QJsonObject Forecast::toJson() const
 {
@@ -134,6 +164,31 @@ QStringList sharedModeNotes(const Snapshot &snapshot, int type, bool value)
                                         "follows the one that was enforced last, so it is %3")
                              .arg(policy.key, onOff(policy.value),
                                   value ? QStringLiteral("allowed") : QStringLiteral("forbidden")));
+    }
+    return notes;
+}
+
+QStringList sharedModeNotes(Snapshot snapshot, const QVector<Step> &steps)
+{
+    QVector<Forecast::Enforcement> enforced;
+    for (const Step &step : steps) {
+        const Forecast forecast = step.kind == Step::Kind::Policy
+            ? forecastPolicy(snapshot, step.key, step.value)
+            : forecastSwitch(snapshot, step.key, step.value);
+        enforced += forecast.enforcements;
+        advance(snapshot, step, forecast);
+    }
+    QStringList notes;
+    QSet<int> decided; // the policies whose mode a later enforcement has decided
+    for (int i = enforced.size() - 1; i >= 0; --i) {
+        const Forecast::Enforcement &last = enforced[i];
+        if (decided.contains(last.type))
+            continue;
+        notes += sharedModeNotes(snapshot, last.type, last.value);
+        decided.insert(last.type);
+        const auto others = sharingUsbMode(last.type);
+        for (const int other : others)
+            decided.insert(other);
     }
     return notes;
 }

@@ -46,8 +46,9 @@ Outcome obstacleTo(const PolicyState &policy, bool wanted, const DesiredState &d
     if (!wanted)
         return std::nullopt;
     if (policy.reason() == Reason::Lock)
-        return obstacle(QStringLiteral("locked"),
-                        QStringLiteral("%1 cannot be switched on: it is locked").arg(policy.key));
+        return obstacle(
+            QStringLiteral("locked"),
+            QStringLiteral("%1 cannot be switched on: %2").arg(policy.key, policy.shortReason()));
     if (const QString governor = unwantedSwitch(policy, desired); !governor.isNull())
         return obstacle(QStringLiteral("switched-off"),
                         QStringLiteral("%1 would stay off: switch %2 is off, and the file does not "
@@ -62,7 +63,7 @@ bool isAlready(const PolicyState &policy, bool wanted)
     case Reason::Lock:
         return !wanted;
     case Reason::Switch:
-        return policy.stored.value_or(false) == wanted;
+        return policy.stored == wanted;
     case Reason::File:
     case Reason::NoValue:
         return false;
@@ -105,6 +106,30 @@ void planSwitches(Plan &plan, const DesiredState &desired, const Snapshot &snaps
     }
 }
 
+/// Whether the daemon may still make the change.
+bool isUnanswered(const Outcome &failure)
+{
+    return failure && failure->code == ExitCode::NoAnswer;
+}
+
+/// Takes back the steps that were made, the last one first. A daemon that does not answer may make
+/// a write later, so no more are sent to it then.
+void takeBack(Daemon &daemon, Application &application)
+{
+    daemon.restartDeadline();
+    Outcome failure;
+    for (int i = application.done.size() - 1; i >= 0 && !isUnanswered(failure); --i) {
+        const Step step = application.done[i];
+        if (!step.before)
+            continue;
+        failure = writeStep(daemon, step, *step.before);
+        if (!failure) {
+            application.takenBack.append(step);
+            application.done.removeAt(i);
+        }
+    }
+}
+
 } // namespace
 
 std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step)
@@ -127,8 +152,11 @@ Outcome writeStep(Daemon &daemon, const Step &step, bool value)
     const Result<bool> accepted = step.kind == Step::Kind::Switch
         ? daemon.setSwitch(step.key, value)
         : daemon.setPolicy(step.key, value);
-    if (!accepted)
-        return accepted.failure();
+    if (!accepted) {
+        Failure failure = accepted.failure();
+        failure.message = QStringLiteral("%1: %2").arg(step.name(), failure.message);
+        return failure;
+    }
     if (*accepted)
         return std::nullopt;
     return Failure{
@@ -191,18 +219,12 @@ Application carryOut(Daemon &daemon, const QVector<Step> &steps)
     Application result;
     for (const Step &step : steps) {
         result.failure = writeStep(daemon, step, step.value);
+        if (!result.failure || isUnanswered(result.failure))
+            result.done.append(step);
         if (result.failure)
             break;
-        result.done.append(step);
     }
-    if (!result.failure)
-        return result;
-    for (int i = result.done.size() - 1; i >= 0; --i) {
-        const Step step = result.done[i];
-        if (step.before && !writeStep(daemon, step, *step.before)) {
-            result.takenBack.append(step);
-            result.done.removeAt(i);
-        }
-    }
+    if (result.failure)
+        takeBack(daemon, result);
     return result;
 }

@@ -33,6 +33,7 @@ struct Plan
 {
     QVector<Step> steps; ///< in the order in which they are made
     QVector<Step> kept; ///< as desired already, so not written
+    QStringList notes; ///< side effects on other policies, for people
     QVector<Failure> obstacles; ///< failures known before any write: none is then made
 };
 
@@ -50,12 +51,13 @@ Outcome writeStep(Daemon &daemon, const Step &step, bool value);
 /// The result of making the steps of a plan.
 struct Application
 {
-    QVector<Step> done; ///< made and not taken back
+    QVector<Step> done; ///< made, or without an answer, and not taken back
     QVector<Step> takenBack; ///< in the order of taking back
     Outcome failure; ///< the failure of the step that ended it
 };
 
-/// Makes @p steps. When one fails, takes back those that were made.
+/// Makes @p steps. When one fails, takes back those that were made, within a time limit of its own;
+/// one without an answer counts as made.
 Application carryOut(Daemon &daemon, const QVector<Step> &steps);
 
 #endif

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/planning.h"
 
+#include "govctl/forecast.h"
 #include "govctl/knownpolicies.h"
 
 Result<Plan> planFromFile(Daemon &daemon, const QString &path)
@@ -14,7 +15,9 @@ Result<Plan> planFromFile(Daemon &daemon, const QString &path)
     const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
     if (!snapshot)
         return snapshot.failure();
-    return planFor(*desired, *snapshot);
+    Plan plan = planFor(*desired, *snapshot);
+    plan.notes = sharedModeNotes(*snapshot, plan.steps);
+    return plan;
 }
 
 QString stepsText(const QVector<Step> &steps, const Output &output)

@@ -8,6 +8,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 QStringList governedPolicies(const Daemon::Switch &governor)
 {
     QStringList result;
@@ -39,4 +41,23 @@ Outcome checkSwitch(const QString &key, const QStringList &known)
                        "plugin brings them")
             .arg(quoted(key)),
         {}};
+}
+
+Outcome checkNames(const QStringList &patterns, std::chrono::milliseconds timeout)
+{
+    for (const QString &pattern : patterns) {
+        if (!KnownPolicies::matching(pattern).isEmpty())
+            continue;
+        Daemon daemon(timeout);
+        if (!daemon.open())
+            return std::nullopt;
+        const Result<Daemon::Reading> reading = daemon.read({});
+        if (!reading)
+            return reading.failure();
+        const QStringList &keys = reading->switchKeys;
+        if (std::none_of(keys.begin(), keys.end(),
+                         [&pattern](const QString &key) { return matchesAny({pattern}, key); }))
+            return unknownPolicy(pattern);
+    }
+    return std::nullopt;
 }

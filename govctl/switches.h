@@ -15,4 +15,8 @@ QJsonObject toJson(const Daemon::Switch &governor);
 /// Fails when @p key is none of the switches @p known.
 Outcome checkSwitch(const QString &key, const QStringList &known);
 
+/// Fails when one of @p patterns matches no policy and no switch. Without a daemon the switches are
+/// not known, so every pattern is accepted.
+Outcome checkNames(const QStringList &patterns, std::chrono::milliseconds timeout);
+
 #endif

@@ -2,9 +2,24 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/writing.h"
 
+#include "govctl/knownpolicies.h"
+
 #include <QThread>
 
 #include <algorithm>
+
+namespace {
+
+bool concerns(const Step &step, const PolicyState &policy)
+{
+    if (step.kind == Step::Kind::Policy)
+        return step.key == policy.key;
+    return std::any_of(
+        policy.switches.begin(), policy.switches.end(),
+        [&step](const Daemon::Switch &governor) { return governor.key == step.key; });
+}
+
+} // namespace
 
 std::function<void()> waitingNote(const Output &output)
 {
@@ -29,6 +44,27 @@ QVector<Verdict> settledVerdicts(Daemon &daemon, const QVector<PolicyState> &pol
         verdicts = judge(daemon, policies);
     }
     return verdicts;
+}
+
+Result<ForceCheck> checkForce(Daemon &daemon, const QVector<Step> &steps)
+{
+    const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
+    if (!snapshot)
+        return snapshot.failure();
+    QVector<PolicyState> written;
+    for (const PolicyState &policy : snapshot->policies) {
+        if (std::any_of(steps.begin(), steps.end(),
+                        [&policy](const Step &step) { return concerns(step, policy); }))
+            written.append(policy);
+    }
+    ForceCheck result;
+    const QVector<Verdict> verdicts = settledVerdicts(daemon, written);
+    for (const Verdict &verdict : verdicts) {
+        result.isContradicted |= verdict.isContradicted();
+        if (verdict.state() == Verdict::State::NotInForce)
+            result.notes += forceNotes(verdict);
+    }
+    return result;
 }
 
 QStringList forceNotes(const Verdict &verdict)

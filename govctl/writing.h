@@ -5,6 +5,7 @@
 
 #include "govctl/evidence.h"
 #include "govctl/output.h"
+#include "govctl/plan.h"
 
 #include <QJsonArray>
 
@@ -18,6 +19,16 @@ std::function<void()> waitingNote(const Output &output);
 /// Checks @p policies, which have just been written, again until they are in force: an unmount, for
 /// example, ends after the reply.
 QVector<Verdict> settledVerdicts(Daemon &daemon, const QVector<PolicyState> &policies);
+
+/// What a check of policies that have just been written has found.
+struct ForceCheck
+{
+    QStringList notes; ///< on policies that are not in force
+    bool isContradicted = false;
+};
+
+/// Checks the policies that @p steps have written, and those that their switches govern.
+Result<ForceCheck> checkForce(Daemon &daemon, const QVector<Step> &steps);
 
 /// Notes on a policy that has just been written: none if it is in force or if that cannot be read.
 QStringList forceNotes(const Verdict &verdict);

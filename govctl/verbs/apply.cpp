@@ -41,25 +41,6 @@ QString toText(const Work &work, const Output &output)
     return text;
 }
 
-/// Checks whether the changed policies are in force. A policy without a handler gets no note.
-Outcome addForceNotes(Daemon &daemon, Work &work)
-{
-    QStringList keys;
-    for (const Step &step : work.application.done) {
-        if (step.kind == Step::Kind::Policy)
-            keys.append(step.key);
-    }
-    const Result<Snapshot> after = takeSnapshot(daemon, keys);
-    if (!after)
-        return after.failure();
-    for (const Verdict &verdict : settledVerdicts(daemon, after->policies)) {
-        work.isContradicted |= verdict.isContradicted();
-        if (verdict.state() == Verdict::State::NotInForce)
-            work.notes += forceNotes(verdict);
-    }
-    return std::nullopt;
-}
-
 ExitCode report(const Request &request, Output &output, const Work &work)
 {
     const bool isDry = request.has(QStringLiteral("dry-run"));
@@ -104,16 +85,23 @@ ExitCode Verbs::apply(const Request &request, Output &output)
         return output.fail(*failure, toJson(Work{*plan, {}, {}, false}, isDry), {});
 
     if (isDry)
-        return report(request, output, Work{*plan, {plan->steps, {}, {}}, {}, false});
+        return report(request, output, Work{*plan, {plan->steps, {}, {}}, plan->notes, false});
     const Result<TimeLimit> begun = TimeLimit::begin(request, plan->steps + plan->kept);
     if (!begun)
         return output.fail(begun.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
     TimeLimit limit = *begun;
     Work work{*plan, carryOut(daemon, plan->steps), {}, false};
-    limit.settle(work.application.failure ? work.application.done : plan->steps + plan->kept,
-                 work.application.failure);
+    const Application &made = work.application;
+    // When all was taken back, nothing is left to which the failure could matter.
+    limit.settle(made.failure ? made.done : plan->steps + plan->kept,
+                 made.done.isEmpty() ? Outcome() : made.failure);
     work.notes = limit.notes();
-    if (const auto failure = addForceNotes(daemon, work))
-        return output.fail(*failure, toJson(work, isDry), toText(work, output));
+    if (work.application.failure)
+        return report(request, output, work);
+    const Result<ForceCheck> check = checkForce(daemon, work.application.done);
+    if (!check)
+        return output.fail(check.failure(), toJson(work, isDry), toText(work, output));
+    work.notes += plan->notes + check->notes;
+    work.isContradicted = check->isContradicted;
     return report(request, output, work);
 }

@@ -3,6 +3,8 @@
 #include "govctl/planning.h"
 #include "govctl/request.h"
 
+#include <algorithm>
+
 ExitCode Verbs::diff(const Request &request, Output &output)
 {
     Daemon daemon(request.timeout);
@@ -14,6 +16,15 @@ ExitCode Verbs::diff(const Request &request, Output &output)
                              {QStringLiteral("changes"), toJson(plan->steps)},
                              {QStringLiteral("obstacles"), obstaclesToJson(*plan)}};
     QString text = stepsText(plan->steps, output) + obstaclesText(*plan);
+    const auto unknown =
+        std::find_if(plan->obstacles.begin(), plan->obstacles.end(),
+                     [](const Failure &obstacle) { return obstacle.code == ExitCode::Usage; });
+    if (unknown != plan->obstacles.end())
+        return output.fail({ExitCode::Usage,
+                            unknown->name,
+                            QStringLiteral("the file names what this device does not have"),
+                            {}},
+                           result, text);
     if (text.isEmpty())
         text = QStringLiteral("the device is as the file says\n");
     const bool isSame = plan->steps.isEmpty() && plan->obstacles.isEmpty();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/history.h"
 #include "govctl/request.h"
+#include "govctl/switches.h"
 #include "govctl/text.h"
 
 #include <algorithm>
@@ -38,6 +39,19 @@ QString toText(const QVector<RecordedWrite> &writes, const Output &output)
     return text;
 }
 
+/// Those of @p patterns that match no record. A record can name what is no policy or switch.
+QStringList unrecorded(const QStringList &patterns, const QVector<RecordedWrite> &writes)
+{
+    QStringList result;
+    for (const QString &pattern : patterns) {
+        if (std::none_of(writes.begin(), writes.end(), [&pattern](const RecordedWrite &write) {
+                return matchesAny({pattern}, write.key);
+            }))
+            result.append(pattern);
+    }
+    return result;
+}
+
 } // namespace
 
 ExitCode Verbs::history(const Request &request, Output &output)
@@ -48,6 +62,8 @@ ExitCode Verbs::history(const Request &request, Output &output)
         History::read(result, request.options.value(QStringLiteral("since")), request.timeout);
     if (!all)
         return output.fail(all.failure());
+    if (const Outcome failure = checkNames(unrecorded(request.arguments, *all), request.timeout))
+        return output.fail(*failure);
     QVector<RecordedWrite> writes;
     QJsonArray array;
     for (const RecordedWrite &write : *all) {

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/caller.h"
 #include "govctl/effects.h"
 #include "govctl/evidence.h"
 #include "govctl/forecast.h"
@@ -97,12 +98,15 @@ QStringList notesOn(const Change &change, const Snapshot &before)
     return notes + forceNotes(change.after);
 }
 
-ExitCode foretell(const Request &request, Output &output, const Snapshot &snapshot,
+ExitCode foretell(const Request &request, Output &output, Daemon &daemon, const Snapshot &snapshot,
                   const PolicyState &policy)
 {
+    if (const Outcome failure = checkRight(daemon))
+        return output.fail(*failure);
     if (policy.reason() == Reason::Lock)
         return output.fail(refusal(policy));
-    const Forecast forecast = forecastPolicy(snapshot, policy.key, request.value(1));
+    Forecast forecast = forecastPolicy(snapshot, policy.key, request.value(1));
+    forecast.addAbsences(daemon);
     return output.write(ExitCode::Done, forecast.toJson(), forecast.toText());
 }
 
@@ -123,7 +127,7 @@ ExitCode Verbs::set(const Request &request, Output &output)
     if (const Outcome failure = TimeLimit::checkRight(request))
         return output.fail(*failure);
     if (request.has(QStringLiteral("dry-run")))
-        return foretell(request, output, *before, policy);
+        return foretell(request, output, daemon, *before, policy);
 
     const Step step{Step::Kind::Policy, key, policy.stored ? policy.stored : policy.value,
                     requested};

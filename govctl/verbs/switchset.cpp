@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "govctl/caller.h"
 #include "govctl/forecast.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/policystate.h"
@@ -20,6 +21,7 @@ struct Change
     bool requested;
     Snapshot before;
     Snapshot after;
+    QStringList notes;
 
     bool valueIn(const Snapshot &snapshot) const
     {
@@ -72,6 +74,8 @@ QString toText(const Change &change, const Output &output)
             text += QStringLiteral("  %1: %2 -> %3\n")
                         .arg(after.key, output.paint(before.value), output.paint(after.value));
     }
+    for (const QString &note : change.notes)
+        text += note + QLatin1Char('\n');
     return text;
 }
 
@@ -82,7 +86,8 @@ QJsonObject toJson(const Change &change)
             {QStringLiteral("before"), change.valueIn(change.before)},
             {QStringLiteral("value"), change.valueIn(change.after)},
             {QStringLiteral("changed"), change.isChange()},
-            {QStringLiteral("policies"), changedPolicies(change)}};
+            {QStringLiteral("policies"), changedPolicies(change)},
+            {QStringLiteral("notes"), QJsonArray::fromStringList(change.notes)}};
 }
 
 Failure refusal(const QString &key)
@@ -104,6 +109,15 @@ QStringList keysOf(const QVector<Daemon::Switch> &switches)
     return result;
 }
 
+ExitCode foretell(const Request &request, Output &output, Daemon &daemon, const Snapshot &snapshot)
+{
+    if (const Outcome failure = checkRight(daemon))
+        return output.fail(*failure);
+    Forecast forecast = forecastSwitch(snapshot, request.arguments.constFirst(), request.value(1));
+    forecast.addAbsences(daemon);
+    return output.write(ExitCode::Done, forecast.toJson(), forecast.toText());
+}
+
 } // namespace
 
 ExitCode Verbs::switchSet(const Request &request, Output &output)
@@ -120,10 +134,8 @@ ExitCode Verbs::switchSet(const Request &request, Output &output)
     if (const auto failure = checkSwitch(key, keysOf(before->switches)))
         return output.fail(*failure);
 
-    if (request.has(QStringLiteral("dry-run"))) {
-        const Forecast forecast = forecastSwitch(*before, key, requested);
-        return output.write(ExitCode::Done, forecast.toJson(), forecast.toText());
-    }
+    if (request.has(QStringLiteral("dry-run")))
+        return foretell(request, output, daemon, *before);
 
     const Result<bool> accepted = daemon.setSwitch(key, requested);
     if (!accepted)
@@ -138,6 +150,13 @@ ExitCode Verbs::switchSet(const Request &request, Output &output)
     const Result<Snapshot> after = takeSnapshot(daemon, KnownPolicies::keys());
     if (!after)
         return output.fail(after.failure());
-    const Change change{key, requested, *before, *after};
-    return output.write(ExitCode::Done, toJson(change), toText(change, output));
+    const Step step{Step::Kind::Switch, key, {}, requested};
+    const Result<ForceCheck> check = checkForce(daemon, {step});
+    if (!check)
+        return output.fail(check.failure());
+    Change change{key, requested, *before, *after, check->notes};
+    if (change.isChange())
+        change.notes += sharedModeNotes(*before, {step});
+    return output.write(check->isContradicted ? ExitCode::NotInForce : ExitCode::Done,
+                        toJson(change), toText(change, output));
 }

@@ -30,16 +30,6 @@ Outcome checkKey(const QStringList &arguments, const Snapshot &snapshot)
     return std::nullopt;
 }
 
-/// The index of the last change, of the named policies and switches if any; -1 when there is none.
-int lastChange(const Writes &writes, const QStringList &arguments)
-{
-    for (int i = writes.size() - 1; i >= 0; --i) {
-        if (writes[i].isChange() && (arguments.isEmpty() || arguments.contains(writes[i].key)))
-            return i;
-    }
-    return -1;
-}
-
 /// The value of the switch @p governor at the time of the write @p number.
 bool valueThen(const Daemon::Switch &governor, const Writes &writes, int number)
 {
@@ -50,12 +40,15 @@ bool valueThen(const Daemon::Switch &governor, const Writes &writes, int number)
     return governor.value;
 }
 
-/// The switch that forced the policy off before the write @p number, if one did. In that case its
-/// stored value is not known: a record has the effective value only.
+/// The switch that forced the policy of the write @p number off before it, if one did. In that case
+/// its stored value is not known: a record has the effective value only.
 QString forcingSwitch(const Snapshot &snapshot, const Writes &writes, int number)
 {
+    const RecordedWrite &write = writes[number];
+    if (write.kind != Step::Kind::Policy || RecordedWrite::parsed(write.before).value_or(true))
+        return {};
     for (const PolicyState &policy : snapshot.policies) {
-        if (policy.key != writes[number].key)
+        if (policy.key != write.key)
             continue;
         for (const Daemon::Switch &governor : policy.switches) {
             if (!valueThen(governor, writes, number))
@@ -63,6 +56,18 @@ QString forcingSwitch(const Snapshot &snapshot, const Writes &writes, int number
         }
     }
     return {};
+}
+
+/// The index of the last write that has changed something, or may have changed a stored value, of
+/// the named policies and switches if any; -1 when there is none.
+int lastChange(const Snapshot &snapshot, const Writes &writes, const QStringList &arguments)
+{
+    for (int i = writes.size() - 1; i >= 0; --i) {
+        const bool mayBeMeant = arguments.isEmpty() || arguments.contains(writes[i].key);
+        if (mayBeMeant && (writes[i].isChange() || !forcingSwitch(snapshot, writes, i).isNull()))
+            return i;
+    }
+    return -1;
 }
 
 /// The write that takes back the write @p number.
@@ -88,8 +93,7 @@ Result<Step> stepBack(const Snapshot &snapshot, const Writes &writes, int number
                           QStringLiteral("%1 was set to %2 at %3, but is %4 now: something else "
                                          "has changed it since")
                               .arg(write.name(), onOff(value), write.when(), onOff(now)));
-    if (const QString governor = forcingSwitch(snapshot, writes, number);
-        write.kind == Step::Kind::Policy && !*before && !governor.isNull())
+    if (const QString governor = forcingSwitch(snapshot, writes, number); !governor.isNull())
         return cannotUndo(notUndoable,
                           QStringLiteral("%1 read off before its last change because switch %2 was "
                                          "off, so how it was stored is not on record")
@@ -116,19 +120,14 @@ QJsonObject toJson(const Request &request, const QJsonValue &write, const QVecto
 ExitCode report(const Request &request, Output &output, Daemon &daemon, const RecordedWrite &write,
                 const Step &step, QStringList notes)
 {
-    bool isContradicted = false;
-    if (step.kind == Step::Kind::Policy) {
-        const Result<Snapshot> after = takeSnapshot(daemon, {step.key});
-        if (!after)
-            return output.fail(after.failure());
-        const Verdict verdict = settledVerdicts(daemon, after->policies).constFirst();
-        notes += forceNotes(verdict);
-        isContradicted = verdict.isContradicted();
-    }
+    const Result<ForceCheck> check = checkForce(daemon, {step});
+    if (!check)
+        return output.fail(check.failure());
+    notes += check->notes;
     QString text = stepsText({step}, output);
     for (const QString &note : qAsConst(notes))
         text += note + QLatin1Char('\n');
-    return output.write(isContradicted ? ExitCode::NotInForce : ExitCode::Done,
+    return output.write(check->isContradicted ? ExitCode::NotInForce : ExitCode::Done,
                         toJson(request, write.toJson(), {step}, notes), text);
 }
 
@@ -151,7 +150,7 @@ ExitCode Verbs::undo(const Request &request, Output &output)
         History::read(QStringLiteral("accepted"), QString(), request.timeout);
     if (!writes)
         return output.fail(writes.failure());
-    const int last = lastChange(*writes, request.arguments);
+    const int last = lastChange(*snapshot, *writes, request.arguments);
     if (last < 0)
         return output.write(ExitCode::Done, toJson(request, {}, {}, {}),
                             QStringLiteral("the journal has no change to take back\n"));

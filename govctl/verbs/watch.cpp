@@ -2,15 +2,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/commandqueue.h"
 #include "govctl/daemonfailure.h"
-#include "govctl/knownpolicies.h"
 #include "govctl/request.h"
+#include "govctl/switches.h"
 #include "govctl/text.h"
 #include "govctl/watcher.h"
 #include "names.h"
 
 #include <QEventLoop>
-
-#include <algorithm>
 
 namespace {
 
@@ -27,28 +25,6 @@ QString toText(const Event &event, const Output &output)
     return QStringLiteral("%1  %2  %3  %4\n")
         .arg(event.time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")),
              event.kindName().leftJustified(7), printable(event.key), output.paint(event.value));
-}
-
-/// Fails when a pattern matches no policy and no switch. Without a daemon the switches are not
-/// known, so every pattern is accepted.
-Outcome checkNames(const Request &request)
-{
-    for (const QString &name : request.arguments) {
-        if (!KnownPolicies::matching(name).isEmpty())
-            continue;
-        Daemon daemon(request.timeout);
-        if (!daemon.open())
-            return std::nullopt;
-        const Result<Daemon::Reading> reading = daemon.read({});
-        if (!reading)
-            return reading.failure();
-        const auto matches = [&name](const QString &key) {
-            return matchesAny({name}, key);
-        };
-        if (std::none_of(reading->switchKeys.begin(), reading->switchKeys.end(), matches))
-            return unknownPolicy(name);
-    }
-    return std::nullopt;
 }
 
 /// One run of the verb: passes events to the output and to the command until it ends.
@@ -99,7 +75,7 @@ ExitCode Session::run()
     const bool waits = m_request.has(QStringLiteral("wait"));
     if (const auto failure = m_watcher.start(m_request.timeout, waits))
         return m_output.fail(*failure);
-    if (const auto failure = checkNames(m_request))
+    if (const auto failure = checkNames(m_request.arguments, m_request.timeout))
         return m_output.fail(*failure);
     m_output.note(QStringLiteral("watching %1").arg(Names::Service));
     // The events that arrived during the start may already have ended the session.

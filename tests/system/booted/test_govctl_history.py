@@ -214,6 +214,15 @@ def test_stored_value_behind_a_switch(lens, agent):
     assert value_of(agent, "NfcEnabled") is False
 
 
+def test_change_of_a_stored_value_behind_a_switch(lens, agent):
+    """It is on record as "off -> off", and undo sets back no older change instead."""
+    change(agent, "lens", False, address=SWITCH)
+    change(agent, "NfcEnabled", False)
+    for arguments in ((), ("--dry-run",), ("NfcEnabled",)):
+        assert refused(*arguments) == (3, "not-undoable")
+    assert run("undo", "lens").code == 0
+
+
 @pytest.mark.parametrize("user, verb", [("guest", "history"), ("mdm", "history"), ("mdm", "undo")])
 def test_who_may_not_read_the_journal(daemon, user, verb):
     outcome = run(verb, user=user)
@@ -241,7 +250,8 @@ def test_no_journal(daemon):
     (("history", "--since", "then"), "usage"),
     (("history", "--since", ""), "usage"),
     (("undo", CAMERA, "VpnEnabled"), "usage"),
-    (("undo", "CameraEnable"), "unknown-policy")])
+    (("undo", "CameraEnable"), "unknown-policy"),
+    (("history", "CameraEnable"), "unknown-policy")])
 def test_wrong_lines(daemon, arguments, error):
     outcome = run(*arguments, "--json")
     assert (outcome.code, outcome.error) == (2, error)

@@ -11,7 +11,7 @@ import pytest
 
 from testbed import govctl
 from testbed.fakedaemon import FakeDaemon
-from testbed.files import CAMERA_MARKER, write
+from testbed.files import CAMERA_MARKER, store, write
 
 # Every verb that needs an answer of the daemon itself.
 ASKING = ("summary", "list", "get CameraEnabled", "set CameraEnabled off", "explain CameraEnabled",
@@ -183,6 +183,7 @@ def test_empty_object():
 
 def test_write_without_effect():
     write(CAMERA_MARKER, "")  # exists while the camera is on
+    store({"CameraEnabled": True, "WlanEnabled": True})
     with FakeDaemon():
         policy, switch = govctl.run("set CameraEnabled off"), govctl.run("switch set radio off")
     assert (policy.code, switch.code) == (8, 0)

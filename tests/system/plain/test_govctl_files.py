@@ -7,6 +7,8 @@ import pytest
 from testbed import govctl
 from testbed.files import POLICY_FILE, store, stored
 from testbed.policies import KEYS
+from testbed.services.service import late
+from testbed.waiting import wait_until
 
 
 @pytest.fixture
@@ -44,6 +46,7 @@ def test_export_is_what_diff_and_apply_want(daemon, radio, tmp_path):
     assert "WlanEnabled=true" in lines  # only the switch keeps it off
     assert lines[-2:] == ["[switch]", "radio=false"]
     assert len(lines) == len(KEYS[1:]) + 3
+    assert govctl.result("export")["leftOut"] == []
     assert govctl.run("diff", "-", text=exported.out).code == 0
     daemon.forget()
     again = govctl.run("apply", "-", "--json", "--exit-code", text=exported.out)
@@ -51,11 +54,41 @@ def test_export_is_what_diff_and_apply_want(daemon, radio, tmp_path):
     assert daemon.records() == []
 
 
-def test_export_of_a_locked_policy_is_how_it_reads(daemon, lock_plugin):
+def test_export_leaves_locked_policies_out(daemon, lock_plugin):
+    """Applied without the lock, "off" would stay for good."""
     lock = lock_plugin("CameraEnabled")
     daemon.start()
     lock.set_locked("CameraEnabled")
-    assert govctl.result("export")["policy"]["CameraEnabled"] is False
+    exported = govctl.run("export")
+    assert exported.lines[0].startswith("# CameraEnabled is left out: locked")
+    assert "CameraEnabled" not in govctl.result("export")["policy"]
+    assert govctl.run("diff -", text=exported.out).code == 0
+
+
+def test_values_that_this_user_may_not_read(daemon, radio):
+    daemon.start()
+    govctl.run("switch set radio off")
+    POLICY_FILE.chmod(0o600)
+    exported = govctl.result("export", user="guest")
+    assert "WlanEnabled" not in exported["policy"] and exported["policy"]["VpnEnabled"] is True
+    assert [text.split()[0] for text in exported["leftOut"]] == [
+        "WlanEnabled", "InternetSharingEnabled"]
+    off = "[policy]\nWlanEnabled=off\n"
+    assert govctl.run("diff -", user="mdm", text=off).code == 1
+    assert govctl.run("apply -", user="mdm", text=off).code == 0
+    assert stored()["WlanEnabled"] == "false"
+
+
+@pytest.mark.parametrize("key, is_named", [
+    ("two words", True), ("x[1]", True), ("a=b", False), ("#x", False), ("", False),
+    ("x\n[policy]\nVpnEnabled", False), ("[x]", False)])
+def test_switches_that_a_file_cannot_name(daemon, switches, key, is_named):
+    switches.set_switch(key, [4], True)
+    daemon.start()
+    assert (key in govctl.result("export")["switch"]) is is_named
+    text = govctl.run("export").out
+    assert text.startswith("# switch ") is not is_named
+    assert govctl.run("diff -", text=text).code == 0
 
 
 def test_diff(daemon, wanted):
@@ -100,12 +133,16 @@ def test_exit_code_shows_a_change(daemon, wanted):
     ("[switch]\nnone=false\n", 2, "unknown-switch"),
     ("[policy]\nVpnEnabled=false\nCameraEnabled=maybe\n", 2, "bad-file"),
     ("[policies]\nVpnEnabled=false\n", 2, "bad-file"),
-    ("VpnEnabled=false\n", 2, "bad-file")])
+    ("VpnEnabled=false\n", 2, "bad-file"),
+    ("[policy]\nVpnEnabled=false\nVpnEnabled=true\n", 2, "bad-file"),
+    ("[policy]\nVpnEnabled=false\n[switch]\n[policy]\n VpnEnabled =true\n", 2, "bad-file"),
+    ("[policy]\nVpnEnabled[de]=false\n", 2, "unknown-policy")])
 def test_wrong_files_change_nothing(daemon, text, code, error):
     daemon.start()
     before = POLICY_FILE.read_text()
-    outcome = govctl.run("apply", "-", "--json", text=f"{text}\n")
-    assert (outcome.code, outcome.error) == (code, error)
+    for verb in ("diff", "apply"):
+        outcome = govctl.run(verb, "-", "--json", text=f"{text}\n")
+        assert (outcome.code, outcome.error) == (code, error)
     assert POLICY_FILE.read_text() == before
 
 
@@ -160,6 +197,37 @@ def test_refusal_in_the_middle_takes_back_what_was_done(daemon, radio, wanted):
     assert daemon.policy("CameraEnabled") is True and daemon.policy("NfcEnabled") is True
 
 
+SEVERAL = "[policy]\nNfcEnabled=off\nUsbDevicesEnabled=off\nVpnEnabled=off\n"
+
+
+def test_missing_answer_takes_back_what_was_done(device_sentry, daemon):
+    """What has no answer counts as made, because the daemon makes it as soon as it can."""
+    device_sentry.appear()
+    daemon.start()
+    device_sentry.fail(late(3), "Set")
+    with govctl.Govctl("apply - --timeout 2 --json", text=SEVERAL) as client:
+        wait_until(lambda: any(call.arguments[-1] == 0 for call in device_sentry.calls))
+        device_sentry.mend()
+        failed = client.finish()
+    assert (failed.code, failed.error) == (6, "no-answer")
+    assert "UsbDevicesEnabled: " in failed.document["error"]["message"]
+    assert [step["key"] for step in failed.result["takenBack"]] == [
+        "UsbDevicesEnabled", "NfcEnabled"]
+    assert (failed.result["changed"], failed.result["changes"]) == (False, [])
+    assert [daemon.policy(key) for key in ("NfcEnabled", "UsbDevicesEnabled", "VpnEnabled")] == [
+        True, True, True]
+
+
+def test_daemon_that_goes_on_answering_nothing(device_sentry, daemon):
+    device_sentry.appear()
+    daemon.start()
+    device_sentry.fail(late(5), "Set")
+    failed = govctl.run("apply - --timeout 2 --json", text=SEVERAL)
+    assert (failed.code, failed.error) == (6, "no-answer")
+    assert list(changes(failed)) == ["NfcEnabled", "UsbDevicesEnabled"]
+    assert failed.result["takenBack"] == []
+
+
 def test_dry_run_of_a_policy(daemon):
     daemon.start()
     result = govctl.result("set CameraEnabled off --dry-run")
@@ -168,6 +236,14 @@ def test_dry_run_of_a_policy(daemon):
     assert enforced["key"] == "CameraEnabled" and len(enforced["effects"]) == 2
     assert daemon.policy("CameraEnabled") is True
     assert govctl.result("set CameraEnabled on --dry-run")["enforces"] == []
+    assert any("org.pelloraos.appjaild1" in note for note in result["notes"])
+
+
+@pytest.mark.parametrize("arguments", ["set CameraEnabled off", "switch set radio off"])
+def test_dry_run_judges_rights(daemon, radio, arguments):
+    daemon.start()
+    refused = govctl.run(f"{arguments} --dry-run --json", user="guest")
+    assert (refused.code, refused.error) == (4, "not-allowed")
 
 
 def test_dry_run_of_a_switch(daemon, radio):
@@ -180,11 +256,31 @@ def test_dry_run_of_a_switch(daemon, radio):
     assert daemon.switch("radio") is True
 
 
+def shared_mode_notes(*arguments, **keywords):
+    """What the client tells of USB modes that policies share."""
+    notes = govctl.result(*arguments, **keywords)["notes"]
+    return [note for note in notes if "USB mode is shared" in note]
+
+
 @pytest.mark.parametrize("key, other", [("UsbDeveloperModeEnabled", "DeveloperModeEnabled"),
                                         ("DeveloperModeEnabled", "UsbDeveloperModeEnabled")])
 def test_shared_usb_mode_is_noted(daemon, key, other):
     daemon.start()
-    note, = govctl.result("set", key, "off", "--dry-run")["notes"]
+    note, = shared_mode_notes("set", key, "off", "--dry-run")
     assert other in note and "forbidden" in note
-    assert note in govctl.result("set", key, "off")["notes"]
-    assert govctl.result("set", other, "off", "--dry-run")["notes"] == []
+    assert [note] == shared_mode_notes("set", key, "off")
+    assert shared_mode_notes("set", other, "off", "--dry-run") == []
+
+
+def test_shared_usb_mode_with_switches_and_files(daemon, switches):
+    switches.set_switch("shell", [42], True)
+    daemon.start()
+    for verb in ("switch set shell off --dry-run", "switch set shell off"):
+        note, = shared_mode_notes(verb)
+        assert "UsbDeveloperModeEnabled, which reads on" in note and "forbidden" in note
+    assert shared_mode_notes("switch set shell on") == []
+    daemon.change("DeveloperModeEnabled", False)
+    both = "[policy]\nUsbDeveloperModeEnabled=off\nDeveloperModeEnabled=on\n"
+    for verb in ("apply - --dry-run", "apply -"):
+        note, = shared_mode_notes(verb, text=both)  # of the write that is made last
+        assert "UsbDeveloperModeEnabled, which reads off" in note and "allowed" in note

@@ -129,6 +129,15 @@ def test_watch_of_some_keys(daemon, radio):
     assert govctl.run("watch nothing --once").code == 2
 
 
+@pytest.mark.parametrize("key, pattern", [("a/b", "a*"), ("x[1]", "x[1]")])
+def test_watch_of_switches_with_unusual_keys(daemon, switches, key, pattern):
+    switches.set_switch(key, [4], True)
+    daemon.start()
+    with Watch(pattern) as watch:
+        switches.announce(key, False)
+        assert watch.line() == ["switch", key, "off"]
+
+
 def test_watch_waits_for_a_daemon(daemon):
     assert govctl.run("watch --once").code == 5
     with Watch("--wait") as watch:
