@@ -23,22 +23,31 @@ using Strings = std::unique_ptr<gchar *, decltype(&g_strfreev)>;
 
 Failure badFile(const QString &path, const QString &what)
 {
+    constexpr int Longest = 200; // a message of the reader's can hold a whole line of the file
+    const QString text = what.size() > Longest ? what.left(Longest) + QStringLiteral("...") : what;
     return {ExitCode::Usage,
             QStringLiteral("bad-file"),
-            QStringLiteral("%1: %2").arg(printable(path), printable(what)),
+            QStringLiteral("%1: %2").arg(printable(path), printable(text)),
             {}};
 }
 
 Result<QByteArray> contentOf(const QString &path)
 {
+    constexpr qint64 LargestSize = 1'000'000; // a device such as /dev/zero has no end
+    if (path.isEmpty())
+        return badFile(quoted(path), QStringLiteral("a file without a name"));
     QFile file(path);
     const bool isOpen = path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
                                                    : file.open(QIODevice::ReadOnly);
     if (!isOpen)
         return badFile(path, file.errorString());
-    const QByteArray content = file.readAll();
+    const QByteArray content = file.read(LargestSize + 1);
     if (file.error() != QFileDevice::NoError)
         return badFile(path, file.errorString());
+    if (content.size() > LargestSize)
+        return badFile(path, QStringLiteral("larger than a megabyte"));
+    if (content.contains('\0'))
+        return badFile(path, QStringLiteral("not a text: it holds a NUL"));
     return content;
 }
 
@@ -129,7 +138,7 @@ Result<QMap<QString, bool>> readGroup(GKeyFile *file, const char *group, const Q
         const std::unique_ptr<gchar, decltype(&g_free)> text(
             g_key_file_get_value(file, group, *key, nullptr), g_free);
         const QString name = QString::fromUtf8(*key);
-        const std::optional<bool> value = parseValue(QString::fromUtf8(text.get()));
+        const std::optional<bool> value = parseValue(QString::fromUtf8(text.get()).trimmed());
         if (!value)
             return badFile(path,
                            QStringLiteral("%1 in [%2] is neither true nor false")

@@ -116,10 +116,10 @@ std::optional<bool> parseValue(const QString &text)
 bool matchesAny(const QStringList &patterns, const QString &name)
 {
     return std::any_of(patterns.begin(), patterns.end(), [&name](const QString &pattern) {
-        const QString expression =
-            QRegularExpression::wildcardToRegularExpression(withoutSlashes(pattern));
+        const QRegularExpression expression(
+            QRegularExpression::wildcardToRegularExpression(withoutSlashes(pattern)));
         return pattern == name
-            || QRegularExpression(expression).match(withoutSlashes(name)).hasMatch();
+            || (expression.isValid() && expression.match(withoutSlashes(name)).hasMatch());
     });
 }
 

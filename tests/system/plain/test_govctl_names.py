@@ -50,8 +50,10 @@ def test_patterns(pattern, keys):
     assert govctl.run("list", "--keys", pattern).lines == keys
 
 
-def test_pattern_that_fits_nothing():
-    assert govctl.run("list --keys Vpn").code == 2
+@pytest.mark.parametrize("pattern", ["Vpn", "[", "[z-a]"])
+def test_pattern_that_fits_nothing(pattern):
+    none = govctl.run("list", "--keys", pattern)
+    assert (none.code, none.err.count("\n")) == (2, 1)
 
 
 def test_keys_and_types(process):
