@@ -7,6 +7,7 @@
 #include "govctl/usage.h"
 #include "journal.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
@@ -51,8 +52,8 @@ QStringList argumentsFor(const QString &result, const QString &since)
                           QStringLiteral("--system"), QStringLiteral("--all"),
                           QStringLiteral("--output=json"),
                           QStringLiteral("MESSAGE_ID=") + QLatin1String(WriteMessageId),
-                          // Any process can send such a record, but the journal sets _UID itself.
-                          QStringLiteral("_UID=0")};
+                          // Any process can send such a record, but the journal sets these itself.
+                          QStringLiteral("_UID=0"), QStringLiteral("_SYSTEMD_UNIT=govd.service")};
     if (!result.isNull())
         arguments.append(QStringLiteral("GOVD_RESULT=") + result);
     if (!since.isNull())
@@ -60,16 +61,15 @@ QStringList argumentsFor(const QString &result, const QString &since)
     return arguments;
 }
 
-/// What journalctl prints for these arguments.
-Result<QByteArray> output(const QString &result, const QString &since,
-                          std::chrono::milliseconds timeout)
+/// Runs journalctl; its standard output. Fails with Usage when journalctl itself fails.
+Result<QByteArray> journalctl(const QStringList &arguments, QDeadlineTimer deadline)
 {
     QProcess process;
-    process.start(QStringLiteral("journalctl"), argumentsFor(result, since));
+    process.start(QStringLiteral("journalctl"), arguments);
     if (!process.waitForStarted())
         return noJournal(
             QStringLiteral("journalctl cannot be started: %1").arg(process.errorString()));
-    if (!process.waitForFinished(static_cast<int>(timeout.count()))) {
+    if (!process.waitForFinished(static_cast<int>(deadline.remainingTime()))) {
         process.kill();
         return Failure{ExitCode::NoAnswer,
                        QStringLiteral("no-answer"),
@@ -78,12 +78,7 @@ Result<QByteArray> output(const QString &result, const QString &since,
     }
     if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
         return process.readAllStandardOutput();
-    const QString words = printable(QString::fromUtf8(process.readAllStandardError()).simplified());
-    if (!since.isNull())
-        return usageFailure(
-            QStringLiteral("--since takes a time as journalctl does, not %1 (journalctl: %2)")
-                .arg(cited(since), words));
-    return noJournal(QStringLiteral("journalctl fails: %1").arg(words));
+    return usageFailure(printable(QString::fromUtf8(process.readAllStandardError()).simplified()));
 }
 
 /// A field as text. One that cannot be printed comes as a list of bytes.
@@ -116,6 +111,7 @@ RecordedWrite writeOf(const QJsonObject &entry)
     if (const uint uid = fieldOf(entry, "GOVD_CALLER_UID").toUInt(&isKnown); isKnown)
         write.uid = uid;
     write.program = fieldOf(entry, "GOVD_CALLER_PROGRAM");
+    write.command = fieldOf(entry, "GOVD_CALLER_COMMAND");
     write.leftOut = fieldOf(entry, "GOVD_LEFT_OUT").toInt();
     return write;
 }
@@ -161,7 +157,9 @@ QString RecordedWrite::user() const
 
 QString RecordedWrite::programText() const
 {
-    return program.isEmpty() ? QStringLiteral("unknown") : printable(program);
+    if (!program.isEmpty())
+        return printable(program);
+    return command.isEmpty() ? QStringLiteral("unknown") : quoted(command);
 }
 
 QString RecordedWrite::name() const
@@ -191,6 +189,7 @@ QJsonObject RecordedWrite::toJson() const
             {QStringLiteral("uid"), uid ? QJsonValue(static_cast<qint64>(*uid)) : QJsonValue()},
             {QStringLiteral("user"), uid ? QJsonValue(user()) : QJsonValue()},
             {QStringLiteral("program"), program.isEmpty() ? QJsonValue() : QJsonValue(program)},
+            {QStringLiteral("command"), command.isEmpty() ? QJsonValue() : QJsonValue(command)},
             {QStringLiteral("leftOut"), leftOut}};
 }
 
@@ -199,7 +198,21 @@ Result<QVector<RecordedWrite>> History::read(const QString &result, const QStrin
 {
     if (const Outcome failure = checkJournal())
         return *failure;
-    const Result<QByteArray> text = output(result, since, timeout);
+    const QDeadlineTimer deadline(timeout);
+    // Records that the journal has not stored yet count too. Only root may ask for that, so a
+    // failure is none here.
+    if (const auto synced = journalctl({QStringLiteral("--sync")}, deadline);
+        !synced && synced.failure().code == ExitCode::NoAnswer)
+        return synced.failure();
+    const Result<QByteArray> text = journalctl(argumentsFor(result, since), deadline);
+    if (!text && text.failure().code == ExitCode::Usage) {
+        const QString words = text.failure().message;
+        return since.isNull()
+            ? noJournal(QStringLiteral("journalctl fails: %1").arg(words))
+            : usageFailure(
+                QStringLiteral("--since takes a time as journalctl does, not %1 (journalctl: %2)")
+                    .arg(cited(since), words));
+    }
     if (!text)
         return text.failure();
     QVector<RecordedWrite> writes;

@@ -21,7 +21,8 @@ struct RecordedWrite
     QString caller; ///< its unique name on the bus
     int pid = 0; ///< 0 when it is not known
     std::optional<uint> uid;
-    QString program; ///< empty when it is not known
+    QString program; ///< its path; empty when it is not known
+    QString command; ///< the process's own name, where the program is not known
     int leftOut = 0; ///< number of writes before this one that have no record
 
     bool isAccepted() const;

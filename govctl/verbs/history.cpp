@@ -6,6 +6,7 @@
 #include "govctl/text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -18,10 +19,14 @@ QString resultText(const RecordedWrite &write, const Output &output)
     return text;
 }
 
-QString toText(const QVector<RecordedWrite> &writes, const Output &output)
+/// @p leftOut writes after the last of @p writes have no record.
+QString toText(const QVector<RecordedWrite> &writes, int leftOut, const Output &output)
 {
+    const QString end = leftOut
+        ? QStringLiteral("%1 other writes since then have no record\n").arg(leftOut)
+        : QString();
     if (writes.isEmpty())
-        return QStringLiteral("the journal has no such record\n");
+        return QStringLiteral("the journal has no such record\n") + end;
     QVector<QStringList> rows;
     QVector<int> widths(5, 0);
     for (const RecordedWrite &write : writes) {
@@ -36,7 +41,7 @@ QString toText(const QVector<RecordedWrite> &writes, const Output &output)
             row[i] = row[i].leftJustified(widths[i]);
         text += row.join(QStringLiteral("  ")) + QLatin1Char('\n');
     }
-    return text;
+    return text + end;
 }
 
 /// Those of @p patterns that match no record. A record can name what is no policy or switch.
@@ -52,26 +57,35 @@ QStringList unrecorded(const QStringList &patterns, const QVector<RecordedWrite>
     return result;
 }
 
+bool isAskedFor(const RecordedWrite &write, const Request &request)
+{
+    if (request.has(QStringLiteral("denied")) && write.result != QLatin1String("denied"))
+        return false;
+    return request.arguments.isEmpty() || matchesAny(request.arguments, write.key);
+}
+
 } // namespace
 
 ExitCode Verbs::history(const Request &request, Output &output)
 {
-    const QString result =
-        request.has(QStringLiteral("denied")) ? QStringLiteral("denied") : QString();
     const Result<QVector<RecordedWrite>> all =
-        History::read(result, request.options.value(QStringLiteral("since")), request.timeout);
+        History::read({}, request.options.value(QStringLiteral("since")), request.timeout);
     if (!all)
         return output.fail(all.failure());
     if (const Outcome failure = checkNames(unrecorded(request.arguments, *all), request.timeout))
         return output.fail(*failure);
     QVector<RecordedWrite> writes;
     QJsonArray array;
-    for (const RecordedWrite &write : *all) {
-        if (request.arguments.isEmpty() || matchesAny(request.arguments, write.key)) {
-            writes.append(write);
-            array.append(write.toJson());
-        }
+    int leftOut = 0;
+    for (RecordedWrite write : *all) {
+        leftOut += write.leftOut;
+        if (!isAskedFor(write, request))
+            continue;
+        write.leftOut = std::exchange(leftOut, 0);
+        writes.append(write);
+        array.append(write.toJson());
     }
-    return output.write(ExitCode::Done, {{QStringLiteral("writes"), array}},
-                        toText(writes, output));
+    return output.write(ExitCode::Done,
+                        {{QStringLiteral("writes"), array}, {QStringLiteral("leftOut"), leftOut}},
+                        toText(writes, leftOut, output));
 }

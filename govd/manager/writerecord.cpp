@@ -30,17 +30,26 @@ bool takesAnotherDenied()
     return ++count <= Log::Burst;
 }
 
-/// The path of the program that a process runs; the process's name if the path may not be read.
+QByteArray processFile(int pid, const char *name)
+{
+    return "/proc/" + QByteArray::number(pid) + name;
+}
+
+/// The path of the program that a process runs; empty if it may not be read.
 QString programOf(int pid)
 {
-    const QByteArray directory = "/proc/" + QByteArray::number(pid);
     std::array<char, PATH_MAX> text;
-    auto size = readlink((directory + "/exe").constData(), text.data(), text.size());
-    if (size <= 0) {
-        const int file = open((directory + "/comm").constData(), O_RDONLY | O_CLOEXEC);
-        size = read(file, text.data(), text.size()) - 1; // without the line break
-        close(file);
-    }
+    const auto size = readlink(processFile(pid, "/exe").constData(), text.data(), text.size());
+    return QString::fromUtf8(text.data(), qMax(0, static_cast<int>(size)));
+}
+
+/// The name that a process has given itself: it can look like the path of any program.
+QString commandOf(int pid)
+{
+    std::array<char, 64> text; // the kernel keeps 15 bytes
+    const int file = open(processFile(pid, "/comm").constData(), O_RDONLY | O_CLOEXEC);
+    const auto size = read(file, text.data(), text.size()) - 1; // without the line break
+    close(file);
     return QString::fromUtf8(text.data(), qMax(0, static_cast<int>(size)));
 }
 
@@ -101,8 +110,11 @@ void WriteRecord::setCaller(const QString &busName, int pid, std::optional<uint>
     m_caller = busName;
     m_pid = pid;
     m_uid = uid;
-    if (pid)
-        m_program = programOf(pid);
+    if (!pid)
+        return;
+    m_program = programOf(pid);
+    if (m_program.isEmpty())
+        m_command = commandOf(pid);
 }
 
 void WriteRecord::accept(const QString &oldText) const
@@ -146,5 +158,7 @@ JournalRecord WriteRecord::withResult(const QString &result, int priority) const
         record.add("GOVD_CALLER_UID", QString::number(*m_uid));
     if (!m_program.isEmpty())
         record.add("GOVD_CALLER_PROGRAM", m_program);
+    if (!m_command.isEmpty())
+        record.add("GOVD_CALLER_COMMAND", m_command);
     return record;
 }

@@ -53,7 +53,8 @@ private:
     QString m_caller;
     int m_pid = 0;
     std::optional<uint> m_uid;
-    QString m_program;
+    QString m_program; ///< the path; empty if it may not be read
+    QString m_command; ///< the process's own name, without a path
 };
 
 #endif

@@ -53,10 +53,11 @@ def value_of(client, key, *address):
     return client.ask(read_of(key, *address))[0][1]
 
 
-def run(*arguments, **keywords):
-    """Runs the client after the journal has stored all messages so far."""
-    unit.run("journalctl", "--sync")
-    return govctl.run(*arguments, **keywords)
+def run(*arguments, user="root", **keywords):
+    """Runs the client; for other users than root after the journal has stored all so far."""
+    if user != "root":
+        unit.run("journalctl", "--sync")
+    return govctl.run(*arguments, user=user, **keywords)
 
 
 def history(*arguments):
@@ -82,9 +83,9 @@ def test_who_turned_the_camera_off(daemon, agent):
     assert found == {
         "kind": "policy", "key": CAMERA, "before": "true", "value": "false", "result": "accepted",
         "caller": agent.unique_name, "pid": agent.user.pid, "uid": agent.user.uid, "user": "mdm",
-        "program": name_of(agent), "leftOut": 0}
+        "program": None, "command": name_of(agent), "leftOut": 0}
     line, = run("history", CAMERA).lines
-    assert line.split("  ")[1:] == ["mdm", name_of(agent), CAMERA, "on -> off", "accepted"]
+    assert line.split("  ")[1:] == ["mdm", f'"{name_of(agent)}"', CAMERA, "on -> off", "accepted"]
 
 
 def test_denied(open_bus, daemon, agent, guest):
@@ -94,7 +95,7 @@ def test_denied(open_bus, daemon, agent, guest):
     found, = history("--denied")
     assert (found["user"], found["before"], found["value"]) == ("guest", None, "false")
     line, = run("history", "--denied").lines
-    assert line.split("  ")[1:] == ["guest", name_of(guest), CAMERA, "-> off", "denied"]
+    assert line.split("  ")[1:] == ["guest", f'"{name_of(guest)}"', CAMERA, "-> off", "denied"]
 
 
 def test_keys_and_times(lens, agent):
@@ -122,9 +123,11 @@ def test_records_of_other_processes_are_ignored(daemon):
     forged = {"MESSAGE_ID": unit.WRITE, "GOVD_KIND": "policy", "GOVD_KEY": CAMERA,
               "GOVD_OLD_VALUE": "false", "GOVD_NEW_VALUE": "true", "GOVD_RESULT": "accepted"}
     text = "".join(f"{name}={value}\n" for name, value in forged.items())
-    with program.Program(["logger", "--journald"], user="guest", text=text) as logger:
-        assert logger.finish().code == 0
-    wait_until(lambda: unit.run("journalctl", "-o", "json", f"MESSAGE_ID={unit.WRITE}"))
+    for user in ("guest", "root"):
+        with program.Program(["logger", "--journald"], user=user, text=text) as logger:
+            assert logger.finish().code == 0
+    found = ("journalctl", "-o", "json", f"MESSAGE_ID={unit.WRITE}")
+    wait_until(lambda: len(unit.run(*found).splitlines()) == 2)
     assert history() == []
     assert run("undo", "--json").result["write"] is None
 
@@ -135,7 +138,7 @@ def test_undo(daemon, agent):
     outcome = run("undo", CAMERA)
     assert outcome.code == 0
     first, second = outcome.lines[:2]
-    assert first.startswith(f"taking back what mdm did with {name_of(agent)} at ")
+    assert first.startswith(f'taking back what mdm did with "{name_of(agent)}" at ')
     assert first.endswith(f": {CAMERA}: on -> off")
     assert second == f"{CAMERA}: off -> on"
     assert value_of(agent, CAMERA) is True

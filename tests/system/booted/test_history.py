@@ -41,7 +41,7 @@ def caller(client):
     """The fields about a client. The daemon may not read the path of other users' programs."""
     return {"GOVD_CALLER": client.unique_name, "GOVD_CALLER_PID": f"{client.user.pid}",
             "GOVD_CALLER_UID": f"{client.user.uid}",
-            "GOVD_CALLER_PROGRAM": pathlib.Path(f"/proc/{client.user.pid}/comm").read_text()[:-1]}
+            "GOVD_CALLER_COMMAND": pathlib.Path(f"/proc/{client.user.pid}/comm").read_text()[:-1]}
 
 
 def record(client, kind, key, new, result, **more):
