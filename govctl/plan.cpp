@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/plan.h"
 
+#include "govctl/interruption.h"
 #include "govctl/knownpolicies.h"
 #include "govctl/switches.h"
 #include "govctl/text.h"
@@ -106,28 +107,39 @@ void planSwitches(Plan &plan, const DesiredState &desired, const Snapshot &snaps
     }
 }
 
-/// Whether the daemon may still make the change.
-bool isUnanswered(const Outcome &failure)
+/// Whether the daemon may have made the change, or may still make it.
+bool isUncertain(const Outcome &failure)
 {
-    return failure && failure->code == ExitCode::NoAnswer;
+    return failure && (failure->code == ExitCode::NoAnswer || failure->code == ExitCode::NoDaemon);
 }
 
-/// Takes back the steps that were made, the last one first. A daemon that does not answer may make
-/// a write later, so no more are sent to it then.
+/// Takes back the steps that were made and that nobody has changed since, the last one first. A
+/// daemon that does not answer may make a write later, so no more are sent to it then.
 void takeBack(Daemon &daemon, Application &application)
 {
     daemon.restartDeadline();
-    Outcome failure;
-    for (int i = application.done.size() - 1; i >= 0 && !isUnanswered(failure); --i) {
+    const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
+    Outcome failure = snapshot ? Outcome() : snapshot.failure();
+    for (int i = application.done.size() - 1; i >= 0 && !isUncertain(failure); --i) {
         const Step step = application.done[i];
         if (!step.before)
             continue;
-        failure = writeStep(daemon, step, *step.before);
-        if (!failure) {
+        const bool isMade = valueNow(*snapshot, step) == step.value;
+        failure = isMade ? writeStep(daemon, step, *step.before) : Outcome();
+        if (failure)
+            continue;
+        application.done.removeAt(i);
+        if (isMade)
             application.takenBack.append(step);
-            application.done.removeAt(i);
-        }
     }
+}
+
+Failure interrupted()
+{
+    return {ExitCode::NoAnswer,
+            QStringLiteral("interrupted"),
+            QStringLiteral("interrupted by a signal"),
+            {}};
 }
 
 } // namespace
@@ -217,12 +229,13 @@ Plan planFor(const DesiredState &desired, const Snapshot &snapshot)
 Application carryOut(Daemon &daemon, const QVector<Step> &steps)
 {
     Application result;
-    for (const Step &step : steps) {
-        result.failure = writeStep(daemon, step, step.value);
-        if (!result.failure || isUnanswered(result.failure))
-            result.done.append(step);
-        if (result.failure)
-            break;
+    const Interruption interruption;
+    for (int i = 0; i < steps.size() && !result.failure; ++i) {
+        result.failure = writeStep(daemon, steps[i], steps[i].value);
+        if (!result.failure || isUncertain(result.failure))
+            result.done.append(steps[i]);
+        if (!result.failure && interruption.hasCome() && i + 1 < steps.size())
+            result.failure = interrupted();
     }
     if (result.failure)
         takeBack(daemon, result);

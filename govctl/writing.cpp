@@ -48,6 +48,8 @@ QVector<Verdict> settledVerdicts(Daemon &daemon, const QVector<PolicyState> &pol
 
 Result<ForceCheck> checkForce(Daemon &daemon, const QVector<Step> &steps)
 {
+    if (steps.isEmpty())
+        return ForceCheck();
     const Result<Snapshot> snapshot = takeSnapshot(daemon, KnownPolicies::keys());
     if (!snapshot)
         return snapshot.failure();
@@ -72,8 +74,10 @@ QStringList forceNotes(const Verdict &verdict)
     const QString &key = verdict.policy.key;
     switch (verdict.state()) {
     case Verdict::State::InForce:
-    case Verdict::State::Unseen:
         return {};
+    case Verdict::State::Unseen:
+        return {
+            QStringLiteral("whether %1 is in force cannot be seen: %2").arg(key, verdict.text())};
     case Verdict::State::NotInForce:
         return {QStringLiteral("%1 is not in force: %2").arg(key, verdict.failureText())};
     case Verdict::State::NotEnforced:

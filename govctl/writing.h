@@ -30,7 +30,7 @@ struct ForceCheck
 /// Checks the policies that @p steps have written, and those that their switches govern.
 Result<ForceCheck> checkForce(Daemon &daemon, const QVector<Step> &steps);
 
-/// Notes on a policy that has just been written: none if it is in force or if that cannot be read.
+/// Notes on a policy that has just been written: none if it is in force.
 QStringList forceNotes(const Verdict &verdict);
 
 #endif

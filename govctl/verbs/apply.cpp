@@ -57,6 +57,21 @@ ExitCode report(const Request &request, Output &output, const Work &work)
                         result, text);
 }
 
+/// Makes the steps of @p plan under @p limit.
+Work carryOutPlan(Daemon &daemon, const Plan &plan, TimeLimit limit)
+{
+    Work work{plan, carryOut(daemon, plan.steps), {}, false};
+    const Application &made = work.application;
+    // When all was taken back, nothing is left to which the failure could matter.
+    limit.settle(made.failure ? made.done : plan.steps + plan.kept,
+                 made.done.isEmpty() ? Outcome() : made.failure);
+    work.notes = limit.notes();
+    if (made.failure && !made.done.isEmpty())
+        work.notes += QStringLiteral("what is listed here could not be taken back; a change "
+                                     "without an answer may be made later");
+    return work;
+}
+
 /// The failure of the whole plan: its first obstacle and the number of the others.
 Failure firstObstacle(const Plan &plan)
 {
@@ -86,16 +101,10 @@ ExitCode Verbs::apply(const Request &request, Output &output)
 
     if (isDry)
         return report(request, output, Work{*plan, {plan->steps, {}, {}}, plan->notes, false});
-    const Result<TimeLimit> begun = TimeLimit::begin(request, plan->steps + plan->kept);
-    if (!begun)
-        return output.fail(begun.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
-    TimeLimit limit = *begun;
-    Work work{*plan, carryOut(daemon, plan->steps), {}, false};
-    const Application &made = work.application;
-    // When all was taken back, nothing is left to which the failure could matter.
-    limit.settle(made.failure ? made.done : plan->steps + plan->kept,
-                 made.done.isEmpty() ? Outcome() : made.failure);
-    work.notes = limit.notes();
+    const Result<TimeLimit> limit = TimeLimit::begin(request, plan->steps + plan->kept);
+    if (!limit)
+        return output.fail(limit.failure(), toJson(Work{*plan, {}, {}, false}, isDry), {});
+    Work work = carryOutPlan(daemon, *plan, *limit);
     if (work.application.failure)
         return report(request, output, work);
     const Result<ForceCheck> check = checkForce(daemon, work.application.done);
