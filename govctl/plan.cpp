@@ -78,6 +78,8 @@ bool isAlready(const PolicyState &policy, bool wanted)
 void planPolicies(Plan &plan, const DesiredState &desired, const Snapshot &snapshot)
 {
     for (auto entry = desired.policies.begin(); entry != desired.policies.end(); ++entry) {
+        if (entry.key() == QLatin1String("NoPolicy")) // a line of the daemon's own file
+            continue;
         const PolicyState *policy = find(snapshot.policies, entry.key());
         if (!policy)
             plan.obstacles.append(unknownPolicy(entry.key()));

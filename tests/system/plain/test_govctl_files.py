@@ -160,6 +160,11 @@ def test_long_mistakes_are_cut(daemon):
     assert failed.code == 2 and len(failed.err) < 400
 
 
+def test_file_of_the_daemon(daemon):
+    daemon.start()
+    assert govctl.run("diff", str(POLICY_FILE)).code == 0
+
+
 def test_blanks_around_values(daemon):
     daemon.start()
     assert govctl.run("diff -", text="[policy]\nVpnEnabled = on \t\n").code == 0
