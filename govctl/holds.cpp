@@ -227,6 +227,10 @@ Holds::Release Holds::takeBack(Daemon &daemon, const Snapshot &snapshot, const H
     Release result;
     for (int i = hold.steps.size() - 1; i >= 0; --i) {
         const Step &step = hold.steps[i];
+        if (isUncertain(result.failure)) {
+            result.failed.append(step);
+            continue;
+        }
         const std::optional<bool> now = valueNow(snapshot, step);
         if (now && now != step.value) {
             result.left.append(step);
@@ -239,9 +243,6 @@ Holds::Release Holds::takeBack(Daemon &daemon, const Snapshot &snapshot, const H
         }
         result.failure = failure;
         result.failed.append(step);
-        // The time for all answers is over.
-        if (failure->code == ExitCode::NoAnswer)
-            break;
     }
     return result;
 }

@@ -109,12 +109,6 @@ void planSwitches(Plan &plan, const DesiredState &desired, const Snapshot &snaps
     }
 }
 
-/// Whether the daemon may have made the change, or may still make it.
-bool isUncertain(const Outcome &failure)
-{
-    return failure && (failure->code == ExitCode::NoAnswer || failure->code == ExitCode::NoDaemon);
-}
-
 /// Takes back the steps that were made and that nobody has changed since, the last one first. A
 /// daemon that does not answer may make a write later, so no more are sent to it then.
 void takeBack(Daemon &daemon, Application &application)
@@ -159,6 +153,11 @@ std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step)
             return governor.value;
     }
     return std::nullopt;
+}
+
+bool isUncertain(const Outcome &failure)
+{
+    return failure && (failure->code == ExitCode::NoAnswer || failure->code == ExitCode::NoDaemon);
 }
 
 Outcome writeStep(Daemon &daemon, const Step &step, bool value)

@@ -45,6 +45,9 @@ Plan planFor(const DesiredState &desired, const Snapshot &snapshot);
 /// may read it.
 std::optional<bool> valueNow(const Snapshot &snapshot, const Step &step);
 
+/// Whether the daemon may have made a write that ended with @p failure, or may still make it.
+bool isUncertain(const Outcome &failure);
+
 /// Writes @p value to the policy or switch of @p step.
 Outcome writeStep(Daemon &daemon, const Step &step, bool value);
 

@@ -32,12 +32,11 @@ Outcome TimeLimit::checkRight(const Request &request)
 
 void TimeLimit::settle(const QVector<Step> &made, const Outcome &failure)
 {
-    // Without an answer the change may have been made, or still be made, so the hold stays.
-    if (failure && failure->code != ExitCode::Refused && failure->code != ExitCode::NotAllowed)
-        return;
     const bool isAllowed = !Holds::checkRight();
     const Outcome unsaved = Holds::edit([&](Hold &hold) {
         const bool isOwn = m_hold && hold.id == m_hold->id;
+        if (failure && !isOwn)
+            return;
         QVector<Step> kept;
         for (const Step &step : qAsConst(hold.steps)) {
             if (contains(made, step) == isOwn)

@@ -17,7 +17,8 @@ public:
     /// Whether this user may set the limit that @p request asks for, if any.
     static Outcome checkRight(const Request &request);
 
-    /// To be called when the change has ended, with the steps that were @p made and its @p failure.
+    /// To be called when the change has ended, with the steps that were, or may have been, @p made.
+    /// After a @p failure other holds keep theirs.
     void settle(const QVector<Step> &made, const Outcome &failure = std::nullopt);
 
     /// Lines that say when it ends, if there is a limit, and what will not be taken back.

@@ -62,9 +62,7 @@ Work carryOutPlan(Daemon &daemon, const Plan &plan, TimeLimit limit)
 {
     Work work{plan, carryOut(daemon, plan.steps), {}, false};
     const Application &made = work.application;
-    // When all was taken back, nothing is left to which the failure could matter.
-    limit.settle(made.failure ? made.done : plan.steps + plan.kept,
-                 made.done.isEmpty() ? Outcome() : made.failure);
+    limit.settle(made.failure ? made.done : plan.steps + plan.kept, made.failure);
     work.notes = limit.notes();
     if (made.failure && !made.done.isEmpty())
         work.notes += QStringLiteral("what is listed here could not be taken back; a change "

@@ -139,7 +139,7 @@ ExitCode Verbs::set(const Request &request, Output &output)
     const Outcome failure = !accepted ? Outcome(accepted.failure())
         : *accepted                   ? Outcome()
                                       : refusal(policy);
-    limit.settle(failure ? QVector<Step>() : QVector<Step>{step}, failure);
+    limit.settle(failure && !isUncertain(failure) ? QVector<Step>() : QVector<Step>{step}, failure);
     if (failure)
         return output.fail(*failure);
 

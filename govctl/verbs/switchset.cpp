@@ -143,18 +143,16 @@ ExitCode Verbs::switchSet(const Request &request, Output &output)
     if (!*accepted)
         return output.fail(refusal(key));
     TimeLimit limit;
-    limit.settle({{Step::Kind::Switch, key, std::nullopt, requested}});
-    for (const QString &note : limit.notes())
-        output.note(note);
+    const Step step{Step::Kind::Switch, key, {}, requested};
+    limit.settle({step});
 
     const Result<Snapshot> after = takeSnapshot(daemon, KnownPolicies::keys());
     if (!after)
         return output.fail(after.failure());
-    const Step step{Step::Kind::Switch, key, {}, requested};
     const Result<ForceCheck> check = checkForce(daemon, {step});
     if (!check)
         return output.fail(check.failure());
-    Change change{key, requested, *before, *after, check->notes};
+    Change change{key, requested, *before, *after, check->notes + limit.notes()};
     if (change.isChange())
         change.notes += sharedModeNotes(*before, {step});
     return output.write(check->isContradicted ? ExitCode::NotInForce : ExitCode::Done,

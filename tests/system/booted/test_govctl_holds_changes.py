@@ -131,7 +131,7 @@ def test_later_change_that_is_refused_decides_nothing(locks, device):
 def test_later_change_of_a_switch_decides(lens, device):
     assert govctl.run("apply - --for 3h", text="[switch]\nlens=off\n").code == 0
     outcome = govctl.run("switch set lens off")
-    assert 'hold 1 does not take back switch "lens" any more\n' in outcome.err
+    assert 'hold 1 does not take back switch "lens" any more\n' in outcome.out
     assert held() == []
     assert govctl.run("switch get lens").out == "off\n"
 
