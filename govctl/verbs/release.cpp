@@ -31,15 +31,24 @@ Result<QVector<Hold>> chosen(const Request &request, const Holds::Listing &all)
     return result;
 }
 
-QJsonObject toJson(const Holds::Release &release)
+/// What became of the steps of all holds, and whether what was taken back is in force.
+struct Report
 {
-    return {{QStringLiteral("takenBack"), toJson(release.takenBack)},
-            {QStringLiteral("left"), toJson(release.left)},
-            {QStringLiteral("failed"), toJson(release.failed)}};
+    Holds::Release release;
+    ForceCheck check;
+};
+
+QJsonObject toJson(const Report &report)
+{
+    return {{QStringLiteral("takenBack"), toJson(report.release.takenBack)},
+            {QStringLiteral("left"), toJson(report.release.left)},
+            {QStringLiteral("failed"), toJson(report.release.failed)},
+            {QStringLiteral("notes"), QJsonArray::fromStringList(report.check.notes)}};
 }
 
-QString toText(const Holds::Release &release, const Output &output)
+QString toText(const Report &report, const Output &output)
 {
+    const Holds::Release &release = report.release;
     QString text;
     for (const Step &step : release.takenBack)
         text += QStringLiteral("%1: %2 -> %3\n")
@@ -49,6 +58,8 @@ QString toText(const Holds::Release &release, const Output &output)
             QStringLiteral("%1 is left alone: somebody has changed it since\n").arg(step.name());
     for (const Step &step : release.failed)
         text += QStringLiteral("%1 is not taken back, and stays in its hold\n").arg(step.name());
+    for (const QString &note : report.check.notes)
+        text += note + QLatin1Char('\n');
     return text;
 }
 
@@ -73,8 +84,7 @@ Outcome release(Daemon &daemon, const Hold &hold, Holds::Release &report)
     return release.failure ? release.failure : failure;
 }
 
-Outcome release(const Request &request, Output &output, const QVector<Hold> &holds,
-                Holds::Release &report)
+Outcome release(const Request &request, Output &output, const QVector<Hold> &holds, Report &report)
 {
     if (holds.isEmpty())
         return std::nullopt;
@@ -83,10 +93,16 @@ Outcome release(const Request &request, Output &output, const QVector<Hold> &hol
         return owner.failure();
     Outcome result;
     for (const Hold &hold : holds) {
-        if (const Outcome failure = release(daemon, hold, report))
+        if (const Outcome failure = release(daemon, hold, report.release))
             result = failure;
     }
-    return result;
+    if (result || report.release.takenBack.isEmpty())
+        return result;
+    const Result<ForceCheck> check = checkForce(daemon, report.release.takenBack);
+    if (!check)
+        return check.failure();
+    report.check = *check;
+    return std::nullopt;
 }
 
 } // namespace
@@ -102,12 +118,13 @@ ExitCode Verbs::release(const Request &request, Output &output)
 
     // Before the daemon is needed, so that what cannot be taken back now is tried again.
     Outcome failure = request.has(QStringLiteral("due")) ? Holds::renewTimer() : std::nullopt;
-    Holds::Release report;
+    Report report;
     if (const Outcome second = ::release(request, output, *holds, report))
         failure = second;
     if (!failure)
         failure = all.failure;
     if (failure)
         return output.fail(*failure, toJson(report), toText(report, output));
-    return output.write(ExitCode::Done, toJson(report), toText(report, output));
+    return output.write(report.check.isContradicted ? ExitCode::NotInForce : ExitCode::Done,
+                        toJson(report), toText(report, output));
 }

@@ -62,6 +62,15 @@ def test_all_users_may_read_holds_whatever_the_mask(device):
     assert "CameraEnabled" in govctl.run("holds", user="guest").out
 
 
+def test_release_shows_what_is_not_in_force(device):
+    govctl.run("set CameraEnabled off --for 3h")
+    files.CAMERA_MARKER.symlink_to("/nonexistent/file")
+    outcome = govctl.run("release")
+    assert outcome.code == 8
+    assert outcome.out.startswith("CameraEnabled: off -> on\nCameraEnabled is not in force: ")
+    assert held() == []
+
+
 def test_three_hours_across_a_restart(device):
     assert govctl.run("set CameraEnabled off --for 3h").code == 0
     stop_device()
