@@ -100,6 +100,14 @@ def test_daemon_stuck_in_a_write(process, switches):
     switches.release()
 
 
+def test_change_for_a_while_without_systemd(daemon):
+    daemon.start()
+    refused = govctl.run("set CameraEnabled off --for 1h --json")
+    assert (refused.code, refused.error) == (5, "no-timer")
+    assert govctl.run("get CameraEnabled").out == "on\n"
+    assert govctl.result("holds")["holds"] == []
+
+
 def test_daemon_that_leaves(daemon, transcript):
     """The bus reports it, so the client does not wait for its time-out."""
     daemon.start()
