@@ -7,6 +7,15 @@
 
 #include <systemsettings/partitionmanager.h>
 
+namespace {
+
+// The platform's numbers: what it calls them is its own business.
+constexpr int External = 8;
+constexpr int Mounted = 2;
+constexpr int AllWithoutParents = 0x100f;
+
+} // namespace
+
 std::optional<PolicyType> governingPolicy(const Partition &partition)
 {
     switch (partition.drive().value(QStringLiteral("connectionBus")).toInt()) {
@@ -21,8 +30,7 @@ std::optional<PolicyType> governingPolicy(const Partition &partition)
 
 bool isMountedExternally(const Partition &partition)
 {
-    return partition.storageType() == Partition::External
-        && partition.status() == Partition::Mounted;
+    return int(partition.storageType()) == External && int(partition.status()) == Mounted;
 }
 
 void unmountRemovableStorage(PolicyEnforcementTask task)
@@ -34,7 +42,7 @@ void unmountRemovableStorage(PolicyEnforcementTask task)
     if (task.value)
         return;
 
-    const auto partitions = manager->partitions(Partition::Any | Partition::ExcludeParents);
+    const auto partitions = manager->partitions(QFlag(AllWithoutParents));
     Watchdog::checkBus(); // partitions() may have blocked
     for (const Partition &partition : partitions) {
         if (governingPolicy(partition) == task.type && isMountedExternally(partition))

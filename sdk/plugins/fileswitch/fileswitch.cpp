@@ -108,7 +108,7 @@ class FileSwitch : public Pellora::AccessSwitchPlugin
 {
     Q_OBJECT
     Q_INTERFACES(Pellora::AccessSwitchPlugin)
-    Q_PLUGIN_METADATA(IID PELLORA_ACCESSSWITCHPLUGIN_IID)
+    Q_PLUGIN_METADATA(IID "org.kvt.brinos.AccessSwitchPlugin/1.0")
 
 public:
     FileSwitch();
