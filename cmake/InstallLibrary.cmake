@@ -21,8 +21,8 @@ function(govd_install_library)
     ${CMAKE_INSTALL_LIBDIR}/cmake/${ARG_NAME} COMPONENT ${module}-development)
 
   set(ARG_DEPENDENCIES "")
-  if("Qt5Core" IN_LIST ARG_REQUIRES)
-    set(ARG_DEPENDENCIES "find_dependency(Qt5 5.15 COMPONENTS Core)")
+  if("${QT}Core" IN_LIST ARG_REQUIRES)
+    set(ARG_DEPENDENCIES "find_dependency(${QT} COMPONENTS Core)")
   endif()
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/LibraryConfig.cmake.in
     ${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}Config.cmake

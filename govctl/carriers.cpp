@@ -13,6 +13,7 @@
 #include <systemsettings/partitionmanager.h>
 
 #include <algorithm>
+#include <utility>
 
 using namespace PolicyTypes;
 
@@ -156,7 +157,7 @@ std::optional<bool> Surroundings::usbEnabled()
     const QDBusMessage reply = m_daemon.ask(Names::UsbManagerProperties, QStringLiteral("Get"),
                                             {Names::UsbManager, QStringLiteral("Enabled")});
     const QVariant value = reply.arguments().value(0).value<QDBusVariant>().variant();
-    return value.type() == QVariant::Bool ? std::optional<bool>(value.toBool()) : std::nullopt;
+    return value.userType() == QMetaType::Bool ? std::optional<bool>(value.toBool()) : std::nullopt;
 }
 
 std::optional<bool> Surroundings::tethering()
@@ -167,7 +168,7 @@ std::optional<bool> Surroundings::tethering()
         return std::nullopt;
     const auto properties = qdbus_cast<QVariantMap>(reply.arguments().constFirst());
     const QVariant value = properties.value(QStringLiteral("Tethering"));
-    return value.type() == QVariant::Bool ? std::optional<bool>(value.toBool()) : std::nullopt;
+    return value.userType() == QMetaType::Bool ? std::optional<bool>(value.toBool()) : std::nullopt;
 }
 
 std::optional<QStringList> Surroundings::mounts(int type)
@@ -178,7 +179,7 @@ std::optional<QStringList> Surroundings::mounts(int type)
         return std::nullopt;
     const int bus = type == MemoryCard ? 0 : 1;
     QStringList result;
-    for (const Partition &partition : qAsConst(**m_partitions)) {
+    for (const Partition &partition : std::as_const(**m_partitions)) {
         // A drive without a ConnectionBus counts as a memory card, as it does for the daemon.
         if (partition.drive().value(QStringLiteral("connectionBus")).toInt() == bus
             && partition.storageType() == Partition::External

@@ -42,7 +42,7 @@ Outcome checkArgument(Argument::Kind kind, const QString &text)
 Outcome checkArguments(const Request &request)
 {
     for (int i = 0; i < request.arguments.size(); ++i) {
-        const int place = std::min(i, request.verb->arguments.size() - 1);
+        const int place = std::min(i, int(request.verb->arguments.size()) - 1);
         if (Outcome wrong =
                 checkArgument(request.verb->arguments[place].kind, request.arguments[i]))
             return wrong;

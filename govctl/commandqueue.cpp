@@ -4,26 +4,11 @@
 
 #include "govctl/text.h"
 
-#include <unistd.h>
-#include <utility>
-
-CommandQueue::Process::Process(bool toStandardError)
-    : m_toStandardError(toStandardError)
+CommandQueue::CommandQueue(const QString &command, bool toStandardError)
+    : m_command(toStandardError ? QStringLiteral("exec >&2\n") + command : command)
 {
-    setProcessChannelMode(ForwardedChannels);
-    setStandardInputFile(nullDevice());
-}
-
-void CommandQueue::Process::setupChildProcess()
-{
-    if (m_toStandardError)
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-}
-
-CommandQueue::CommandQueue(QString command, bool toStandardError)
-    : m_command(std::move(command))
-    , m_process(toStandardError)
-{
+    m_process.setProcessChannelMode(QProcess::ForwardedChannels);
+    m_process.setStandardInputFile(QProcess::nullDevice());
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int code, QProcess::ExitStatus status) {
                 if (status == QProcess::CrashExit)

@@ -19,7 +19,7 @@ class CommandQueue : public QObject
 
 public:
     /// With @p toStandardError what the command prints goes there, and standard output stays clean.
-    CommandQueue(QString command, bool toStandardError);
+    CommandQueue(const QString &command, bool toStandardError);
 
     void add(const Event &event);
 
@@ -31,19 +31,8 @@ private:
     void runNext();
     void onEnded(const QString &complaint);
 
-    /// Redirects its standard output to standard error when @p toStandardError is true.
-    class Process : public QProcess
-    {
-    public:
-        explicit Process(bool toStandardError);
-        void setupChildProcess() override;
-
-    private:
-        bool m_toStandardError;
-    };
-
     QString m_command;
-    Process m_process;
+    QProcess m_process;
     QQueue<Event> m_waiting;
 };
 

@@ -74,7 +74,7 @@ QVector<Candidate> arguments(const Place &place, const QString &word,
     const bool isOpen = !known.isEmpty() && known.last().isOpen();
     if (place.argument >= known.size() && !isOpen)
         return {};
-    switch (known[std::min(place.argument, known.size() - 1)].kind) {
+    switch (known[std::min(place.argument, int(known.size()) - 1)].kind) {
     case Argument::Kind::Policy:
     case Argument::Kind::Policies:
         return described(KnownPolicies::keys(), QStringLiteral("policy"));

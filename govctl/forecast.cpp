@@ -11,6 +11,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -67,7 +68,7 @@ void advance(Snapshot &snapshot, const Step &step, const Forecast &forecast)
 void Forecast::addAbsences(Daemon &daemon)
 {
     Surroundings surroundings(daemon);
-    for (const Enforcement &enforcement : qAsConst(enforcements)) {
+    for (const Enforcement &enforcement : std::as_const(enforcements)) {
         const QStringList services = absentServices(surroundings, enforcement.type);
         for (const QString &service : services)
             notes.append(QStringLiteral("%1, which the daemon calls for %2, is not on the bus")

@@ -7,7 +7,9 @@
 #include "govctl/text.h"
 
 #include <QCoreApplication>
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QTextCodec>
+#endif
 
 #include <csignal>
 #include <cstdlib>
@@ -66,7 +68,9 @@ int runMain(int argc, char **argv)
     QCoreApplication::setApplicationVersion(QStringLiteral(GOVD_VERSION));
 
     // Everything the program reads and writes is UTF-8, even where no locale says so.
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
 
     const ExitCode code = runProgram(argumentsOf(argc, argv));
     // Without an answer in time, the bus library's destructors could wait for it without end; the

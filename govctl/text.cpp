@@ -47,7 +47,7 @@ std::optional<int> distanceOf(const QString &name, const QString &known)
         return 1;
     // The beginning of the known name counts too: the name may be misspelt and incomplete.
     const int distance = std::min(editDistance(a, b), editDistance(a, b.left(a.size())));
-    const int limit = std::max(1, a.size() / 3);
+    const int limit = std::max(1, int(a.size()) / 3);
     // A distance of the whole length means that the names have nothing in common.
     return distance <= limit && distance < a.size() ? std::optional<int>(distance + 1)
                                                     : std::nullopt;

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "govctl/timelimit.h"
 
+#include <utility>
+
 Result<TimeLimit> TimeLimit::begin(const Request &request, const QVector<Step> &steps)
 {
     TimeLimit limit;
@@ -38,7 +40,7 @@ void TimeLimit::settle(const QVector<Step> &made, const Outcome &failure)
         if (failure && !isOwn)
             return;
         QVector<Step> kept;
-        for (const Step &step : qAsConst(hold.steps)) {
+        for (const Step &step : std::as_const(hold.steps)) {
             if (contains(made, step) == isOwn)
                 kept.append(step);
             else if (!isOwn && isAllowed)

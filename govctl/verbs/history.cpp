@@ -33,7 +33,7 @@ QString toText(const QVector<RecordedWrite> &writes, int leftOut, const Output &
         rows.append({write.when(), write.user(), write.programText(), write.name(),
                      write.changeText(), resultText(write, output)});
         for (int i = 0; i < widths.size(); ++i)
-            widths[i] = std::max(widths[i], rows.last()[i].size());
+            widths[i] = std::max(widths[i], int(rows.last()[i].size()));
     }
     QString text;
     for (QStringList &row : rows) {

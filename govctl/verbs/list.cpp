@@ -55,7 +55,7 @@ QString toText(const QVector<PolicyState> &policies, Daemon &daemon, const Outpu
     Surroundings surroundings(daemon);
     int width = 0;
     for (const PolicyState &policy : policies)
-        width = std::max(width, policy.key.size());
+        width = std::max(width, int(policy.key.size()));
     QString text;
     for (const PolicyState &policy : policies)
         text += toLine(policy, remark(policy, surroundings), width, output);

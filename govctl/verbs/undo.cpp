@@ -9,6 +9,8 @@
 #include "govctl/timelimit.h"
 #include "govctl/writing.h"
 
+#include <utility>
+
 namespace {
 
 using Writes = QVector<RecordedWrite>;
@@ -125,7 +127,7 @@ ExitCode report(const Request &request, Output &output, Daemon &daemon, const Re
         return output.fail(check.failure());
     notes += check->notes;
     QString text = stepsText({step}, output);
-    for (const QString &note : qAsConst(notes))
+    for (const QString &note : std::as_const(notes))
         text += note + QLatin1Char('\n');
     return output.write(check->isContradicted ? ExitCode::NotInForce : ExitCode::Done,
                         toJson(request, write.toJson(), {step}, notes), text);

@@ -61,7 +61,7 @@ QString toText(const Verdicts &verdicts, const Output &output)
 {
     int width = 0;
     for (const Verdict &verdict : verdicts)
-        width = std::max(width, verdict.policy.key.size());
+        width = std::max(width, int(verdict.policy.key.size()));
     QString text;
     for (const Verdict &verdict : verdicts) {
         const QString state = stateText(verdict.state());
@@ -69,7 +69,7 @@ QString toText(const Verdicts &verdicts, const Output &output)
             + QString(6 - onOff(verdict.policy.value).size(), QLatin1Char(' '))
             + output.paint(styleOf(verdict.state()), state);
         if (!verdict.findings.isEmpty())
-            text += QString(std::max(1, 16 - state.size()), QLatin1Char(' ')) + verdict.text();
+            text += QString(std::max(1, 16 - int(state.size())), QLatin1Char(' ')) + verdict.text();
         text += QLatin1Char('\n');
     }
     return text;

@@ -86,7 +86,7 @@ QString appendShortened(QString &line, const QString &text)
         bytes = sum;
         end += unit.size();
     }
-    line += text.leftRef(end);
+    line.append(text.constData(), end);
     return QStringLiteral("[%1 more bytes]").arg(size - bytes);
 }
 
@@ -141,14 +141,22 @@ void beginPeriod()
         qWarning("Left out %d log lines that callers caused", leftOut);
 }
 
+/// In the main thread, because a timer needs an event loop.
+void startPeriod()
+{
+    QTimer *timer = new QTimer;
+    timer->setSingleShot(true);
+    QObject::connect(timer, &QTimer::timeout, beginPeriod);
+    QObject::connect(timer, &QTimer::timeout, timer, &QObject::deleteLater);
+    timer->moveToThread(QCoreApplication::instance()->thread());
+    QMetaObject::invokeMethod(timer, "start", Qt::QueuedConnection, Q_ARG(int, Log::Period));
+}
+
 bool takesAnotherLimitedLine()
 {
     const int before = limitedLines++;
-    if (before == 0) // in the main thread, because a timer needs an event loop
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [] { QTimer::singleShot(Log::Period, QCoreApplication::instance(), beginPeriod); },
-            Qt::QueuedConnection);
+    if (before == 0)
+        startPeriod();
     return before < Log::Burst;
 }
 

@@ -7,6 +7,17 @@
 
 #include <QDebug>
 
+namespace {
+
+/// The same text with every Qt; only Qt 5 writes a list so by itself.
+QString listText(const QStringList &names)
+{
+    return names.isEmpty() ? QStringLiteral("()")
+                           : QStringLiteral("(\"%1\")").arg(names.join(QLatin1String("\", \"")));
+}
+
+} // namespace
+
 /// For a policy without applications in the table (microphone, user report) the call is fixed too:
 /// it sends an empty list.
 void updateDenylist(PolicyEnforcementTask task)
@@ -16,7 +27,8 @@ void updateDenylist(PolicyEnforcementTask task)
                                       : QStringLiteral("AddToGlobalDenylist");
     ServiceProxy sandbox(Names::ApplicationSandbox);
     callOrReport(sandbox, method, {applications}, [&](const QDBusError &) {
-        qWarning() << "Failed to" << (task.value ? "remove" : "add") << "packages"
-                   << (task.value ? "from" : "to") << "global denylist:" << applications;
+        qWarning().noquote() << "Failed to" << (task.value ? "remove" : "add") << "packages"
+                             << (task.value ? "from" : "to")
+                             << "global denylist:" << listText(applications);
     });
 }

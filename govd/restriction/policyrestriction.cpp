@@ -10,6 +10,7 @@
 #include <QPluginLoader>
 
 #include <algorithm>
+#include <utility>
 
 PolicyRestriction::PolicyRestriction(QObject *parent)
     : QObject(parent)
@@ -67,7 +68,7 @@ QHash<QString, QStringList> PolicyRestriction::initPolicyToRestriction()
 
 void PolicyRestriction::connectRestrictionChanged()
 {
-    for (SourceRestriction *source : qAsConst(sourceRestrictions)) {
+    for (SourceRestriction *source : std::as_const(sourceRestrictions)) {
         source->setParent(this);
         connect(source, &SourceRestriction::policyIsLockedChanged, this,
                 &PolicyRestriction::policyIsLockedChanged);

@@ -13,6 +13,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QTimer>
 
 namespace UDisks {
 namespace {
@@ -154,7 +155,7 @@ void Client::takeListingNow()
         return;
     }
     delete watcher;
-    QMetaObject::invokeMethod(this, &Client::announceNews, Qt::QueuedConnection);
+    QTimer::singleShot(0, this, &Client::announceNews);
 }
 
 void Client::takeListing(const QDBusMessage &reply)
@@ -282,7 +283,7 @@ QDBusPendingCallWatcher *Client::ask(const QDBusMessage &question, const Taker &
         // something is announced twice.
         take(watcher->reply());
         delete watcher;
-        QMetaObject::invokeMethod(this, &Client::announceNews, Qt::QueuedConnection);
+        QTimer::singleShot(0, this, &Client::announceNews);
         return nullptr;
     }
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [=] {

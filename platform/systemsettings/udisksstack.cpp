@@ -75,7 +75,7 @@ QStringList Foundations::of(const QString &top)
     }
     found.removeDuplicates();
     if (isChain) {
-        for (const QString &each : qAsConst(walk))
+        for (const QString &each : std::as_const(walk))
             m_known.insert(each, found);
     }
     return found.isEmpty() ? QStringList(top) : found;

@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonObject>
-#include <QLibraryInfo>
 #include <QPluginLoader>
 #include <QVersionNumber>
 
@@ -32,11 +31,16 @@ QString reasonForNoMetaData(const QString &path, const QPluginLoader &loader)
     return QStringLiteral("is damaged: ") + loader.errorString();
 }
 
+QVersionNumber ownVersion()
+{
+    return QVersionNumber::fromString(QLatin1String(qVersion()));
+}
+
 /// Whether a plugin that was built with the Qt of @p version (as in QT_VERSION) works with this
 /// one.
 bool fits(int version)
 {
-    const QVersionNumber own = QLibraryInfo::version();
+    const QVersionNumber own = ownVersion();
     return version >> 16 == own.majorVersion() && (version >> 8 & 0xff) <= own.minorVersion();
 }
 
@@ -49,7 +53,8 @@ QString versionText(int version)
 void checkInterface(const QString &iid, Report &report)
 {
     const QString lock = QStringLiteral(GOVD_SOURCERESTRICTION_IID);
-    const QString accessSwitch = QStringLiteral(PELLORA_ACCESSSWITCHPLUGIN_IID);
+    const QString accessSwitch =
+        QLatin1String(qobject_interface_iid<Pellora::AccessSwitchPlugin *>());
     if (iid != lock && iid != accessSwitch)
         report.warn(QStringLiteral("Q_PLUGIN_METADATA names the interface \"%1\"; that of a lock "
                                    "plugin is \"%2\", that of an access-switch plugin \"%3\"")
@@ -73,7 +78,7 @@ bool checkMetaData(const QFileInfo &file, const QPluginLoader &loader, Report &r
     const int version = data.value(QStringLiteral("version")).toInt();
     if (!fits(version)) {
         report.fail(QStringLiteral("was built with Qt %1, but the daemon runs on Qt %2")
-                        .arg(versionText(version), QLibraryInfo::version().toString()));
+                        .arg(versionText(version), ownVersion().toString()));
         return false;
     }
     checkInterface(data.value(QStringLiteral("IID")).toString(), report);

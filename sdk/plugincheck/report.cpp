@@ -32,5 +32,6 @@ void Report::print(const char *kind, const QString &text)
 {
     QString line = text; // names from the plugin can contain line breaks
     line.replace(QLatin1Char('\n'), QLatin1String("\\n"));
-    m_out << m_file << ": " << kind << ": " << line << Qt::endl;
+    m_out << m_file << ": " << kind << ": " << line << '\n';
+    m_out.flush();
 }

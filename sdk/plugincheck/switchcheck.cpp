@@ -12,6 +12,8 @@
 
 #include <pellorapolicy/accessswitchplugin.h>
 
+#include <utility>
+
 namespace {
 
 /// Tries the key in an empty key file: the daemon saves switches in one, and refuses other keys.
@@ -77,7 +79,7 @@ void checkSwitches(Pellora::AccessSwitchPlugin &plugin, const QFileInfo &file, R
     if (keys.isEmpty())
         report.warn(QStringLiteral("keyPolicyTypes() lists no switch"));
     QStringList governed;
-    for (const QString &key : qAsConst(keys)) {
+    for (const QString &key : std::as_const(keys)) {
         checkKey(key, report);
         const QStringList policies = checkPolicies(key, table.value(key), report);
         checkOneSwitch(plugin, key, policies, report);

@@ -30,8 +30,9 @@ QStringList described(const QString &interface)
             members.append(attributes.value(QLatin1String("name")).toString());
         } else if (xml.name() == QLatin1String("arg")) {
             if (!isSignal)
-                members.last() += QLatin1Char(' ') + attributes.value(QLatin1String("direction"));
-            members.last() += QLatin1Char(' ') + attributes.value(QLatin1String("type"));
+                members.last() +=
+                    QLatin1Char(' ') + attributes.value(QLatin1String("direction")).toString();
+            members.last() += QLatin1Char(' ') + attributes.value(QLatin1String("type")).toString();
         }
     }
     members.sort();

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <sys/stat.h>
+#include <utility>
 
 namespace {
 
@@ -86,7 +87,7 @@ void TestPolicyRestriction::announcementIsPassedOnAsItCame()
     QTRY_COMPARE(relayed.size(), 2);
     QCoreApplication::sendPostedEvents(); // further announcements would be in the queue by now
     QCOMPARE(relayed.size(), 2);
-    for (const QVariantList &arguments : qAsConst(relayed))
+    for (const QVariantList &arguments : std::as_const(relayed))
         QCOMPARE(arguments, (QVariantList{key, isLocked}));
 }
 

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -106,9 +107,9 @@ void TestRemovableStorage::taskUnmountsWhatItForbids()
     unmountRemovableStorage({static_cast<PolicyType>(type), value});
 
     QCOMPARE(m_platform.unmountedPaths(), unmounted);
-    for (const PartitionStandIn::Order &order : qAsConst(m_platform.orders))
+    for (const PartitionStandIn::Order &order : std::as_const(m_platform.orders))
         QCOMPARE(order.options, QVariantMap());
-    for (const PartitionStandIn::Question &question : qAsConst(m_platform.questions))
+    for (const PartitionStandIn::Question &question : std::as_const(m_platform.questions))
         QCOMPARE(question.types, 0x100f);
 }
 
@@ -122,7 +123,7 @@ void TestRemovableStorage::tasksShareAManagerOfTheirOwn()
     QVERIFY(own != &partitionManager);
     QCOMPARE(m_platform.questions.at(1).manager, own);
     QCOMPARE(m_platform.orders.size(), 3);
-    for (const PartitionStandIn::Order &order : qAsConst(m_platform.orders))
+    for (const PartitionStandIn::Order &order : std::as_const(m_platform.orders))
         QCOMPARE(order.manager, own);
 }
 
@@ -142,15 +143,15 @@ void TestRemovableStorage::appearingPartitionIsUnmountedWhileForbidden()
 {
     QFETCH(QStringList, forbidden);
     QFETCH(QStringList, unmounted);
-    for (const QString &key : qAsConst(forbidden))
+    for (const QString &key : std::as_const(forbidden))
         QVERIFY(m_manager->setPolicyValue(key, false, false));
     m_platform.forget();
 
-    for (const Partition &partition : qAsConst(m_platform.partitions))
+    for (const Partition &partition : std::as_const(m_platform.partitions))
         m_manager->processPartition(partition);
 
     QCOMPARE(m_platform.unmountedPaths(), unmounted);
-    for (const PartitionStandIn::Order &order : qAsConst(m_platform.orders)) {
+    for (const PartitionStandIn::Order &order : std::as_const(m_platform.orders)) {
         QCOMPARE(order.options, QVariantMap());
         QCOMPARE(order.manager, &partitionManager);
     }

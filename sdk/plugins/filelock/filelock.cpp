@@ -9,6 +9,7 @@
 #include <govd/sourcerestriction.h>
 #include <pellorapolicy/policyvalue.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -45,7 +46,8 @@ std::optional<QSet<QString>> locksIn(const QByteArray &text)
         locks.insert(QString::fromUtf8(*key));
     g_strfreev(keys);
     const QStringList policies = allPolicies();
-    const bool isSound = (locks - QSet<QString>(policies.begin(), policies.end())).isEmpty();
+    const bool isSound = std::all_of(locks.begin(), locks.end(),
+                                     [&](const QString &key) { return policies.contains(key); });
     return isSound ? std::optional(locks) : std::nullopt;
 }
 

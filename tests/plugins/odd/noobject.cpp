@@ -11,6 +11,7 @@ class NoObject : public QObject
 
 public:
     static void *operator new(size_t) noexcept { return nullptr; }
+    static void *operator new(size_t, void *place) noexcept { return place; } // Qt 6 needs it
 };
 
 #include "noobject.moc"
