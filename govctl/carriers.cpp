@@ -19,9 +19,9 @@ using namespace PolicyTypes;
 
 namespace {
 
-const Names::RemoteObject Storage{QStringLiteral("org.freedesktop.UDisks2"),
-                                  QStringLiteral("/org/freedesktop/UDisks2"),
-                                  QStringLiteral("org.freedesktop.DBus.ObjectManager")};
+const Names::RemoteObject Storage{Names::text("org.freedesktop.UDisks2"),
+                                  Names::text("/org/freedesktop/UDisks2"),
+                                  Names::text("org.freedesktop.DBus.ObjectManager")};
 
 Finding finding(bool holds, const QString &text)
 {

@@ -62,7 +62,7 @@ Outcome checkFields(const Request &request)
     for (const QString &name : names) {
         if (!Fields::names().contains(name))
             return unknownName(
-                QStringLiteral("usage"), QStringLiteral("field"), name, Fields::names(),
+                QStringLiteral("usage"), QStringLiteral("field"), Fields::names(), name,
                 QStringLiteral("there are: %1").arg(Fields::names().join(QStringLiteral(", "))));
     }
     return std::nullopt;

@@ -228,7 +228,7 @@ Failure Parser::failure(const QStringList &arguments, const CLI::ParseError &err
         rest.append(QString::fromStdString(word));
     const bool isIncomplete =
         error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
-    return lineFailure(arguments, words(), rest, isIncomplete);
+    return lineFailure(arguments, isIncomplete, words(), rest);
 }
 
 } // namespace

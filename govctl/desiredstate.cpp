@@ -72,7 +72,7 @@ QByteArray repeatedKey(const QByteArray &content)
             group = line;
         if (line.startsWith('[') || line.startsWith('#') || line.isEmpty())
             continue;
-        const QByteArray key = line.left(line.indexOf('=')).trimmed();
+        QByteArray key = line.left(line.indexOf('=')).trimmed();
         if (seen.contains(group + key))
             return key;
         seen.insert(group + key);

@@ -85,7 +85,8 @@ QStringList KnownPolicies::matching(const QStringList &patterns)
     if (patterns.isEmpty())
         return keys();
     QStringList result;
-    for (const QString &key : keys()) {
+    const QStringList all = keys();
+    for (const QString &key : all) {
         if (matchesAny(patterns, key))
             result.append(key);
     }
@@ -94,9 +95,9 @@ QStringList KnownPolicies::matching(const QStringList &patterns)
 
 Failure unknownPolicy(const QString &key)
 {
-    Failure failure =
-        unknownName(QStringLiteral("unknown-policy"), QStringLiteral("policy"), key,
-                    KnownPolicies::keys(), QStringLiteral("\"govctl list --keys\" names them"));
+    Failure failure = unknownName(QStringLiteral("unknown-policy"), QStringLiteral("policy"),
+                                  KnownPolicies::keys(), key,
+                                  QStringLiteral("\"govctl list --keys\" names them"));
     QStringList meant;
     const auto allTypes = otherWords().value(key.toLower());
     for (const int type : allTypes)

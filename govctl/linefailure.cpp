@@ -33,7 +33,7 @@ Failure unknownOption(const QString &word, const Verb *verb)
     const auto allOptions = verb ? verb->options + commonOptions() : commonOptions();
     for (const Option &option : allOptions)
         known.append(Option::spelled(option.names.last()));
-    return unknownName(QStringLiteral("usage"), QStringLiteral("option"), word, known,
+    return unknownName(QStringLiteral("usage"), QStringLiteral("option"), known, word,
                        QStringLiteral("see %1 --help").arg(programName()));
 }
 
@@ -42,7 +42,7 @@ Failure unknownVerb(const QString &name)
     QStringList names;
     for (const Verb &verb : verbs())
         names.append(verb.name);
-    return unknownName(QStringLiteral("usage"), QStringLiteral("verb"), name, names,
+    return unknownName(QStringLiteral("usage"), QStringLiteral("verb"), names, name,
                        QStringLiteral("see %1 --help").arg(programName()));
 }
 
@@ -54,8 +54,8 @@ Failure wrongCount(const Verb &verb, const QString &which)
 
 } // namespace
 
-Failure lineFailure(const QStringList &arguments, const QStringList &verbWords,
-                    const QStringList &rest, bool isIncomplete)
+Failure lineFailure(const QStringList &arguments, bool isIncomplete, const QStringList &verbWords,
+                    const QStringList &rest)
 {
     const Verb *verb = findVerb(verbWords.join(QLatin1Char(' ')));
     for (const QString &word : rest) {

@@ -7,7 +7,7 @@
 
 /// The failure for the command line @p arguments, of which @p verbWords were parsed as a verb and
 /// @p rest could not be parsed. @p isIncomplete: required arguments are missing at its end.
-Failure lineFailure(const QStringList &arguments, const QStringList &verbWords,
-                    const QStringList &rest, bool isIncomplete);
+Failure lineFailure(const QStringList &arguments, bool isIncomplete, const QStringList &verbWords,
+                    const QStringList &rest);
 
 #endif

@@ -9,7 +9,6 @@
 #include <QJsonDocument>
 
 #include <cerrno>
-#include <cstring>
 #include <unistd.h>
 #include <utility>
 
@@ -155,5 +154,5 @@ void Output::print(const QByteArray &bytes)
         return;
     m_failed = true;
     note(QStringLiteral("cannot write the result (%1); check where the output goes")
-             .arg(QString::fromLocal8Bit(std::strerror(error))));
+             .arg(qt_error_string(error)));
 }

@@ -58,7 +58,7 @@ int runMain(int argc, char **argv)
 {
     occupyStandardDescriptors();
     // A closed pipe is then reported by write() as EPIPE, even if SIGPIPE was not ignored before.
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
 
     // Qt would take its own options out of the real arguments.
     int ownArgc = 1;

@@ -32,7 +32,7 @@ Outcome checkSwitch(const QString &key, const QStringList &known)
     if (known.contains(key))
         return std::nullopt;
     if (!known.isEmpty())
-        return unknownName(QStringLiteral("unknown-switch"), QStringLiteral("switch"), key, known,
+        return unknownName(QStringLiteral("unknown-switch"), QStringLiteral("switch"), known, key,
                            QStringLiteral("\"govctl switch list --keys\" names them"));
     return Failure{
         ExitCode::Usage,

@@ -9,8 +9,8 @@ Failure usageFailure(const QString &message)
     return {ExitCode::Usage, QStringLiteral("usage"), message, {}};
 }
 
-Failure unknownName(const QString &failure, const QString &kind, const QString &name,
-                    const QStringList &known, const QString &hint)
+Failure unknownName(const QString &failure, const QString &kind, const QStringList &known,
+                    const QString &name, const QString &hint)
 {
     const QStringList near = nearest(name, known);
     QString message = QStringLiteral("unknown %1 %2").arg(kind, cited(name));

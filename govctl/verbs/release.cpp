@@ -25,7 +25,7 @@ Result<QVector<Hold>> chosen(const Request &request, const Holds::Listing &all)
         if (!known.contains(id))
             return all.failure
                 ? *all.failure
-                : unknownName(QStringLiteral("unknown-hold"), QStringLiteral("hold"), id, known,
+                : unknownName(QStringLiteral("unknown-hold"), QStringLiteral("hold"), known, id,
                               QStringLiteral("\"govctl holds\" names them"));
     }
     return result;
