@@ -12,7 +12,7 @@
 QString PolicyManager::createLogEvent(const QString &key, const QVariant &newValue,
                                       const QVariant &oldValue)
 {
-    const QString oldText = valueText(oldValue.isNull() ? policyValue(key) : oldValue);
+    QString oldText = valueText(oldValue.isNull() ? policyValue(key) : oldValue);
     // Chained arg() also replaces a "%2" in the key, unlike one call with three texts: the audit
     // line is fixed to the letter.
     const QString text = QStringLiteral("Policy %1 changed. Old value %2. New value %3.")
