@@ -13,7 +13,7 @@ namespace {
 std::shared_ptr<UDisks::Client> sharedClient()
 {
     static std::weak_ptr<UDisks::Client> known;
-    const auto client = known.expired() ? std::make_shared<UDisks::Client>() : known.lock();
+    auto client = known.expired() ? std::make_shared<UDisks::Client>() : known.lock();
     known = client;
     return client;
 }

@@ -88,7 +88,8 @@ bool writeValue(const StateFile &stateFile, const QString &name, bool value)
     struct stat status;
     return stat(path.constData(), &status) == 0
         && g_file_set_contents_full(path.constData(), data.get(), static_cast<gssize>(size),
-                                    G_FILE_SET_CONTENTS_CONSISTENT, status.st_mode & 0777, nullptr);
+                                    G_FILE_SET_CONTENTS_CONSISTENT,
+                                    static_cast<int>(status.st_mode & 0777), nullptr);
 }
 
 } // namespace
