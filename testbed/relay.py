@@ -78,6 +78,8 @@ class Relay:
         size = self._held_from()
         bus.sendall(self._held[:size])
         del self._held[:size]
+        if self._held:
+            self._is_holding.set()
         return True
 
     def _held_from(self):
@@ -85,7 +87,6 @@ class Relay:
         found = self._held.find(self._hold_at) if self._hold_at else -1
         if found < 0:
             return len(self._held)
-        self._is_holding.set()
         for start in range(found, 0, -1):
             order, kind, _, protocol = self._held[start:start + 4]
             if (order, kind, protocol) == (ord("l"), CALL, PROTOCOL):
