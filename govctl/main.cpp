@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/program.h"
+#include "program.h"
 
 int main(int argc, char **argv)
 {

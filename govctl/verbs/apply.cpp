@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/caller.h"
-#include "govctl/planning.h"
-#include "govctl/request.h"
-#include "govctl/timelimit.h"
-#include "govctl/writing.h"
+#include "caller.h"
+#include "planning.h"
+#include "request.h"
+#include "timelimit.h"
+#include "writing.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/completion.h"
-#include "govctl/daemon.h"
-#include "govctl/request.h"
+#include "completion.h"
+#include "daemon.h"
+#include "request.h"
 
 #include <QJsonArray>
 

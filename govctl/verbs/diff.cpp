@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/planning.h"
-#include "govctl/request.h"
+#include "planning.h"
+#include "request.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/caller.h"
-#include "govctl/inspection.h"
-#include "govctl/request.h"
-#include "govctl/switches.h"
+#include "caller.h"
+#include "inspection.h"
 #include "names.h"
+#include "request.h"
+#include "switches.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/desiredstate.h"
-#include "govctl/knownpolicies.h"
-#include "govctl/request.h"
+#include "desiredstate.h"
+#include "knownpolicies.h"
+#include "request.h"
 
 ExitCode Verbs::exportState(const Request &request, Output &output)
 {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/policystate.h"
-#include "govctl/request.h"
-#include "govctl/text.h"
+#include "policystate.h"
+#include "request.h"
+#include "text.h"
 
 ExitCode Verbs::get(const Request &request, Output &output)
 {

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/history.h"
-#include "govctl/request.h"
-#include "govctl/switches.h"
-#include "govctl/text.h"
+#include "history.h"
+#include "request.h"
+#include "switches.h"
+#include "text.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/holds.h"
-#include "govctl/request.h"
+#include "holds.h"
+#include "request.h"
 
 namespace {
 

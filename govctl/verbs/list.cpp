@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/carriers.h"
-#include "govctl/fields.h"
-#include "govctl/knownpolicies.h"
-#include "govctl/policystate.h"
-#include "govctl/request.h"
-#include "govctl/text.h"
+#include "carriers.h"
+#include "fields.h"
+#include "knownpolicies.h"
+#include "policystate.h"
+#include "request.h"
+#include "text.h"
 
 #include <QJsonArray>
 

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/holds.h"
-#include "govctl/knownpolicies.h"
-#include "govctl/request.h"
-#include "govctl/usage.h"
-#include "govctl/writing.h"
+#include "holds.h"
+#include "knownpolicies.h"
+#include "request.h"
+#include "usage.h"
+#include "writing.h"
 
 #include <algorithm>
 

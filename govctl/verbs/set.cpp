@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/caller.h"
-#include "govctl/effects.h"
-#include "govctl/evidence.h"
-#include "govctl/forecast.h"
-#include "govctl/knownpolicies.h"
-#include "govctl/request.h"
-#include "govctl/text.h"
-#include "govctl/timelimit.h"
-#include "govctl/writing.h"
+#include "caller.h"
+#include "effects.h"
+#include "evidence.h"
+#include "forecast.h"
+#include "knownpolicies.h"
+#include "request.h"
+#include "text.h"
+#include "timelimit.h"
+#include "writing.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/inspection.h"
-#include "govctl/request.h"
-#include "govctl/text.h"
+#include "inspection.h"
 #include "names.h"
+#include "request.h"
+#include "text.h"
 
 #include <QJsonArray>
 

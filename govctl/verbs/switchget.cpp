@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/request.h"
-#include "govctl/switches.h"
+#include "request.h"
+#include "switches.h"
 
 ExitCode Verbs::switchGet(const Request &request, Output &output)
 {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/request.h"
-#include "govctl/switches.h"
-#include "govctl/text.h"
+#include "request.h"
+#include "switches.h"
+#include "text.h"
 
 #include <QJsonArray>
 

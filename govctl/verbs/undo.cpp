@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/caller.h"
-#include "govctl/history.h"
-#include "govctl/knownpolicies.h"
-#include "govctl/planning.h"
-#include "govctl/request.h"
-#include "govctl/text.h"
-#include "govctl/timelimit.h"
-#include "govctl/writing.h"
+#include "caller.h"
+#include "history.h"
+#include "knownpolicies.h"
+#include "planning.h"
+#include "request.h"
+#include "text.h"
+#include "timelimit.h"
+#include "writing.h"
 
 #include <utility>
 

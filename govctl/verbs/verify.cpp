@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/evidence.h"
-#include "govctl/knownpolicies.h"
-#include "govctl/request.h"
-#include "govctl/text.h"
-#include "govctl/writing.h"
+#include "evidence.h"
+#include "knownpolicies.h"
+#include "request.h"
+#include "text.h"
+#include "writing.h"
 
 #include <QJsonArray>
 #include <QThread>

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/commandqueue.h"
-#include "govctl/daemonfailure.h"
-#include "govctl/request.h"
-#include "govctl/switches.h"
-#include "govctl/text.h"
-#include "govctl/watcher.h"
+#include "commandqueue.h"
+#include "daemonfailure.h"
 #include "names.h"
+#include "request.h"
+#include "switches.h"
+#include "text.h"
+#include "watcher.h"
 
 #include <QEventLoop>
 

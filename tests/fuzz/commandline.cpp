@@ -4,13 +4,13 @@
 // Arbitrary command lines of the client.
 //
 // An input is a command line with an argument on each line.
-#include "govctl/commandline.h"
+#include "commandline.h"
 
-#include "govctl/knownpolicies.h"
-#include "govctl/place.h"
-#include "govctl/program.h"
-#include "govctl/text.h"
+#include "knownpolicies.h"
+#include "place.h"
+#include "program.h"
 #include "tests/fuzz/check.h"
+#include "text.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/policystate.h"
-#include "govctl/terminal.h"
-#include "govctl/text.h"
+#include "policystate.h"
+#include "terminal.h"
+#include "text.h"
 
 #include <QtTest>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "govctl/carriers.h"
-#include "govctl/effects.h"
+#include "carriers.h"
+#include "effects.h"
 #include "handlers.h"
 #include "tables.h"
 
