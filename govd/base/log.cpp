@@ -161,16 +161,18 @@ bool takesAnotherLimitedLine()
 }
 
 /// QtDBus logs a line in its own thread for each malformed value in a message of any caller.
-bool canAnyCallerCauseIt()
+/// Whoever may mount storage can keep it busy, and let it go, as often as he likes.
+bool canAnyCallerCauseIt(const QMessageLogContext &context)
 {
     const QCoreApplication *application = QCoreApplication::instance();
-    return isLimited || (application && QThread::currentThread() != application->thread());
+    return isLimited || (application && QThread::currentThread() != application->thread())
+        || qstrcmp(context.category, "systemsettings") == 0;
 }
 
 void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
-    if (isSevere || !canAnyCallerCauseIt() || takesAnotherLimitedLine())
+    if (isSevere || !canAnyCallerCauseIt(context) || takesAnotherLimitedLine())
         write(type, context, message);
 }
 
