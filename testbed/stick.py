@@ -43,4 +43,4 @@ class Stick:
 
     def is_mounted(self, storage):
         """Whether it is mounted, by the storage service's state."""
-        return bool(storage.blocks[self.path].mount_points)
+        return bool(storage.places(self.path))

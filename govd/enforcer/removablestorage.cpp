@@ -35,9 +35,7 @@ bool isMountedExternally(const Partition &partition)
 
 void unmountRemovableStorage(PolicyEnforcementTask task)
 {
-    // Not the manager in partitions.h: partitions() makes a manager follow UDisks2 at once, and
-    // that one would announce partitions before all policies are enforced. Kept until the process
-    // ends.
+    // Listens to nothing, unlike the manager in partitions.h. Kept until the process ends.
     static auto *const manager = new PartitionManager;
     if (task.value)
         return;

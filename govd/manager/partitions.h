@@ -6,7 +6,7 @@
 #include <systemsettings/partitionmanager.h>
 
 /// Signals the partitions that appear while the daemon runs; processPartition() unmounts through
-/// it. It may exist before the application object, because it uses the bus from the event loop on.
+/// it. It may exist before the application object, because it announces from the event loop on.
 extern PartitionManager partitionManager;
 
 #endif

@@ -34,16 +34,17 @@ public:
     /// partition table when @p types holds Partition::ExcludeParents. Empty while the storage
     /// service is absent and before there is an application object.
     ///
-    /// The call waits up to five seconds while the service has not listed its devices. After the
-    /// first time-out it returns at once what is known, until the service has listed them.
+    /// The call waits up to five seconds while the service has not listed its devices. After a
+    /// failure that took longer than a second it returns at once what is known, until the service
+    /// has failed faster or listed them.
     QVector<Partition> partitions(Partition::StorageTypes types) const;
 
     /// Asks the storage service to unmount @p partition with the @p options of its Unmount
     /// method, and does not wait for the answer. Nothing happens for a partition of no device.
     /// The service unmounts from one place, and there can be several. A failure is logged in the
-    /// category "systemsettings": the first one since the partition was unmounted as a warning,
-    /// others at debug level, which is off by default. An answer that changes nothing is a failure
-    /// from the second time on.
+    /// category "systemsettings": the first one since the partition was unmounted, or the service
+    /// was started anew, as a warning, others at debug level, which is off by default. An answer
+    /// that changes nothing is a failure from the second time on.
     void unmount(const Partition &partition, const QVariantMap &options);
 
 Q_SIGNALS:
@@ -53,8 +54,8 @@ Q_SIGNALS:
     ///
     /// A partition that is still mounted after a call of unmount(), of whichever manager, is
     /// announced again: at once, when it was unmounted from one of several places; otherwise after
-    /// two seconds and then after twice as long each time, to a minute. It is not announced while
-    /// such a call has no answer yet.
+    /// two seconds and then after twice as long each time, to a minute, for as long as each
+    /// announcement leads to another call. It is not announced while a call has no answer yet.
     void partitionAdded(const Partition &partition);
 
 private:

@@ -36,8 +36,13 @@ const Subscription subscriptions[] = {
 constexpr QLatin1String Listing = latin1("listing");
 constexpr QLatin1String Owner = latin1("owner");
 
-/// Milliseconds that partitions() waits for a listing.
-constexpr int WaitingTime = 5000;
+/// Milliseconds that partitions() waits for a listing, and after which it does not wait for
+/// another.
+constexpr int WaitingTime = 5'000;
+constexpr int LongAnswer = 1'000;
+
+/// Milliseconds, somewhat less than those after which QtDBus takes a question for unanswered.
+constexpr int BusTimeOut = 20'000;
 
 template <typename Value> Value argument(const QDBusMessage &message, int index)
 {
@@ -63,7 +68,7 @@ QVector<Partition> Client::partitions(Partition::StorageTypes types)
     connectToBus();
     if (m_last != Good) {
         list();
-        if (m_listing && (m_last != Silent || m_listing->isFinished()))
+        if (m_listing && (m_last != Slow || m_listing->isFinished()))
             takeListingNow();
     }
     return m_objects.partitions(types);
@@ -89,7 +94,7 @@ void Client::onOwnerChanged()
     question.setArguments({QString(Service)});
     const QDBusReply<QString> owner = QDBusConnection::systemBus().call(question);
     if (!owner.isValid() && owner.error().name() != NameHasNoOwner) {
-        m_retries.begin(Owner);
+        m_retries.takeFailure(Owner);
         return;
     }
     m_retries.end(Owner);
@@ -107,21 +112,35 @@ void Client::follow(const QString &owner)
     m_listing = nullptr;
     m_last = Unknown;
     m_objects.clear();
-    subscribe(false);
+    unsubscribe();
     m_owner = owner;
-    subscribe(true);
-    list();
+    if (subscribe()) {
+        list();
+        return;
+    }
+    unsubscribe();
+    m_owner.clear();
+    m_retries.takeFailure(Owner);
 }
 
-void Client::subscribe(bool isOn)
+/// Returns false when the bus was silent meanwhile.
+bool Client::subscribe()
 {
-    if (m_owner.isEmpty())
-        return;
+    QElapsedTimer time;
+    time.start();
     QDBusConnection bus = QDBusConnection::systemBus();
     for (const Subscription &each : subscriptions) {
-        if (isOn)
+        if (!m_owner.isEmpty())
             bus.connect(m_owner, each.path, each.interface, each.member, this, each.slot);
-        else
+    }
+    return !time.hasExpired(BusTimeOut);
+}
+
+void Client::unsubscribe()
+{
+    QDBusConnection bus = QDBusConnection::systemBus();
+    for (const Subscription &each : subscriptions) {
+        if (!m_owner.isEmpty())
             bus.disconnect(m_owner, each.path, each.interface, each.member, this, each.slot);
     }
 }
@@ -137,9 +156,10 @@ void Client::list()
         if (!isTaken)
             takeListing(reply);
     };
-    // After a time-out nobody waits for the answer, and it may take longer.
+    m_sinceQuestion.start();
+    // When nobody waits for the answer, it may take longer.
     m_listing = ask(methodCall(RootPath, ObjectManager, QStringLiteral("GetManagedObjects")), take,
-                    m_last == Silent ? -1 : WaitingTime);
+                    m_last == Slow ? -1 : WaitingTime);
 }
 
 /// Waits for the listing that has been asked for, and takes it ahead of its turn.
@@ -172,8 +192,8 @@ void Client::takeListing(const QDBusMessage &reply)
     }
     qCDebug(lcSystemSettings, "Cannot list storage: answer of type \"%s\", error \"%s\"",
             qUtf8Printable(reply.signature()), qUtf8Printable(reply.errorName()));
-    m_last = QDBusError(reply).type() == QDBusError::NoReply ? Silent : Bad;
-    m_retries.begin(Listing);
+    m_last = m_sinceQuestion.hasExpired(LongAnswer) ? Slow : Bad;
+    m_retries.takeFailure(Listing);
     if (m_isSomethingMissing)
         list();
 }
@@ -223,6 +243,7 @@ void Client::onInterfacesRemoved(const QDBusMessage &message)
     m_objects.remove(path, argument<QStringList>(message, 1));
     m_unmounting.remove(path); // what comes in its place is announced
     endIfUnmounted(path);
+    announceNews(); // a drive that comes back must find its storage without a kind
 }
 
 void Client::onPropertiesChanged(const QDBusMessage &message)
@@ -256,7 +277,7 @@ void Client::fetch(const QString &path, const QString &interface, const QString 
             }
             if (m_last == Good)
                 m_last = Bad; // the last listing is outdated, and no signal brings the value
-            m_retries.begin(Listing);
+            m_retries.takeFailure(Listing);
         });
 }
 

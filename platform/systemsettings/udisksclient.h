@@ -8,6 +8,7 @@
 
 #include <QDBusError>
 #include <QDBusMessage>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 
@@ -32,7 +33,8 @@ namespace UDisks {
 ///
 /// The client takes signals from the unique name of the service only, so no other program can fake
 /// them. It does not subscribe by the well-known name, because QtDBus follows the owner of such a
-/// name by itself and can keep a wrong one when that changes during the subscription.
+/// name by itself and can keep a wrong one when that changes during the subscription. QtDBus asks
+/// the bus for the owner of a unique name, too; without an answer it drops all signals from there.
 class Client : public QObject
 {
     Q_OBJECT
@@ -44,15 +46,15 @@ public:
     void connectToBus();
 
     /// Returns the partitions whose storage type is among @p types. Waits for a listing while
-    /// there is no good one, up to five seconds; after a time-out it does not wait until a listing
-    /// has been good. Empty while the service is absent or there is no application object.
+    /// there is no good one, up to five seconds, unless the last failure took longer than one.
+    /// Empty while the service is absent or there is no application object.
     QVector<Partition> partitions(Partition::StorageTypes types);
 
     /// Returns the partitions that partitionAdded() has announced and that are still there.
     QVector<Partition> announced() const { return m_objects.announced(); }
 
     /// Asks the service to unmount the file system of @p partition. A failure is logged, the first
-    /// one since it was unmounted as a warning.
+    /// one since it was unmounted, or the service changed, as a warning.
     void unmount(const Partition &partition, const QVariantMap &options);
 
 Q_SIGNALS:
@@ -70,7 +72,8 @@ private:
     using Taker = std::function<void(const QDBusMessage &reply)>;
 
     void follow(const QString &owner);
-    void subscribe(bool isOn);
+    bool subscribe();
+    void unsubscribe();
     void list();
     void takeListingNow();
     void takeListing(const QDBusMessage &reply);
@@ -96,8 +99,9 @@ private:
     QHash<QString, int> m_unmounting; ///< calls that have no answer yet, by object path
     QSet<QString> m_complaints; ///< object paths of which a failure has been logged as a warning
     QDBusPendingCallWatcher *m_listing = nullptr; ///< until its turn in the event queue
-    /// How the last listing ended. One that answers nothing in time is Silent.
-    enum { Unknown, Bad, Silent, Good } m_last = Unknown;
+    QElapsedTimer m_sinceQuestion; ///< since the last listing was asked for
+    /// How the last listing ended: Slow, when it failed and nobody should wait for the next one.
+    enum { Unknown, Bad, Slow, Good } m_last = Unknown;
     bool m_isSomethingMissing = false; ///< since the last listing was asked for
     bool m_isConnected = false;
 };

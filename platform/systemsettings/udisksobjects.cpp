@@ -74,7 +74,7 @@ void Objects::remove(const QString &path, const QStringList &interfaces)
     const auto object = m_objects.find(path);
     if (object != m_objects.end()) {
         for (const QString &interface : interfaces)
-            object->remove(interface);
+            m_hasChanged |= object->remove(interface) > 0;
         if (object->isEmpty())
             m_objects.erase(object);
     }
@@ -146,8 +146,11 @@ QVector<Partition> Objects::takeNews()
         }
         const QStringList bottoms = foundations.of(path);
         if (std::none_of(bottoms.begin(), bottoms.end(),
-                         [this](const QString &bottom) { return isPlaceKnown(bottom); }))
+                         [this](const QString &bottom) { return isPlaceKnown(bottom); })) {
+            if (!isNew)
+                last->partitions.clear();
             continue;
+        }
         const QVector<Partition> now = partitionsOn(bottoms, path);
         if (isNew || isMountedAnew(last->places, places)
             || !std::equal(now.begin(), now.end(), last->partitions.begin(), last->partitions.end(),
@@ -207,19 +210,10 @@ bool Objects::isSystem(const QString &path) const
     return properties(path, Block).value(QStringLiteral("HintSystem")).toBool();
 }
 
-/// The path of the block device with the device file @p device; when there is none, the name of
-/// the file, at which there is no object.
-QString Objects::blockOf(const QString &device) const
-{
-    for (auto it = m_objects.begin(); it != m_objects.end(); ++it) {
-        if (it->value(Block).value(QStringLiteral("Device")) == device)
-            return it.key();
-    }
-    return device;
-}
-
-/// The block devices on which the one at @p path is built directly. None for one with a drive.
-QStringList Objects::blocksBelow(const QString &path) const
+/// The block devices on which the one at @p path is built directly, of @p blocks by device file.
+/// One that is not among them has the name of its file, at which there is no object. None for a
+/// device with a drive.
+QStringList Objects::blocksBelow(const QString &path, const QHash<QString, QString> &blocks) const
 {
     if (!drivePath(path).isEmpty())
         return {};
@@ -230,14 +224,17 @@ QStringList Objects::blocksBelow(const QString &path) const
     // The service does not show the inner devices of a volume, but the kernel does.
     QStringList below = devicesBelow(block.value(QStringLiteral("Device"), path).toString());
     std::transform(below.begin(), below.end(), below.begin(),
-                   [this](const QString &device) { return blockOf(device); });
+                   [&blocks](const QString &device) { return blocks.value(device, device); });
     return below;
 }
 
 /// Finds the block devices on which others are built in the end.
 Foundations Objects::foundations() const
 {
-    return Foundations([this](const QString &each) { return blocksBelow(each); });
+    QHash<QString, QString> blocks;
+    for (auto it = m_objects.begin(); it != m_objects.end(); ++it)
+        blocks.insert(it->value(Block).value(QStringLiteral("Device")).toString(), it.key());
+    return Foundations([this, blocks](const QString &each) { return blocksBelow(each, blocks); });
 }
 
 /// Whether the block device at @p path and the drive that it names are known.

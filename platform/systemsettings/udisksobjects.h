@@ -59,7 +59,7 @@ public:
     /// and still so after an unmount, or with another drive or type. Ordered by object path.
     ///
     /// A partition waits until the service has described the drive that it is on, or one of them:
-    /// without a drive its kind is not known.
+    /// without a drive its kind is not known, and a mounted one whose drive comes back is news.
     QVector<Partition> takeNews();
 
     /// Returns the partitions that have been news before and are still there, as they are now.
@@ -77,8 +77,7 @@ private:
     QString drivePath(const QString &path) const;
     QVariantMap drive(const QString &path) const;
     bool isSystem(const QString &path) const;
-    QString blockOf(const QString &device) const;
-    QStringList blocksBelow(const QString &path) const;
+    QStringList blocksBelow(const QString &path, const QHash<QString, QString> &blocks) const;
     Foundations foundations() const;
     bool isPlaceKnown(const QString &path) const;
     QVector<Partition> partitionsOn(const QStringList &bottoms, const QString &path) const;

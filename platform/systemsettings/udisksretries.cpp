@@ -14,17 +14,18 @@ constexpr int LongestPause = 60'000;
 
 } // namespace
 
-void Retries::begin(const QString &name)
+void Retries::takeFailure(const QString &name)
 {
     QTimer *&timer = m_timers[name];
-    if (timer)
+    if (timer) {
+        if (!timer->isActive())
+            timer->start(std::min(2 * timer->interval(), LongestPause));
         return;
+    }
     timer = new QTimer(this);
-    connect(timer, &QTimer::timeout, this, [this, timer = timer, name] {
-        const int pause = timer->interval();
-        timer->setInterval(std::min(2 * pause, LongestPause));
-        Q_EMIT due(name, pause > FirstPause);
-    });
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this,
+            [this, timer = timer, name] { Q_EMIT due(name, timer->interval() > FirstPause); });
     timer->start(FirstPause);
 }
 

@@ -10,21 +10,22 @@ class QTimer;
 
 namespace UDisks {
 
-/// Says when to try again what has failed: after two seconds, then after twice as long each time,
-/// to a minute. Each thing that is tried has a name.
+/// Says when to try again what has failed: two seconds after the first failure, then twice as long
+/// after each further one, to a minute. Each thing that is tried has a name.
 class Retries : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Begins to retry @p name, unless that has begun already.
-    void begin(const QString &name);
+    /// Takes notice of a failure of @p name. Nothing changes when it is to be tried again anyway.
+    void takeFailure(const QString &name);
 
+    /// Forgets the failures of @p name.
     void end(const QString &name);
     void endAll();
 
 Q_SIGNALS:
-    /// It is time to try @p name, for the first time or once more. Emitted until end() is called.
+    /// It is time to try @p name again, after its first failure or after a further one.
     void due(const QString &name, bool onceMore);
 
 private:

@@ -43,20 +43,26 @@ void Client::takeUnmount(const Partition &partition, const QStringList &before,
         return;
     }
     if (!places.isEmpty())
-        m_retries.begin(path);
+        m_retries.takeFailure(path);
     if (error.isValid())
         complain(partition, error.name());
 }
 
 /// The service can report an unmount later than it answers, and of several mounts in one place it
-/// lists one. So an unmount without an error has failed only if another one changed nothing either.
+/// lists one. So an unmount without an error has failed only if another one changed nothing either,
+/// and somebody still wants it.
 void Client::remind(const QString &path, bool onceMore)
 {
-    const QVector<Partition> partitions =
-        onceMore ? m_objects.partitionsOf(path) : QVector<Partition>();
-    for (const Partition &partition : partitions)
-        complain(partition, QStringLiteral("still mounted"));
+    if (m_unmounting.contains(path))
+        return; // the answer decides
+    const QVector<Partition> partitions = m_objects.partitionsOf(path);
     announceAgain(path);
+    if (!m_unmounting.contains(path)) {
+        m_retries.end(path);
+        return;
+    }
+    for (const Partition &partition : onceMore ? partitions : QVector<Partition>())
+        complain(partition, QStringLiteral("still mounted"));
 }
 
 void Client::announceAgain(const QString &path)

@@ -105,6 +105,11 @@ class Storage(Service):
         self.changed()
 
     @on_loop
+    def places(self, path):
+        """Where a block device is mounted, after every call that has been begun."""
+        return self.blocks[path].mount_points
+
+    @on_loop
     def set_mount_points(self, path, *places):
         """Mounts a block device in these places; with none, unmounts it. A place that is there
         twice is told once."""

@@ -79,7 +79,7 @@ CHANGES = {  # where it is mounted before, what happens, number of announcements
     "told of a second time": ([PLACE], plug_in, 0, MOUNTED),
     "another file system": ([PLACE], make_another_file_system, 1, UNMOUNTED),
     "plugged in again": ([PLACE], in_turn(pull_out, plug_in), 1, MOUNTED),
-    "drive pulled and plugged": ([PLACE], replug_the_drive, 0, MOUNTED),
+    "drive pulled and plugged": ([PLACE], replug_the_drive, 1, MOUNTED),
     "mounted, without being told where": ([], silently(mount(PLACE)), 1, MOUNTED),
     "unmounted, without being told": ([PLACE], silently(mount()), 0, UNMOUNTED),
 }

@@ -4,6 +4,8 @@
 
 import time
 
+import pytest
+
 from testbed.partitions import (BLOCK_PATH, PLACE, STICK, STICK_PATH, Partitions, block, calls_of,
                                 listings)
 from testbed.relay import Relay
@@ -131,17 +133,22 @@ def test_end_before_a_reminder(storage, partitions):
     assert len(calls_of(storage, "Unmount")) == 1
 
 
-def test_bus_that_answers_too_late(storage):
-    """A failed look for the owner of the service's name does not mean that there is none."""
-    storage.plug(block(PLACE))
+@pytest.mark.parametrize("question", [b"GetNameOwner", b"InterfacesAdded"],
+                         ids=["about the owner of the name", "during the subscription"])
+def test_bus_that_answers_too_late(storage, question):
+    """A failed look for the owner of the service's name does not mean that there is none, and a
+    subscription that took so long brings no signals."""
+    storage.plug(block())
     storage.appear()
-    with (Relay(hold_at=b"GetNameOwner") as relay,
+    with (Relay(hold_at=question) as relay,
           Partitions(DBUS_SYSTEM_BUS_ADDRESS=relay.ADDRESS) as partitions):
         partitions.run()
         relay.wait_until_held()
         assert partitions.list() == []
         relay.release()
         partitions.wait_for(BLOCK_PATH)
+        storage.set_mount_points(BLOCK_PATH, PLACE)
+        partitions.wait_for(*2 * [BLOCK_PATH])
 
 
 def test_manager_that_comes_later(storage, partitions):

@@ -43,7 +43,7 @@ def wait_for_unmounts(storage, count):
 
 def wait_until_unmounted(storage):
     """Waits until the block device is not mounted anywhere."""
-    wait_until(lambda: not storage.blocks[BLOCK_PATH].mount_points)
+    wait_until(lambda: not storage.places(BLOCK_PATH))
 
 
 def wait_for_complaint(partitions):
@@ -154,6 +154,18 @@ def test_reminders_come_at_growing_intervals(storage, partitions, places, fault,
     assert reminders[-1]["drive"]["connectionBus"] == 1
     wait_for_unmounts(storage, 4)
     assert partitions.take_log() == [complaint(reason)]
+
+
+def test_reminders_end_when_nobody_unmounts(busy, partitions):
+    """The next failure is the first one again."""
+    partitions.run()
+    partitions.wait_for(BLOCK_PATH)
+    for count in (2, 3):
+        partitions.unmount(BLOCK_PATH)
+        start = time.monotonic()
+        partitions.wait_for(*count * [BLOCK_PATH])
+        assert time.monotonic() - start < 1.9 * FIRST_PAUSE
+    assert partitions.take_log() == [complaint(BUSY)]
 
 
 def test_what_becomes_free_is_unmounted(busy, partitions):

@@ -7,13 +7,14 @@ import time
 import pytest
 
 from testbed import files
-from testbed.services.service import DEATH, ERROR, SILENCE, error
+from testbed.services.service import DEATH, ERROR, SILENCE, Fault, error
 from testbed.stick import Stick
 from testbed.waiting import wait_until
 
 CARD, USB = "MemoryCardEnabled", "UsbStorageEnabled"
 STICK = Stick()
 WAITING_TIME = 5.0  # seconds that the daemon waits for a listing
+LOG_BURST = 20  # lines that are written before others are only counted
 BUSY = "org.freedesktop.UDisks2.Error.DeviceBusy"
 COMPLAINT = f'warning|systemsettings|Cannot unmount "/dev/stick": {BUSY}'
 
@@ -33,9 +34,14 @@ def answers(daemon, member):
     return daemon.transcript.messages(lambda message: message.is_reply_to(call))
 
 
+def refusals(daemon):
+    """The answers by which the storage service has refused to unmount something."""
+    return daemon.transcript.messages(lambda message: message.error == BUSY)
+
+
 def wait_for_refusal(daemon):
     """Waits until the storage service has refused to unmount something."""
-    daemon.transcript.wait_for(lambda message: message.error == BUSY)
+    wait_until(lambda: refusals(daemon))
 
 
 def test_failure_to_unmount_is_logged_once(daemon, plugged):
@@ -111,8 +117,10 @@ def test_storage_that_was_not_listed_is_unmounted_when_it_can_be(daemon, storage
     assert daemon.calls(storage.NAME) == [STICK.order]
 
 
-def test_start_waits_once_for_a_service_that_lists_nothing(daemon, storage):
-    storage.fail(SILENCE, "GetManagedObjects")
+@pytest.mark.parametrize("fault", [SILENCE, Fault("error", delay=0.9 * WAITING_TIME)],
+                         ids=["no answer", "late error"])
+def test_start_waits_once_for_a_service_that_lists_nothing(daemon, storage, fault):
+    storage.fail(fault, "GetManagedObjects")
     storage.appear()
     STICK.plug(storage)
     files.store({CARD: False, USB: False})
@@ -122,6 +130,33 @@ def test_start_waits_once_for_a_service_that_lists_nothing(daemon, storage):
     storage.mend()
     wait_until(lambda: not STICK.is_mounted(storage))
     assert daemon.calls(storage.NAME) == [STICK.order]
+
+
+def test_drive_that_is_gone_while_its_policy_goes_off(daemon, plugged):
+    """Without its drive, nothing says which policy the stick obeys."""
+    daemon.start_observed()
+    wait_until(lambda: len(answers(daemon, "GetManagedObjects")) == 1)
+    path = plugged.blocks[STICK.path].drive
+    drive = plugged.drives[path]
+    plugged.unplug(path)
+    daemon.transcript.settle()
+    daemon.change(USB, False)
+    plugged.plug(drive)
+    wait_until(lambda: not STICK.is_mounted(plugged))
+    assert daemon.calls(plugged.NAME) == [STICK.order]
+
+
+def test_lines_about_storage_are_limited(daemon, storage):
+    """Whoever may mount can cause such lines again and again."""
+    sticks = [Stick(f"stick{number}") for number in range(2 * LOG_BURST)]
+    for stick in sticks:
+        stick.plug(storage)
+    storage.fail(error(BUSY), "Unmount")
+    storage.appear()
+    daemon.start()
+    daemon.change(USB, False)
+    wait_until(lambda: len(refusals(daemon)) >= len(sticks))
+    assert len(daemon.logged()) == LOG_BURST
 
 
 def test_nobody_waits_for_the_unmount(daemon, plugged):
