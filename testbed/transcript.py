@@ -81,10 +81,12 @@ class Transcript:
     def wait_for(self, condition, deadline=PATIENCE):
         """Waits for a message that meets a condition and returns the first; messages so far count.
         Raises TimeoutError after `deadline` seconds."""
-        found = []
+        found, checked = [], self._start
 
         def arrived():
-            found.extend(filter(condition, self._messages[self._start:]))
+            nonlocal checked
+            found.extend(filter(condition, self._messages[checked:]))
+            checked = len(self._messages)
             return found
         with self._arrived:
             if not self._arrived.wait_for(arrived, deadline):
