@@ -26,7 +26,15 @@ POLICY = DBusAddress("/org/kvt/PolicyManager", SERVICE, "org.kvt.PolicyManager.P
 SWITCH = DBusAddress("/org/kvt/PolicyManager", SERVICE, "org.kvt.PolicyManager.Switch")
 BUS = DBusAddress("/org/freedesktop/DBus", "org.freedesktop.DBus", "org.freedesktop.DBus")
 PROCESS_FILE = pathlib.Path("/run/dbus/pid")  # there while the bus runs
+START = pathlib.Path(__file__).parents[1] / "scripts/sandbox.d/bus"
 POLICIES = pathlib.Path("/etc/dbus-1/system.d")  # what the bus reads after all packages' files
+
+# What the bus answers in the place of a service that is absent, and of one that ends in a call.
+ABSENT, DIED = (
+    ("The name is not activatable", "Remote peer disconnected")
+    if os.environ.get("GOVD_BUS") == "dbus-broker" else
+    ("The name {} was not provided by any .service files",
+     "Message recipient disconnected from message bus without replying"))
 
 # The services around the daemon.
 SERVICES = ("com.meego.usb_moded", "net.connman", "org.brinos.DeviceSentry1",
@@ -188,7 +196,7 @@ def stop_bus():
 def start_bus():
     """Starts the bus unless it runs, and returns when it listens."""
     if not PROCESS_FILE.exists():
-        subprocess.run(["dbus-daemon", "--system", "--fork"], check=True)
+        subprocess.run([START], check=True)
 
 
 def silent(message):

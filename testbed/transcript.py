@@ -52,7 +52,7 @@ class Transcript:
         self._arrived = threading.Condition()
         self._numbers = itertools.count()
         self._client = Client()
-        self._monitor = Client()
+        self._monitor = Client(descriptors=True)  # dbus-broker ends a monitor that cannot take them
         self._monitor.ask(new_method_call(MONITORING, "BecomeMonitor", "asu", ([], 0)))
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()

@@ -4,17 +4,15 @@
 
 import pytest
 
-from testbed import files
+from testbed import bus, files
 from testbed.daemon import announcement
 from testbed.handlers import DIRECT, HANDLERS, WATCHED, one_pass, termination
 from testbed.services.service import DEATH, answer, error, late
 
 EFFECTS = [(handler, value) for handler in HANDLERS for value in (False, True)]
 ONE_FOR_EACH_SERVICE = list({row.service: row for row in reversed(HANDLERS)}.values())
-ABSENT = ("org.freedesktop.DBus.Error.ServiceUnknown",
-          "The name {} was not provided by any .service files")
-DIED = ("org.freedesktop.DBus.Error.NoReply",
-        "Message recipient disconnected from message bus without replying")
+ABSENT = ("org.freedesktop.DBus.Error.ServiceUnknown", bus.ABSENT)
+DIED = ("org.freedesktop.DBus.Error.NoReply", bus.DIED)
 REFUSED = ("org.example.Refused", "Failed on purpose")
 FAULTS = {  # the fault, and the errors in which the calls end, in order
     "absent": (None, (ABSENT, ABSENT)),

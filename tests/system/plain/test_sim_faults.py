@@ -9,6 +9,7 @@ import time
 
 import pytest
 
+from testbed.bus import PROCESS_FILE
 from testbed.processes import held
 from testbed.simulator import Sim, do, run, shell, start_device
 from testbed.waiting import wait_until
@@ -28,9 +29,9 @@ def no_answer(seconds, who):
 
 
 @pytest.fixture
-def bus_process(root):
+def bus_process():
     """The process of the bus."""
-    return root.process_of("org.freedesktop.DBus")
+    return int(PROCESS_FILE.read_text())
 
 
 @pytest.mark.parametrize("arguments", REMOTE)
