@@ -121,6 +121,18 @@ def test_interface_is_as_described_and_as_installed(daemon, root, name):
     assert [line for child in installed for line in outline(child)] == description
 
 
+def test_file_for_clients_says_what_is_sent():
+    file = pathlib.Path(f"/usr/share/dbus-1/interfaces/{SERVICE}.xml")
+    node = xml.etree.ElementTree.parse(file).getroot()
+    for method in node.iter("method"):
+        for annotation in method.findall("annotation"):
+            method.remove(annotation)
+        del method.find("arg[@direction='out']").attrib["name"]
+    described_as_sent = DESCRIPTIONS[SWITCH.interface].replace("type=i ", "type=b ")
+    assert [line for child in node for line in outline(child)] == [
+        *DESCRIPTIONS[POLICY.interface].splitlines(), *described_as_sent.splitlines()]
+
+
 @pytest.mark.parametrize("member, signature, arguments", OF_THE_MANAGER)
 def test_methods_of_the_manager_cannot_be_called(daemon, root, member, signature, arguments):
     daemon.start()
