@@ -1,51 +1,124 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The agent that the guide for authors of agents shows."""
+"""The example agents, and the code that generators make of the interface file for clients."""
 
-import os
-import re
-import subprocess
+import contextlib
 
 import pytest
 
-from testbed.manuals import FOLDER
-from testbed.users import ids_of
+from testbed.files import POLICY_FILE
+from testbed.plugins import BUILD
+from testbed.policies import KEYS, default_of
+from testbed.program import Program
 from testbed.waiting import wait_until
 
-GUIDE = FOLDER.parent / "agents.md"
+CLIENTS = BUILD / "tests/clients"
+AGENTS = {
+    "python": ["/usr/bin/python3", "/usr/share/doc/libgovd-dev/examples/agent-python/agent.py"],
+    "qt": [CLIENTS / "agent-qt/agent-qt"],
+    "sdbus": [CLIENTS / "agent-sdbus/agent-sdbus"],
+}
+WRITES = [  # user, argument, what the agent says of it, and the policy after it
+    ("mdm", "CameraEnabled=off", "CameraEnabled is set", False),
+    ("mdm", "BrowserEnabled=on", "BrowserEnabled is refused", False),  # a plugin locks it
+    ("guest", "CameraEnabled=off", "CameraEnabled is not allowed: PID ", True),
+]
+GENERATED = """\
+1
+1
+lens
+1
+45
+1
+1
+PolicyChanged NfcEnabled 0
+PolicyChanged CameraEnabled 0
+PolicyChanged UsbDevicesEnabled 0
+SwitchChanged lens 0
+"""
 
 
-@pytest.fixture
-def agent(daemon, tmp_path):
-    """Runs the program of the guide as a user; returns a function that gives what it has printed."""
-    program, = re.findall(r"^```python\n(.*?)^```$", GUIDE.read_text(), re.DOTALL | re.MULTILINE)
-    output = tmp_path / "output"
-    started = []
+@pytest.fixture(params=AGENTS)
+def agent(request):
+    """Starts an agent as a user."""
+    with contextlib.ExitStack() as started:
+        yield lambda *arguments, user="mdm": started.enter_context(
+            Program([*AGENTS[request.param], *arguments], user))
 
-    def run(user):
-        uid, gid = ids_of(user)
-        with output.open("w") as file:
-            started.append(subprocess.Popen(
-                ["/usr/bin/python3", "-c", program], stdout=file, user=uid, group=gid,
-                extra_groups=os.getgrouplist(user, gid)))
-        return output.read_text
+
+def wait_for_lines(agent, line, count):
+    """Waits until an agent has printed a line so many times."""
+    wait_until(lambda: agent.out.splitlines().count(line) == count)
+
+
+def test_all_policies_are_read(agent, daemon):
     daemon.start()
-    yield run
-    for process in started:
-        process.kill()
-        process.wait()
+    lines = {f"{key} {'on' if default_of(key) else 'off'}" for key in KEYS[1:]}
+    running = agent()
+    wait_until(lambda: lines <= set(running.out.splitlines()))
+    assert set(running.out.splitlines()) - lines == {"the daemon is there"}
 
 
-def test_camera_is_kept_off(agent, daemon):
-    printed = agent("mdm")
-    wait_until(lambda: "CameraEnabled off\n" in printed())
+@pytest.mark.parametrize("user, argument, said, value", WRITES)
+def test_results_of_writes_are_told_apart(agent, daemon, lock_plugin, user, argument, said, value):
+    plugin = lock_plugin("BrowserEnabled")
+    daemon.start()
+    plugin.set_locked("BrowserEnabled")
+    agent(argument, user=user).wait_for_out(said)
+    assert daemon.policy(argument.split("=")[0]) is value
+
+
+def test_unknown_policy_is_not_written(agent, daemon):
+    daemon.start()
+    running = agent("TelepathyEnabled=off", "CameraEnabled=off")
+    running.wait_for_out("CameraEnabled is set\n")
+    assert "TelepathyEnabled is no policy\n" in running.out
+    assert daemon.has_no_value("TelepathyEnabled")
+
+
+def test_policy_without_value_gets_one(agent, daemon, lock_plugin):
+    plugin = lock_plugin("BrowserEnabled", "NfcEnabled")
+    plugin.set_locked("BrowserEnabled", "NfcEnabled")
+    daemon.start()
+    plugin.set_locked()
+    running = agent("NfcEnabled=off")
+    running.wait_for_out("NfcEnabled off\n")
+    assert "NfcEnabled has no value\n" in running.out
+    assert "BrowserEnabled has no value\n" in running.out
+
+
+def test_value_that_is_no_boolean(agent, daemon):
+    daemon.start()
+    running = agent("NfcEnabled=on")
+    running.wait_for_out("NfcEnabled on\n")
+    assert daemon.set("NfcEnabled", "0", "s") is True
+    running.wait_for_out("NfcEnabled holds no boolean\n")
+    wait_for_lines(running, "NfcEnabled on", 2)
+    assert daemon.policy("NfcEnabled") is True
+
+
+def test_changes_and_restarts_are_followed(agent, daemon):
+    running = agent("CameraEnabled=off")
+    running.wait_for_out("the daemon is away\n")
+    daemon.start()
+    wait_for_lines(running, "CameraEnabled off", 1)
     daemon.change("CameraEnabled", True)
-    wait_until(lambda: printed().count("CameraEnabled off\n") == 2)
+    wait_for_lines(running, "CameraEnabled off", 2)
     daemon.kill()
-    wait_until(lambda: printed().endswith("the daemon is away\n"))
+    wait_for_lines(running, "the daemon is away", 2)
+    text = POLICY_FILE.read_text().replace("NfcEnabled=true", "NfcEnabled=false")
+    POLICY_FILE.write_text(text.replace("CameraEnabled=false", "CameraEnabled=true"))
+    daemon.start()
+    wait_for_lines(running, "NfcEnabled off", 1)
+    wait_for_lines(running, "CameraEnabled off", 3)
+    daemon.change("NfcEnabled", True)
+    wait_for_lines(running, "NfcEnabled on", 2)
 
 
-def test_user_without_rights(agent):
-    printed = agent("guest")
-    wait_until(lambda: "not allowed: " in printed())
-    assert "CameraEnabled off" not in printed()
+@pytest.mark.parametrize("generator", ["gdbus", "qt", "sdbus"])
+def test_generated_code_works(daemon, switches, generator):
+    switches.set_switch("lens", [1, 45], True)
+    daemon.start()
+    with Program([CLIENTS / f"generated/calls-{generator}"]) as calls:
+        outcome = calls.finish()
+    assert (outcome.code, outcome.err, outcome.out) == (0, "", GENERATED)

@@ -1,0 +1,145 @@
+// SPDX-FileCopyrightText: 2026 The govd authors
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// An agent: prints how all policies read, follows them, and keeps those that it is told to keep.
+// Usage: agent-qt [POLICY=on|off]...
+#include "policymanager.h" // which qdbusxml2cpp makes
+
+#include <QCoreApplication>
+#include <QDBusServiceWatcher>
+#include <QProcess>
+
+namespace {
+
+const QLatin1String Service("org.kvt.PolicyManager");
+const QLatin1String Path("/org/kvt/PolicyManager");
+const int Timeout = 120000; // milliseconds
+
+using Reads = QMap<QString, QDBusPendingReply<QDBusVariant>>;
+
+void say(const QString &text)
+{
+    QTextStream(stdout) << text << '\n';
+}
+
+/// The policies of the platform; the daemon does not list them.
+QStringList listPolicies()
+{
+    QProcess client;
+    client.start("govctl", {"list", "--keys"});
+    if (!client.waitForFinished() || client.exitCode() != 0)
+        qFatal("govctl does not list the policies");
+    return QString::fromUtf8(client.readAll()).split('\n', Qt::SkipEmptyParts);
+}
+
+QString wordFor(const QDBusPendingReply<QDBusVariant> &read)
+{
+    if (!read.isFinished() || read.isError())
+        return "has no value";
+    const QVariant value = read.value().variant();
+    if (value.userType() != QMetaType::Bool)
+        return "holds no boolean";
+    return value.toBool() ? "on" : "off";
+}
+
+template <typename Reply, typename Action> void whenAnswered(const Reply &reply, Action action)
+{
+    auto *watcher = new QDBusPendingCallWatcher(reply);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [=] {
+        action(reply);
+        watcher->deleteLater();
+    });
+}
+
+/// All calls are asynchronous, so that no read without an answer stops the agent.
+class Agent : public QObject
+{
+public:
+    Agent(const QStringList &policies, const QMap<QString, QString> &wishes)
+        : m_wishes(wishes)
+    {
+        m_policies.setTimeout(Timeout);
+        m_switches.setTimeout(Timeout);
+        connect(&m_policies, &org::kvt::PolicyManager::Policy::PolicyChanged, this,
+                [=](const QString &key) {
+                    if (policies.contains(key))
+                        read({key});
+                });
+        const auto onOwner = [=](const QString &, const QString &, const QString &owner) {
+            say(owner.isEmpty() ? "the daemon is away" : "the daemon is there");
+            if (!owner.isEmpty())
+                read(policies);
+        };
+        connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, onOwner);
+        onOwner({}, {}, m_bus.interface()->serviceOwner(Service));
+    }
+
+private:
+    void read(const QStringList &keys)
+    {
+        Reads reads;
+        for (const QString &key : keys)
+            reads.insert(key, m_policies.KeyValue(key));
+        // Answered last: a policy that has no answer by then has no value.
+        whenAnswered(m_switches.Keys(), [=](const auto &reply) {
+            if (reply.isError())
+                say("no answer: " + reply.error().name());
+            else
+                take(reads);
+        });
+    }
+
+    void take(const Reads &reads)
+    {
+        for (auto it = reads.begin(); it != reads.end(); ++it) {
+            const QString &key = it.key();
+            const QString word = wordFor(it.value());
+            if (m_words.value(key) != word)
+                say(key + ' ' + word);
+            m_words.insert(key, word);
+            if (m_wishes.value(key, word) != word)
+                write(key, m_wishes.value(key));
+        }
+    }
+
+    void write(const QString &key, const QString &wish)
+    {
+        const QDBusVariant value(wish == "on");
+        whenAnswered(m_policies.SetKeyValue(key, value), [key](const auto &reply) {
+            if (!reply.isError())
+                say(key + (reply.value() ? " is set" : " is refused"));
+            else if (reply.error().type() == QDBusError::AccessDenied)
+                say(key + " is not allowed: " + reply.error().message());
+            else // the daemon has gone, or is silent; what it holds is read when it is back
+                say(key + " has no answer: " + reply.error().name());
+        });
+    }
+
+    const QMap<QString, QString> m_wishes;
+    QMap<QString, QString> m_words; // how each policy reads
+    QDBusConnection m_bus = QDBusConnection::systemBus();
+    QDBusServiceWatcher m_watcher{Service, m_bus};
+    org::kvt::PolicyManager::Policy m_policies{Service, Path, m_bus};
+    org::kvt::PolicyManager::Switch m_switches{Service, Path, m_bus};
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList policies = listPolicies();
+    QMap<QString, QString> wishes;
+    const QStringList arguments = application.arguments().mid(1);
+    for (const QString &argument : arguments) {
+        const QString key = argument.section('=', 0, 0), wish = argument.section('=', 1);
+        if (wish != "on" && wish != "off")
+            qFatal("usage: agent-qt [POLICY=on|off]...");
+        if (policies.contains(key))
+            wishes.insert(key, wish);
+        else // the daemon would accept it
+            say(key + " is no policy");
+    }
+    const Agent agent(policies, wishes);
+    return QCoreApplication::exec();
+}
