@@ -91,9 +91,16 @@ void send(JournalRecord &record, JournalRecord::WhenFull whenFull)
 
 QString valueText(const QVariant &value)
 {
-    // toString() makes a byte the character with that code, and 0 would end the audit line.
-    return value.userType() == QMetaType::UChar ? QString::number(value.toUInt())
-                                                : value.toString();
+    switch (value.userType()) {
+    case QMetaType::UChar:
+        // toString() makes a byte the character with that code, and 0 would end the audit line.
+        return QString::number(value.toUInt());
+    case QMetaType::QByteArray:
+        // Up to the first zero byte, where toString() of Qt 5 ends, and that of Qt 6 does not.
+        return QString::fromUtf8(value.toByteArray().constData());
+    default:
+        return value.toString();
+    }
 }
 
 WriteRecord::WriteRecord(Kind kind, const QString &key, const QVariant &newValue)

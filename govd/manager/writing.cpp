@@ -5,6 +5,7 @@
 #include "policymanager.h"
 #include "policytypes.h"
 #include "replyvalue.h"
+#include "samevalue.h"
 #include "writerecord.h"
 
 #include <QDebug>
@@ -65,7 +66,7 @@ bool PolicyManager::setSwitchValue(const QString &key, const QVariant &value)
 void PolicyManager::updatePolicyValue(const QString &key, const QVariant &value)
 {
     QVariant &stored = policies[key];
-    if (stored == value)
+    if (isSameValue(stored, value))
         return;
     stored = value;
 

@@ -40,6 +40,7 @@ KEPT = [  # a value's signature and the value, its boolean reading and its text
     ("g", "a{sv}", False, ""),
     ("ay", b"abc", True, "abc"),
     ("ay", b"0", False, "0"),
+    ("ay", b"a\0b", True, "a"),
     ("ay", b"", False, ""),
     ("as", ["one"], False, "one"),
     ("as", ["one", "two"], False, ""),
@@ -93,6 +94,30 @@ REPLACED = [  # as in KEPT
     ("(bs)", (True, "x"), False, ""),
     ("v", ("b", True), False, ""),
 ]
+SAME = [  # a stored value and a new one that counts as the same
+    (("b", True), ("y", 1)), (("b", True), ("d", 1.0)), (("b", True), ("s", "yes")),
+    (("b", False), ("s", "FALSE")), (("b", True), ("ay", b"x")), (("b", False), ("ay", b"")),
+    (("i", 1), ("b", True)), (("i", -1), ("u", 4294967295)), (("x", -1), ("t", 2**64 - 1)),
+    (("n", 44), ("s", "65580")), (("y", 44), ("ay", b" 300")), (("i", 1), ("s", "\u00a01")),
+    (("d", 1.0), ("d", 1.0 + 1e-15)), (("d", 9007199254740992.0), ("x", 9007199254740993)),
+    (("d", 1.5), ("s", "1.50")), (("s", "1"), ("i", 1)), (("s", "01"), ("y", 1)),
+    (("s", "true"), ("b", True)), (("s", "0.1"), ("d", 0.1)), (("s", "x"), ("as", ["x"])),
+    (("s", "a"), ("ay", b"a\0b")), (("s", "\ufffd"), ("ay", b"\xff")), (("ay", b"7"), ("x", 7)),
+    (("ay", b"true"), ("b", True)), (("ay", b"x"), ("s", "x")), (("as", ["x"]), ("s", "x")),
+    (("as", ["x", "y"]), ("as", ["x", "y"])), (("v", ("b", True)), ("v", ("b", True))),
+]
+DIFFERENT = [
+    (("b", True), ("i", 2)), (("b", True), ("s", "")), (("b", True), ("as", ["true"])),
+    (("i", 1), ("s", "yes")), (("i", 0), ("s", "")), (("i", 0), ("x", 4294967296)),
+    (("y", 65), ("s", "A")), (("d", 1.0), ("s", "1.000000000000001")), (("d", 0.0), ("d", 1e-15)),
+    (("s", "yes"), ("b", True)), (("s", "01"), ("i", 1)), (("s", "True"), ("b", True)),
+    (("s", "x"), ("as", ["x", "x"])), (("s", "1.50"), ("d", 1.5)), (("ay", b"a\0b"), ("s", "a")),
+    (("ay", b"x"), ("as", ["x"])), (("as", ["1"]), ("i", 1)), (("as", [""]), ("as", [])),
+    (("o", "/a"), ("o", "/a")), (("o", "/a"), ("s", "/a")), (("g", "i"), ("g", "i")),
+    (("(b)", (True,)), ("(b)", (True,))), (("ai", []), ("ai", [])), (("a{sv}", {}), ("a{sv}", {})),
+    (("v", ("b", True)), ("v", ("b", False))), (("v", ("b", True)), ("b", True)),
+    (("v", ("s", "x")), ("v", ("s", "x"))), (("v", ("i", 1)), ("v", ("u", 1))),
+]
 
 
 def start_with(daemon, value):
@@ -141,3 +166,15 @@ def test_boolean_replaces_anything(daemon, root, signature, value, reading, text
     assert files.stored()[CAMERA] == files.text_of(not reading)
     assert files.CAMERA_MARKER.exists() is not reading
     assert daemon.logged() == []
+
+
+@pytest.mark.parametrize("pairs, times", [(SAME, 1), (DIFFERENT, 2)])
+def test_only_a_different_value_is_announced(daemon, pairs, times):
+    daemon.start()
+    keys = [f"org.example.Wish{number}" for number in range(len(pairs))]
+    for key, pair in zip(keys, pairs):
+        for signature, value in pair:
+            assert daemon.set(key, value, signature) is True
+    announced = [key for _, _, key, _ in daemon.announcements()]
+    wrong = [pair for key, pair in zip(keys, pairs) if announced.count(key) != times]
+    assert wrong == []
