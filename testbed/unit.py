@@ -115,8 +115,10 @@ class Journal:
     def _entries(self):
         run("journalctl", "--sync")
         entries = run("journalctl", "-o", "json", "--all", "--no-pager", "-u", UNIT,
-                      "-t", "govd", f"--after-cursor={self._cursor}")
-        return [json.loads(entry) for entry in entries.splitlines()]
+                      "-t", "govd", f"--cursor={self._cursor}")
+        # Not --after-cursor: it leaves out the first entry if that at the cursor is none of these.
+        return [entry for entry in map(json.loads, entries.splitlines())
+                if entry["__CURSOR"] != self._cursor]
 
 
 def line_of(entry):
