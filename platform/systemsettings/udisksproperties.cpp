@@ -28,13 +28,18 @@ QVariant readObjectPath(const QVariant &received)
     return received.value<QDBusObjectPath>().path();
 }
 
-/// The service sends names of files as bytes with the NUL of a C string at their end, where
-/// decoding stops.
+/// The service sends names of files as bytes with the NUL of a C string at their end. Qt 6 would
+/// decode it, too.
+QString decodedName(const QByteArray &bytes)
+{
+    return QFile::decodeName(bytes.constData());
+}
+
 QVariant readFileName(const QVariant &received)
 {
     if (received.userType() != QMetaType::QByteArray)
         return {};
-    return QFile::decodeName(received.toByteArray());
+    return decodedName(received.toByteArray());
 }
 
 QVariant readFileNames(const QVariant &received)
@@ -46,7 +51,7 @@ QVariant readFileNames(const QVariant &received)
     const auto encoded = qdbus_cast<QList<QByteArray>>(argument);
     QStringList names;
     for (const QByteArray &bytes : encoded)
-        names.append(QFile::decodeName(bytes));
+        names.append(decodedName(bytes));
     return names;
 }
 

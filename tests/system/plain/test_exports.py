@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """The daemon exports only the symbols that lock plugins resolve against it."""
 
+import re
 import subprocess
 
 EXPORTED = {f"SourceRestriction::{member}" for member in (
@@ -15,4 +16,6 @@ def test_exported_symbols():
     names = subprocess.run(["nm", "--dynamic", "--defined-only", "--demangle",
                             "--format=just-symbols", "/usr/sbin/govd"],
                            check=True, text=True, stdout=subprocess.PIPE).stdout
-    assert set(names.splitlines()) == EXPORTED
+    # Qt 6 has templates in its headers that its libraries and each of their users export.
+    templates = re.compile(r"\bQMeta(Type|Sequence)::")
+    assert {name for name in names.splitlines() if not templates.search(name)} == EXPORTED
