@@ -128,6 +128,7 @@ private:
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
+    qRegisterMetaType<QDBusVariant>(); // without it Qt 6 delivers no signal that has one
     const QStringList policies = listPolicies();
     QMap<QString, QString> wishes;
     const QStringList arguments = application.arguments().mid(1);

@@ -22,6 +22,7 @@ template <typename Value> Value resultOf(QDBusPendingReply<Value> reply)
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
+    qRegisterMetaType<QDBusVariant>(); // without it Qt 6 delivers no signal that has one
     const QString service("org.kvt.PolicyManager"), path("/org/kvt/PolicyManager");
     org::kvt::PolicyManager::Policy policies(service, path, QDBusConnection::systemBus());
     org::kvt::PolicyManager::Switch switches(service, path, QDBusConnection::systemBus());
