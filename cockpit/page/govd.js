@@ -35,9 +35,9 @@ function take(list, verified, switches) {
 }
 
 async function look() {
-    const answers = await Promise.all(
-        [["list"], ["verify"], ["switch", "list"]].map((words) => govctl(words)));
-    rights ??= (await govctl(["can"])).result;
+    const questions = [["list"], ["verify"], ["switch", "list"], ...rights ? [] : [["can"]]];
+    const answers = await Promise.all(questions.map((words) => govctl(words)));
+    rights ??= answers[3].result;
     const failed = answers.find(({ error }) => error);
     if (failed) {
         device.writable = false;

@@ -116,7 +116,9 @@ export function policiesView(refresh) {
             element.hidden = !(matches(policy) && element.textContent.toLowerCase().includes(text));
             shown += !element.hidden;
         }
-        count.textContent = `${shown} of ${rows.size} policies`;
+        const words = `${shown} of ${rows.size} policies`;
+        if (count.textContent !== words) // a screen reader says it again otherwise
+            count.textContent = words;
     };
     const query = search("Search policies", filter);
     const kind = choice("Show", FILTERS, filter);
