@@ -18,6 +18,7 @@ BUILT = BUILD / "tests/plugins/build"
 FILE_LOCK = BUILD / "sdk/plugins/libfilelock.so"
 FILE_LOCK_FILE = pathlib.Path("/etc/govd/filelock.conf")
 FILE_SWITCH = BUILD / "sdk/plugins/libpelloraswitchplugin.so"
+FILE_SWITCH_FILE = pathlib.Path("/etc/govd/fileswitch.conf")
 KIOSK = BUILD / "tests/plugins/example/kiosk.so"
 SWITCH_PLUGIN = pathlib.Path("/usr/lib64/libpellorapolicy/plugin/libpelloraswitchplugin.so")
 LOCK_PLUGINS = pathlib.Path("/usr/lib", sysconfig.get_config_var("MULTIARCH"), "govd")

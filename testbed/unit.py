@@ -9,6 +9,7 @@ import shutil
 import subprocess
 from dataclasses import dataclass
 
+import pytest
 from jeepney import DBusErrorResponse
 
 from testbed.bus import Client, read_of
@@ -22,6 +23,13 @@ DROP_INS = pathlib.Path("/run/systemd/system")
 def run(*command):
     """Runs a program to its end and returns its output. Raises CalledProcessError."""
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout.strip()
+
+
+def refuse_elsewhere():
+    """Ends the tests outside the sandbox that boots: they change the machine."""
+    booted = pathlib.Path("/proc/1/comm").read_text() == "systemd\n"
+    if not (booted and pathlib.Path("/run/govd-sandbox").exists()):
+        pytest.exit("These tests run in the sandbox only: scripts/sandbox --boot -- ...", 1)
 
 
 def reset():

@@ -2,8 +2,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Tests of the daemon under its unit, on a bus under its policy, in a system that has booted."""
 
-import pathlib
-
 import pytest
 
 from testbed import govctl, unit
@@ -13,10 +11,8 @@ from testbed.waiting import wait_until
 
 
 def pytest_sessionstart():
-    """Refuses to run outside the sandbox: the tests change the machine."""
-    booted = pathlib.Path("/proc/1/comm").read_text() == "systemd\n"
-    if not (booted and pathlib.Path("/run/govd-sandbox").exists()):
-        pytest.exit("These tests run in the sandbox only: scripts/sandbox --boot -- ...", 1)
+    """Refuses to run outside the sandbox."""
+    unit.refuse_elsewhere()
 
 
 @pytest.hookimpl(hookwrapper=True)
