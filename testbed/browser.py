@@ -13,6 +13,7 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
+from testbed import unit
 from testbed.waiting import wait_until
 
 PASSWORD = "Only-for-tests-7"
@@ -20,6 +21,12 @@ PASSWORD = "Only-for-tests-7"
 OPTIONS = ("headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
            "disable-background-networking", "disable-component-update", "disable-sync",
            "ignore-certificate-errors", "force-prefers-reduced-motion", "window-size=1280,900")
+
+
+def add_user(name, group):
+    """Adds a user who can log in to Cockpit."""
+    secret = unit.run("openssl", "passwd", "-6", PASSWORD)
+    unit.run("useradd", "-m", "-s", "/bin/bash", "-p", secret, "-G", group, name)
 
 
 class Browser:
@@ -33,7 +40,8 @@ class Browser:
         options = Options()
         for option in (*OPTIONS, f"user-data-dir={self._folder.name}/profile"):
             options.add_argument(f"--{option}")
-        options.add_experimental_option("prefs", {"download.default_directory": str(self.downloads)})
+        options.add_experimental_option(
+            "prefs", {"download.default_directory": str(self.downloads)})
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
         self._log_in(user)
 

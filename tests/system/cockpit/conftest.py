@@ -5,7 +5,7 @@
 import pytest
 
 from testbed import unit
-from testbed.browser import PASSWORD, Browser
+from testbed.browser import Browser, add_user
 from testbed.files import write
 from testbed.plugins import (FILE_LOCK, FILE_SWITCH, FILE_SWITCH_FILE, LOCK_PLUGINS, SWITCH_PLUGIN,
                              installed)
@@ -19,9 +19,8 @@ def pytest_sessionstart():
 @pytest.fixture(scope="session", autouse=True)
 def cockpit():
     """Cockpit's own service, and users with a password: one of the group sudo and one without."""
-    secret = unit.run("openssl", "passwd", "-6", PASSWORD)
-    for user, groups in (("admin", "sudo"), ("viewer", "users")):
-        unit.run("useradd", "-m", "-s", "/bin/bash", "-p", secret, "-G", groups, user)
+    add_user("admin", "sudo")
+    add_user("viewer", "users")
     unit.run("systemctl", "start", "cockpit.socket")
 
 

@@ -4,8 +4,8 @@
 
 import pytest
 
-from testbed import govctl, unit
-from testbed.browser import PASSWORD, Browser
+from testbed import govctl
+from testbed.browser import Browser, add_user
 from testbed.bus import read_of, write_of
 from testbed.files import write
 from testbed.plugins import FILE_LOCK_FILE
@@ -135,8 +135,7 @@ def test_access_is_gained_and_dropped_with_cockpit(daemon):
 
 
 def test_member_of_the_group_needs_no_more(daemon):
-    unit.run("useradd", "-m", "-s", "/bin/bash", "-p", unit.run("openssl", "passwd", "-6", PASSWORD),
-             "-G", "pellora-mdm", "officer")
+    add_user("officer", "pellora-mdm")
     with Browser("officer") as page:
         page.patiently(page.toggle(CAMERA).is_enabled)
         page.ask(CAMERA)

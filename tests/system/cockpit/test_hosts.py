@@ -44,8 +44,10 @@ def second(daemon):
     let_in()
     command = [SANDBOX, "--build", os.environ["GOVD_BUILD"], "--", "bash", "-c", SECOND]
     with subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as device:
-        pid = wait_until(lambda: set(unit.run("pgrep", "-x", "govd").split()) - {str(unit.main_pid())})
-        unit.run("ip", "link", "add", "cable", "type", "veth", "peer", "name", "cable", "netns", *pid)
+        first = str(unit.main_pid())
+        pid, = wait_until(lambda: set(unit.run("pgrep", "-x", "govd").split()) - {first})
+        unit.run("ip", "link", "add", "cable", "type", "veth",
+                 "peer", "name", "cable", "netns", pid)
         unit.run("ip", "address", "add", "10.9.0.1/24", "dev", "cable")
         unit.run("ip", "link", "set", "cable", "up")
         yield f"admin@{ADDRESS}"

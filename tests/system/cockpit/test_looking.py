@@ -121,8 +121,8 @@ def test_foreign_text_stays_text(page, root):
 
 
 def test_thousand_signals_leave_the_page_responsive(page, root, capsys):
-    """A switch announces all that it governs, and Cockpit passes all on in an instant. The page looks
-    at the device a few times only."""
+    """A switch announces all that it governs, and Cockpit passes all on in an instant. The page
+    looks at the device a few times only."""
     announced = [policy["key"] for policy in govctl.run("list", "--json").result["policies"]
                  if not policy["enforced"]]
     replace(FILE_SWITCH_FILE, f"[many]\npolicies={';'.join(announced)}\nvalue=true\n")
@@ -152,7 +152,8 @@ def test_thousand_signals_leave_the_page_responsive(page, root, capsys):
     assert [row[0] for row in page.rows()] == [announced[0]]
     answered = time.monotonic() - before
     page.patiently(lambda: page.run("return window.signals") == count)
-    longest, looks, took = page.run("return [window.longest, window.looks, window.last - window.first]")
+    longest, looks, took = page.run(
+        "return [window.longest, window.looks, window.last - window.first]")
     with capsys.disabled():
         print(f"{count} signals within {took:.0f} ms; a search among them took "
               f"{answered * 1000:.0f} ms; the page was busy for {longest:.0f} ms at most, and ran "
