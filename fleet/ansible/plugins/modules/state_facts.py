@@ -34,7 +34,8 @@ EXAMPLES = r"""
 
 - name: Stop where a policy is not in force
   ansible.builtin.assert:
-    that: ansible_facts.govd.policies.values() | selectattr('state', 'eq', 'not-in-force') | length == 0
+    that: >-
+      ansible_facts.govd.policies.values() | selectattr('state', 'eq', 'not-in-force') | length == 0
 """
 
 RETURN = r"""
