@@ -27,6 +27,11 @@ function(find_binaries directory result)
   set(${result} ${binaries} PARENT_SCOPE)
 endfunction()
 
+# dpkg's tools look for libraries of this architecture.
+if(CPACK_DEBIAN_PACKAGE_ARCHITECTURE)
+  set(ENV{DEB_HOST_ARCH} ${CPACK_DEBIAN_PACKAGE_ARCHITECTURE})
+endif()
+
 # Calls dpkg-shlibdeps instead of CPack, which would not pass it the libraries of our other packages
 # and would ignore a library that belongs to no package.
 function(find_dependencies directory result)
