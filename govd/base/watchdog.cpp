@@ -7,7 +7,7 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <chrono>
@@ -66,11 +66,13 @@ Watchdog::Watchdog()
 
 void Watchdog::checkBus()
 {
-    static QDeadlineTimer reportIsRecent;
-    if (timeAllowed() == milliseconds::zero() || !reportIsRecent.hasExpired() || !doesBusAnswer())
+    static QElapsedTimer sinceReport;
+    const bool isRecent =
+        sinceReport.isValid() && !sinceReport.hasExpired((timeAllowed() / 8).count());
+    if (timeAllowed() == milliseconds::zero() || isRecent || !doesBusAnswer())
         return;
     report();
-    reportIsRecent.setRemainingTime(timeAllowed() / 8);
+    sinceReport.start();
 }
 
 bool Watchdog::eventFilter(QObject *receiver, QEvent *event)

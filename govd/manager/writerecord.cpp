@@ -5,8 +5,8 @@
 #include "journal.h"
 #include "log.h"
 
-#include <QDeadlineTimer>
 #include <QDebug>
+#include <QElapsedTimer>
 
 #include <array>
 #include <climits>
@@ -21,10 +21,10 @@ int leftOut = 0; ///< records not sent since the last one that was
 
 bool takesAnotherDenied()
 {
-    static QDeadlineTimer period;
+    static QElapsedTimer period;
     static int count = 0;
-    if (period.hasExpired()) {
-        period.setRemainingTime(Log::Period);
+    if (!period.isValid() || period.hasExpired(Log::Period)) {
+        period.start();
         count = 0;
     }
     return ++count <= Log::Burst;
