@@ -4,7 +4,6 @@
 
 #include "writerecord.h"
 
-#include <QDBusVariant>
 #include <QStringList>
 #include <QVariant>
 
@@ -103,11 +102,6 @@ bool isNumberInText(const QVariant &number, const QVariant &text)
                                                  : isWritten(number, text.toByteArray());
 }
 
-bool isSameNestedValue(const QVariant &stored, const QVariant &value)
-{
-    return stored.userType() == value.userType() && isNumber(stored) && isSameNumber(stored, value);
-}
-
 } // namespace
 
 bool isSameValue(const QVariant &stored, const QVariant &value)
@@ -132,11 +126,7 @@ bool isSameValue(const QVariant &stored, const QVariant &value)
         return (isList || value.userType() == QMetaType::QString)
             && value.toStringList() == stored.toStringList();
     default:
-        break;
+        // Paths, signatures, structures and other containers differ from everything.
+        return false;
     }
-    // Paths, signatures, structures and other containers differ from everything. So do values
-    // within values, except numbers: Qt 5 compares what they have in memory.
-    return stored.userType() == qMetaTypeId<QDBusVariant>() && value.userType() == stored.userType()
-        && isSameNestedValue(stored.value<QDBusVariant>().variant(),
-                             value.value<QDBusVariant>().variant());
 }
