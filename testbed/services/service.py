@@ -5,6 +5,7 @@
 import concurrent.futures
 import contextlib
 import functools
+import gc
 import threading
 from dataclasses import dataclass
 
@@ -110,6 +111,9 @@ class Loop(threading.Thread):
 
     def run(self):
         self.thread = threading.current_thread()
+        # Else another thread can come to free a bus connection, which damages the memory of the bus
+        # library. What refers to itself stays until the process ends.
+        gc.disable()
         self.loop.run()
 
 
