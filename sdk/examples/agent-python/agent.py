@@ -41,6 +41,9 @@ class Agent:
             say(key, "is no policy")
         self.wishes = {key: wishes[key] for key in wishes.keys() & policies}
         self.words = {}  # how each policy reads
+        self.batch = {}  # the answers to the reads in flight
+        self.changed = set()  # policies for the next batch
+        self.owner = ""
         self.bus = dbus.SystemBus()
         self.bus.add_signal_receiver(self.on_change, "PolicyChanged", POLICY, SERVICE, PATH)
         self.bus.watch_name_owner(SERVICE, self.on_owner)  # tells the present owner, too
@@ -51,6 +54,7 @@ class Agent:
 
     def on_owner(self, owner):
         say("the daemon is there" if owner else "the daemon is away")
+        self.owner, self.batch = owner, {}
         if owner:
             self.read(self.policies)
 
@@ -59,38 +63,52 @@ class Agent:
             self.read([key])
 
     def read(self, keys):
-        answers = dict.fromkeys(keys)
-        for key in keys:
+        self.changed.update(keys)
+        # One batch at a time: the bus limits the calls of a client that have no answer yet.
+        if self.batch or not self.changed:
+            return
+        batch = self.batch = dict.fromkeys(self.changed)
+        self.changed.clear()
+        for key in batch:
             self.call(POLICY, "KeyValue", "s", (key,),
-                      lambda value, key=key: answers.update({key: value}),
-                      lambda error: None)  # the time-out of a policy without a value
+                      lambda value, key=key: batch.update({key: value}),
+                      # Later it is the time-out of a policy without a value.
+                      lambda error: self.batch is batch and self.report("a read", error))
         # Answered last: a policy that has no answer by then has no value.
-        self.call(SWITCH, "Keys", "", (), lambda _: self.take(answers),
-                  lambda error: say("no answer:", error.get_dbus_name()))
+        self.call(SWITCH, "Keys", "", (), lambda _: self.take(batch),
+                  lambda error: self.report("a read", error))
 
-    def take(self, answers):
-        for key, value in answers.items():
+    def take(self, batch):
+        for key, value in batch.items():
             word = word_for(value)
             if self.words.get(key) != word:
                 say(key, word)
             self.words[key] = word
-            if self.wishes.get(key, word) != word:
-                self.write(key, self.wishes[key])
+            wish = self.wishes.get(key, word)
+            if wish != word == "holds no boolean":
+                self.write(key, wish != "on")  # a boolean does not replace what reads like it
+            if wish != word:
+                self.write(key, wish == "on")
+        self.batch = {}
+        self.read([])
 
-    def write(self, key, wish):
-        self.call(POLICY, "SetKeyValue", "sv", (key, dbus.Boolean(wish == "on")),
+    def write(self, key, value):
+        self.call(POLICY, "SetKeyValue", "sv", (key, dbus.Boolean(value)),
                   lambda accepted: say(key, "is set" if accepted else "is refused"),
                   lambda error: self.report(key, error))
 
-    def report(self, key, error):
+    def report(self, what, error):
         if error.get_dbus_name() == "org.freedesktop.DBus.Error.AccessDenied":
-            say(key, "is not allowed:", error.get_dbus_message())
-        else:  # the daemon has gone, or is silent; on_owner() reads again when it is back
-            say(key, "has no answer:", error.get_dbus_name())
+            say(what, "is not allowed:", error.get_dbus_message())
+            return
+        say(what, "has no answer:", error.get_dbus_name())
+        if self.owner:  # else on_owner() reads again; a new connection has no unanswered calls
+            sys.exit(1)
 
 
 if not all(re.fullmatch("[^=]+=(on|off)", wish) for wish in sys.argv[1:]):
-    sys.exit("usage: agent.py [POLICY=on|off]...")
+    print("usage: agent.py [POLICY=on|off]...", file=sys.stderr)
+    sys.exit(2)
 listed = subprocess.run(["govctl", "list", "--keys"], stdout=subprocess.PIPE, text=True, check=True)
 DBusGMainLoop(set_as_default=True)
 agent = Agent(listed.stdout.split(), dict(wish.split("=") for wish in sys.argv[1:]))

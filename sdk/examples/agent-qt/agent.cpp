@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDBusServiceWatcher>
 #include <QProcess>
+#include <QSet>
 
 namespace {
 
@@ -22,19 +23,25 @@ void say(const QString &text)
     QTextStream(stdout) << text << '\n';
 }
 
+int end(int code, const char *reason)
+{
+    QTextStream(stderr) << reason << '\n';
+    return code;
+}
+
 /// The policies of the platform; the daemon does not list them.
 QStringList listPolicies()
 {
     QProcess client;
     client.start("govctl", {"list", "--keys"});
     if (!client.waitForFinished() || client.exitCode() != 0)
-        qFatal("govctl does not list the policies");
+        return {};
     return QString::fromUtf8(client.readAll()).split('\n', Qt::SkipEmptyParts);
 }
 
 QString wordFor(const QDBusPendingReply<QDBusVariant> &read)
 {
-    if (!read.isFinished() || read.isError())
+    if (!read.isFinished())
         return "has no value";
     const QVariant value = read.value().variant();
     if (value.userType() != QMetaType::Bool)
@@ -67,23 +74,30 @@ public:
                 });
         const auto onOwner = [=](const QString &, const QString &, const QString &owner) {
             say(owner.isEmpty() ? "the daemon is away" : "the daemon is there");
+            m_owner = owner;
             if (!owner.isEmpty())
                 read(policies);
         };
         connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, onOwner);
+        m_bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local",
+                      "Disconnected", qApp, SLOT(quit())); // Qt does not connect again
         onOwner({}, {}, m_bus.interface()->serviceOwner(Service));
     }
 
 private:
     void read(const QStringList &keys)
     {
-        Reads reads;
-        for (const QString &key : keys)
-            reads.insert(key, m_policies.KeyValue(key));
+        m_changed.unite({keys.begin(), keys.end()});
+        // One batch at a time: the bus limits the calls of a client that have no answer yet.
+        if (!m_batch.isEmpty() || m_changed.isEmpty())
+            return;
+        for (const QString &key : std::exchange(m_changed, {}))
+            m_batch.insert(key, m_policies.KeyValue(key));
         // Answered last: a policy that has no answer by then has no value.
         whenAnswered(m_switches.Keys(), [=](const auto &reply) {
+            const Reads reads = std::exchange(m_batch, {});
             if (reply.isError())
-                say("no answer: " + reply.error().name());
+                report("a read", reply.error());
             else
                 take(reads);
         });
@@ -92,31 +106,46 @@ private:
     void take(const Reads &reads)
     {
         for (auto it = reads.begin(); it != reads.end(); ++it) {
+            if (it->isError())
+                return report("a read", it->error());
             const QString &key = it.key();
             const QString word = wordFor(it.value());
             if (m_words.value(key) != word)
                 say(key + ' ' + word);
             m_words.insert(key, word);
-            if (m_wishes.value(key, word) != word)
-                write(key, m_wishes.value(key));
+            const QString wish = m_wishes.value(key, word);
+            if (wish != word && word == "holds no boolean")
+                write(key, wish != "on"); // a boolean does not replace what reads like it
+            if (wish != word)
+                write(key, wish == "on");
         }
+        read({});
     }
 
-    void write(const QString &key, const QString &wish)
+    void write(const QString &key, bool value)
     {
-        const QDBusVariant value(wish == "on");
-        whenAnswered(m_policies.SetKeyValue(key, value), [key](const auto &reply) {
-            if (!reply.isError())
+        whenAnswered(m_policies.SetKeyValue(key, QDBusVariant(value)), [=](const auto &reply) {
+            if (reply.isError())
+                report(key, reply.error());
+            else
                 say(key + (reply.value() ? " is set" : " is refused"));
-            else if (reply.error().type() == QDBusError::AccessDenied)
-                say(key + " is not allowed: " + reply.error().message());
-            else // the daemon has gone, or is silent; what it holds is read when it is back
-                say(key + " has no answer: " + reply.error().name());
         });
+    }
+
+    void report(const QString &what, const QDBusError &error)
+    {
+        if (error.type() == QDBusError::AccessDenied)
+            return say(what + " is not allowed: " + error.message());
+        say(what + " has no answer: " + error.name());
+        if (!m_owner.isEmpty()) // else all is read later; a new connection has no unanswered calls
+            QCoreApplication::quit();
     }
 
     const QMap<QString, QString> m_wishes;
     QMap<QString, QString> m_words; // how each policy reads
+    Reads m_batch; // in flight
+    QSet<QString> m_changed; // policies for the next batch
+    QString m_owner;
     QDBusConnection m_bus = QDBusConnection::systemBus();
     QDBusServiceWatcher m_watcher{Service, m_bus};
     org::kvt::PolicyManager::Policy m_policies{Service, Path, m_bus};
@@ -130,17 +159,20 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     qRegisterMetaType<QDBusVariant>(); // without it Qt 6 delivers no signal that has one
     const QStringList policies = listPolicies();
+    if (policies.isEmpty())
+        return end(1, "govctl does not list the policies");
     QMap<QString, QString> wishes;
     const QStringList arguments = application.arguments().mid(1);
     for (const QString &argument : arguments) {
         const QString key = argument.section('=', 0, 0), wish = argument.section('=', 1);
         if (wish != "on" && wish != "off")
-            qFatal("usage: agent-qt [POLICY=on|off]...");
+            return end(2, "usage: agent-qt [POLICY=on|off]...");
         if (policies.contains(key))
             wishes.insert(key, wish);
         else // the daemon would accept it
             say(key + " is no policy");
     }
     const Agent agent(policies, wishes);
-    return QCoreApplication::exec();
+    QCoreApplication::exec();
+    return 1;
 }

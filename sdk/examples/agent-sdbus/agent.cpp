@@ -7,6 +7,7 @@
 #include "policymanager.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -51,7 +52,7 @@ std::string wordFor(const sdbus::Variant &value)
     return value.get<bool>() ? "on" : "off";
 }
 
-/// Reads are asynchronous, so that none without an answer stops the agent.
+/// All calls are asynchronous, so that no read without an answer stops the agent.
 class Daemon : public sdbus::ProxyInterfaces<org::kvt::PolicyManager::Policy_proxy>
 {
 public:
@@ -67,6 +68,8 @@ public:
     void onOwner(bool isThere)
     {
         say(isThere ? "the daemon is there" : "the daemon is away");
+        m_isThere = isThere;
+        m_batch.reset();
         if (isThere)
             read(m_policies);
     }
@@ -78,30 +81,42 @@ private:
             read({*it});
     }
 
+    template <typename Action, typename... Arguments>
+    void call(const char *interface, const char *method, Action action,
+              const Arguments &...arguments)
+    {
+        getProxy()
+            .callMethodAsync(method)
+            .onInterface(interface)
+            .withTimeout(Timeout)
+            .withArguments(arguments...)
+            .uponReplyInvoke(action);
+    }
+
     void read(const Words &keys)
     {
-        const auto words = std::make_shared<Words>(keys);
-        for (auto &entry : *words)
-            getProxy()
-                .callMethodAsync("KeyValue")
-                .onInterface(INTERFACE_NAME)
-                .withTimeout(Timeout)
-                .withArguments(entry.first)
-                .uponReplyInvoke([words, &entry](Failure failure, const sdbus::Variant &value) {
-                    if (!failure)
-                        entry.second = wordFor(value);
-                });
+        m_changed.insert(keys.begin(), keys.end());
+        // One batch at a time: the bus limits the calls of a client that have no answer yet.
+        if (m_batch || m_changed.empty())
+            return;
+        const auto batch = m_batch = std::make_shared<Words>(std::exchange(m_changed, {}));
+        for (auto &entry : *batch) {
+            const auto keep = [=, &entry](Failure failure, const sdbus::Variant &value) {
+                if (!failure)
+                    entry.second = wordFor(value);
+                else if (batch == m_batch) // later it is the time-out of a policy without a value
+                    report("a read", *failure);
+            };
+            call(INTERFACE_NAME, "KeyValue", keep, entry.first);
+        }
         // Answered last: a policy that has no answer by then has no value.
-        getProxy()
-            .callMethodAsync("Keys")
-            .onInterface(org::kvt::PolicyManager::Switch_proxy::INTERFACE_NAME)
-            .withTimeout(Timeout)
-            .uponReplyInvoke([this, words](Failure failure, const std::vector<std::string> &) {
-                if (failure)
-                    say("no answer: ", failure->getName());
-                else
-                    take(*words);
-            });
+        const auto finish = [=](Failure failure, const std::vector<std::string> &) {
+            if (failure)
+                report("a read", *failure);
+            else
+                take(*batch);
+        };
+        call(org::kvt::PolicyManager::Switch_proxy::INTERFACE_NAME, "Keys", finish);
     }
 
     void take(const Words &words)
@@ -110,27 +125,42 @@ private:
             if (m_words[key] != word)
                 say(key, ' ', word);
             m_words[key] = word;
-            if (const auto wish = m_wishes.find(key);
-                wish != m_wishes.end() && wish->second != word)
-                write(key, wish->second);
+            const auto wish = m_wishes.find(key);
+            if (wish == m_wishes.end() || wish->second == word)
+                continue;
+            if (word == "holds no boolean")
+                write(key, wish->second != "on"); // a boolean does not replace what reads like it
+            write(key, wish->second == "on");
         }
+        m_batch.reset();
+        read({});
     }
 
-    void write(const std::string &key, const std::string &wish)
+    void write(const std::string &key, bool value)
     {
-        try {
-            const bool accepted = SetKeyValue(key, sdbus::Variant(wish == "on"));
-            say(key, accepted ? " is set" : " is refused");
-        } catch (const sdbus::Error &error) {
-            if (error.getName() == "org.freedesktop.DBus.Error.AccessDenied")
-                say(key, " is not allowed: ", error.getMessage());
-            else // the daemon has gone, or is silent; what it holds is read when it is back
-                say(key, " has no answer: ", error.getName());
-        }
+        const auto tell = [=](Failure failure, bool accepted) {
+            if (failure)
+                report(key, *failure);
+            else
+                say(key, accepted ? " is set" : " is refused");
+        };
+        call(INTERFACE_NAME, "SetKeyValue", tell, key, sdbus::Variant(value));
+    }
+
+    void report(const std::string &what, const sdbus::Error &error)
+    {
+        if (error.getName() == "org.freedesktop.DBus.Error.AccessDenied")
+            return say(what, " is not allowed: ", error.getMessage());
+        say(what, " has no answer: ", error.getName());
+        if (m_isThere) // else all is read later; a new connection has no unanswered calls
+            std::exit(1); // NOLINT(concurrency-mt-unsafe): this is the only thread
     }
 
     const Words m_policies, m_wishes;
     Words m_words; // how each policy reads
+    std::shared_ptr<Words> m_batch; // in flight
+    Words m_changed; // policies for the next batch
+    bool m_isThere = false;
 };
 
 class Bus : public sdbus::ProxyInterfaces<org::freedesktop::DBus_proxy>
@@ -168,7 +198,7 @@ try {
         const std::size_t end = argument.rfind('=');
         const std::string key = argument.substr(0, end);
         if (argument != key + "=on" && argument != key + "=off")
-            throw std::runtime_error("usage: agent-sdbus [POLICY=on|off]...");
+            return std::cerr << "usage: agent-sdbus [POLICY=on|off]...\n", 2;
         if (policies.count(key) != 0)
             wishes[key] = argument.substr(end + 1);
         else // the daemon would accept it

@@ -6,6 +6,7 @@ import contextlib
 
 import pytest
 
+from testbed.bus import SWITCH, start_bus, stop_bus, write_of
 from testbed.files import POLICY_FILE
 from testbed.plugins import BUILD
 from testbed.policies import KEYS, default_of
@@ -36,6 +37,12 @@ PolicyChanged CameraEnabled 0
 PolicyChanged UsbDevicesEnabled 0
 SwitchChanged lens 0
 """
+
+
+@pytest.fixture
+def daemon(process):
+    """The daemon without a monitor of the bus, which would not outlive the bus."""
+    return process
 
 
 @pytest.fixture(params=AGENTS)
@@ -87,13 +94,14 @@ def test_policy_without_value_gets_one(agent, daemon, lock_plugin):
     assert "BrowserEnabled has no value\n" in running.out
 
 
-def test_value_that_is_no_boolean(agent, daemon):
+@pytest.mark.parametrize("text", ["0", "true"])
+def test_value_that_is_no_boolean(agent, daemon, text):
     daemon.start()
+    daemon.change("NfcEnabled", text == "0")
+    assert daemon.set("NfcEnabled", text, "s") is True
     running = agent("NfcEnabled=on")
     running.wait_for_out("NfcEnabled on\n")
-    assert daemon.set("NfcEnabled", "0", "s") is True
-    running.wait_for_out("NfcEnabled holds no boolean\n")
-    wait_for_lines(running, "NfcEnabled on", 2)
+    assert "NfcEnabled holds no boolean\n" in running.out
     assert daemon.policy("NfcEnabled") is True
 
 
@@ -113,6 +121,52 @@ def test_changes_and_restarts_are_followed(agent, daemon):
     wait_for_lines(running, "CameraEnabled off", 3)
     daemon.change("NfcEnabled", True)
     wait_for_lines(running, "NfcEnabled on", 2)
+
+
+def test_no_change_of_a_burst_is_lost(agent, daemon, switches, root):
+    switches.set_switch("all", range(1, 46), True)
+    daemon.start()
+    running = agent("CameraEnabled=off")
+    wait_for_lines(running, "CameraEnabled off", 1)
+    for value in 3 * (False, True):
+        root.call(write_of("all", value, address=SWITCH))
+    root.call(write_of("CameraEnabled", True))
+    root.ask(write_of("NfcEnabled", False))
+    wait_until(lambda: daemon.policy("CameraEnabled") is False and running.out.rfind(
+        "NfcEnabled off\n") > running.out.rfind("NfcEnabled on\n"))
+    assert running.process.poll() is None
+
+
+def test_agent_ends_at_the_limit_of_unanswered_calls(agent, daemon, lock_plugin, switches):
+    plugin = lock_plugin(*KEYS[2:])
+    plugin.set_locked(*KEYS[2:])
+    switches.set_switch("most", range(2, 46), True)
+    daemon.start()
+    plugin.set_locked()
+    running = agent("CameraEnabled=off")
+    running.wait_for_out("CameraEnabled is set\n")
+    wait_until(lambda: daemon.set_switch("most", not daemon.switch("most"))
+               and running.process.poll() is not None)
+    assert running.finish().code == 1
+    assert running.out.endswith(" has no answer: org.freedesktop.DBus.Error.LimitsExceeded\n")
+    daemon.change("CameraEnabled", True)
+    agent("CameraEnabled=off").wait_for_out("CameraEnabled is set\n")
+
+
+def test_agent_ends_with_the_bus(agent):
+    running = agent()
+    running.wait_for_out("the daemon is away\n")
+    stop_bus()
+    try:
+        assert running.finish().code == 1
+    finally:
+        start_bus()
+
+
+def test_wrong_argument(agent):
+    outcome = agent("CameraEnabled=maybe").finish()
+    assert outcome.code == 2
+    assert outcome.err.startswith("usage: agent")
 
 
 @pytest.mark.parametrize("generator", ["gdbus", "qt", "sdbus"])
