@@ -15,16 +15,18 @@ description:
     what was done is taken back.
 options:
   policies:
-    description: The policies, each with C(true) (allowed) or C(false) (forbidden).
-    type: dict
+    description: Dictionary of the policies, each with C(true) (allowed) or C(false) (forbidden).
+    type: raw
     default: {}
   switches:
-    description: The access switches, each with C(true) or C(false).
-    type: dict
+    description: Dictionary of the access switches, each with C(true) or C(false).
+    type: raw
     default: {}
 attributes:
   check_mode:
-    description: The client's dry run. It cannot see a lock behind a switch that is off.
+    description: The client's dry run.
+    details: It cannot see a lock behind a switch that is off, nor one from before the daemon's first
+      start, where the policy has no value. The run fails then, and takes back what it did.
     support: full
   diff_mode:
     description: The policies and switches that change.
@@ -88,20 +90,37 @@ error:
   returned: when the client tells an error
   type: dict
   sample: {name: locked, message: "CameraEnabled is locked; nothing was changed", nearest: []}
+result:
+  description: What the client tells beside the error. With C(obstacles), check mode also tells the
+    C(changes) that would be made without them.
+  returned: when the client tells an error
+  type: dict
 """
 
+import re
+
 from ansible.module_utils.basic import AnsibleModule
-from ansible_collections.govd.device.plugins.module_utils.govctl import ask
+from ansible.module_utils.parsing.convert_bool import boolean
+from ansible_collections.govd.device.plugins.module_utils.govctl import result_of, run
 
 NOT_IN_FORCE = 8
+# What a line of a state file can name, as "key" or "key[de]".
+KEY = re.compile(r"(?![# ])[^=\[\]\x00-\x1f\x7f]+(?<! )(\[[\w.@-]+\])?")
 
 
-def state_file(groups):
-    """A state file of the client. What is no boolean, the client refuses."""
-    lines = []
-    for group, values in groups:
-        lines.append("[%s]" % group)
-        lines.extend("%s=%s" % (key, str(value).lower()) for key, value in values.items())
+def group(module, name, option):
+    """The lines of a state file for an option."""
+    values = module.params[option]
+    if not isinstance(values, dict):
+        module.fail_json(msg="%s: %r is not a dictionary" % (option, values))
+    lines = ["[%s]" % name]
+    for key, value in values.items():
+        if not KEY.fullmatch(key):
+            module.fail_json(msg="%s: a state file cannot name %r" % (option, key))
+        try:
+            lines.append("%s=%s" % (key, str(boolean(value)).lower()))
+        except TypeError:
+            module.fail_json(msg="%s: %r of %r is neither true nor false" % (option, value, key))
     return "\n".join(lines) + "\n"
 
 
@@ -114,19 +133,22 @@ def lines_of(changes, member):
 
 def main():
     module = AnsibleModule(
-        argument_spec={"policies": {"type": "dict", "default": {}},
-                       "switches": {"type": "dict", "default": {}}},
+        argument_spec={"policies": {"type": "raw", "default": {}},
+                       "switches": {"type": "raw", "default": {}}},
         supports_check_mode=True)
-    wanted = state_file([("policy", module.params["policies"]),
-                         ("switch", module.params["switches"])])
+    wanted = group(module, "policy", "policies") + group(module, "switch", "switches")
     options = ["--dry-run"] if module.check_mode else []
-    result, code = ask(module, "apply", "-", *options, data=wanted)
+    document = run(module, "apply", "-", *options, data=wanted)
+    if module.check_mode and document.get("result", {}).get("obstacles"):
+        # A dry run that meets an obstacle tells no changes.
+        document["result"].update(run(module, "diff", "-", data=wanted).get("result", {}))
+    result = result_of(module, document)
     changes = result["changes"]
     outcome = {"changed": bool(changes), "changes": changes, "notes": result["notes"],
                "diff": {"before": lines_of(changes, "before"),
                         "after": lines_of(changes, "value")}}
-    if code == NOT_IN_FORCE:
-        module.fail_json(msg="; ".join(result["notes"]), rc=code, **outcome)
+    if document["code"] == NOT_IN_FORCE:
+        module.fail_json(msg="; ".join(result["notes"]), rc=NOT_IN_FORCE, **outcome)
     module.exit_json(**outcome)
 
 

@@ -79,7 +79,7 @@ error:
 """
 
 from ansible.module_utils.basic import AnsibleModule
-from ansible_collections.govd.device.plugins.module_utils.govctl import ask
+from ansible_collections.govd.device.plugins.module_utils.govctl import result_of, run
 
 
 def by_key(*lists):
@@ -92,8 +92,8 @@ def by_key(*lists):
 
 def main():
     module = AnsibleModule(argument_spec={}, supports_check_mode=True)
-    dump = ask(module, "dump")[0]
-    verified = ask(module, "verify")[0]
+    dump = result_of(module, run(module, "dump"))
+    verified = result_of(module, run(module, "verify"))
     module.exit_json(ansible_facts={"govd": {
         "version": dump["program"]["version"],
         "policies": by_key(dump["policies"], verified["policies"]),
