@@ -91,7 +91,8 @@ private:
         // One batch at a time: the bus limits the calls of a client that have no answer yet.
         if (!m_batch.isEmpty() || m_changed.isEmpty())
             return;
-        for (const QString &key : std::exchange(m_changed, {}))
+        const QSet<QString> changed = std::exchange(m_changed, {});
+        for (const QString &key : changed)
             m_batch.insert(key, m_policies.KeyValue(key));
         // Answered last: a policy that has no answer by then has no value.
         whenAnswered(m_switches.Keys(), [=](const auto &reply) {

@@ -197,8 +197,10 @@ try {
         const std::string argument = argv[i];
         const std::size_t end = argument.rfind('=');
         const std::string key = argument.substr(0, end);
-        if (argument != key + "=on" && argument != key + "=off")
-            return std::cerr << "usage: agent-sdbus [POLICY=on|off]...\n", 2;
+        if (argument != key + "=on" && argument != key + "=off") {
+            std::cerr << "usage: agent-sdbus [POLICY=on|off]...\n";
+            return 2;
+        }
         if (policies.count(key) != 0)
             wishes[key] = argument.substr(end + 1);
         else // the daemon would accept it
