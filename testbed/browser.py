@@ -60,11 +60,11 @@ class Browser:
         self.enter_page()
 
     def enter_page(self, host="localhost"):
-        """Goes into the frame of the page of a host, and waits until it shows a view."""
+        """Goes into the frame of the page of a host, and waits for its first look."""
         def entered():
             self.driver.switch_to.default_content()
             self.driver.switch_to.frame(f"cockpit1:{host}/govd")
-            return self.driver.find_element(By.CSS_SELECTOR, "#view table")
+            return self.driver.find_element(By.CSS_SELECTOR, "nav [aria-current]")
         self.patiently(entered)
 
     def gain_access(self, host="localhost"):

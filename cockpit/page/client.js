@@ -34,12 +34,15 @@ export function coalesced(work, pause) {
         if (running)
             return;
         running = true;
-        while (wanted) {
-            wanted = false;
-            await work();
-            await new Promise((resolve) => { setTimeout(resolve, pause); });
+        try {
+            while (wanted) {
+                wanted = false;
+                await work();
+                await new Promise((resolve) => { setTimeout(resolve, pause); });
+            }
+        } finally {
+            running = false;
         }
-        running = false;
     };
 }
 

@@ -17,8 +17,18 @@ export function h(tag, attributes = {}, ...children) {
     return element;
 }
 
+const escaped = (character) => `\\u${character.codePointAt(0).toString(16).padStart(4, "0")}`;
+
+// Foreign text as the client prints it: control and format characters, which cannot be seen, as \uXXXX.
+const printable = (text) => text.replace(/[\p{Cc}\p{Cf}]/gu, escaped);
+
 // Foreign text, which cannot change the direction in which the text around it is written.
-export const foreign = (text) => h("bdi", {}, text);
+export const foreign = (text) => h("bdi", {}, printable(text));
+
+// What is shown of the key of a switch, which has no limit of its own.
+export const clipped = (key) => printable(key.length > 200 ? `${key.slice(0, 200)}...` : key);
+
+export const named = (key) => h("bdi", {}, clipped(key));
 
 export const onOff = (value) => (value === null ? "none" : value ? "on" : "off");
 

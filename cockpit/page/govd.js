@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
 /* global cockpit */
+import { UNEXPECTED } from "./dialog.js";
 import { alert } from "./dom.js";
 import { coalesced, govctl, watch } from "./client.js";
 import { followTheme } from "./theme.js";
@@ -9,8 +10,10 @@ import { policiesView } from "./policies.js";
 import { switchesView } from "./switches.js";
 
 const PAUSE = 1000; // milliseconds between two looks at the device
+const PERIOD = 30000; // milliseconds after which it looks anyway: services are lost without a signal
 
-const device = { policies: [], switches: [], writable: false };
+// Has policies and switches, too, since the first look that succeeded.
+const device = { writable: false };
 let notices = "";
 let rights = null; // of this session, which keeps them: asking makes the bus log a refused call
 
@@ -57,19 +60,26 @@ const firstView = policiesView(refresh);
 async function showView() {
     const view = views[location.hash] ?? firstView;
     const place = document.getElementById("view");
-    if (place.firstChild !== view.element)
+    if (device.policies && place.firstChild !== view.element)
         place.replaceChildren(view.element);
     for (const link of document.querySelectorAll("nav a")) {
         const current = (views[link.hash] ?? firstView) === view;
         link.setAttribute("aria-current", current ? "page" : "false");
         link.parentElement.classList.toggle("pf-m-current", current);
     }
-    await view.update(device);
+    if (device.policies)
+        await view.update(device);
 }
+
+const lookIfVisible = () => { if (!cockpit.hidden) refresh(); };
+
+addEventListener("unhandledrejection", ({ reason }) => notify(["danger", UNEXPECTED, String(reason)]));
 
 followTheme();
 // Cockpit loads the page anew when administrative access is gained or dropped.
 cockpit.permission({ admin: true });
 addEventListener("hashchange", showView);
+cockpit.addEventListener("visibilitychange", lookIfVisible);
+setInterval(lookIfVisible, PERIOD);
 watch(refresh);
 refresh();

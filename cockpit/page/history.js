@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-import { choice, foreign, h, label, search, table, tableBody, tableRow, toolbar } from "./dom.js";
+import { choice, foreign, h, label, named, search, table, tableBody, tableRow, toolbar } from "./dom.js";
 import { failure } from "./dialog.js";
 import { govctl } from "./client.js";
 
@@ -12,21 +12,21 @@ const word = (value) => ({ true: "on", false: "off", null: "-" }[value] ?? value
 
 export const who = (write) => write.user ?? "unknown";
 export const when = (write) => new Date(write.time).toLocaleString();
-export const change = (write) => `${word(write.before)} → ${word(write.value)}`;
+export const change = (write) => [foreign(word(write.before)), " → ", foreign(word(write.value))];
 
 function makeRow(write) {
     return tableRow(TITLES, [
         when(write),
         foreign(who(write)),
         foreign(write.program ?? `"${write.command ?? ""}"`),
-        foreign(write.key),
-        foreign(change(write)),
+        named(write.key),
+        h("span", {}, ...change(write)),
         label(foreign(write.result), write.result === "accepted" ? "green" : "red"),
     ]);
 }
 
 export function historyView() {
-    let writes = [];
+    let writes = [], questions = 0;
     const body = tableBody();
     const problem = h("div", { role: "status" });
     const count = h("p", { role: "status" });
@@ -41,7 +41,10 @@ export function historyView() {
             (found.length > LIMIT ? `, of which the newest ${LIMIT} are listed` : "");
     };
     const update = async () => {
+        const question = questions += 1;
         const history = await govctl(["history", "--since", period.querySelector("select").value]);
+        if (question !== questions)
+            return; // a later one has been asked, for another period or of a newer journal
         writes = history.result?.writes ?? [];
         problem.replaceChildren(...history.error ? [failure(history)] : []);
         for (const { result } of writes.filter((write) => !results.has(write.result))) {

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-import { button, choice, foreign, h, label, onOff, search, table, tableBody, tableRow, toggle, toolbar }
-    from "./dom.js";
+import {
+    button, choice, foreign, h, label, named, onOff, search, table, tableBody, tableRow, toggle, toolbar,
+} from "./dom.js";
 import { change, failure, openDialog, section } from "./dialog.js";
 import { exported, govctl } from "./client.js";
 import { change as wrote, when, who } from "./history.js";
@@ -27,7 +28,8 @@ const FILTERS = [
 
 const why = (policy) => ({
     stored: "as stored",
-    switch: policy.switches.filter(({ value }) => !value).map(({ key }) => `switch ${key} is off`).join(", "),
+    switch: policy.switches.filter(({ value }) => !value).flatMap(({ key }, i) =>
+        [i ? ", switch " : "switch ", named(key), " is off"]),
     lock: "locked, or its file was edited",
     file: "the file says otherwise, or has no value",
     none: "has no value, which counts as off",
@@ -37,22 +39,25 @@ const why = (policy) => ({
 const isOn = (policy) => policy.stored ?? policy.value ?? false;
 
 // All that can be found out about one policy.
-async function showPolicy(policy) {
-    const dialog = openDialog(policy.key);
-    const [explained, history] = await Promise.all(
-        [govctl(["explain", "--", policy.key]), govctl(["history", "--", policy.key])]);
-    const last = history.result?.writes.filter(({ result }) => result === "accepted").at(-1);
-    const effects = explained.result?.effects ?? { on: [], off: [] };
-    dialog.fill(
-        h("p", {}, foreign(`Reads ${onOff(policy.value)}: ${why(policy)}.`)),
-        ...explained.error ? [failure(explained)] : [],
-        ...section("When it goes on, the daemon", effects.on),
-        ...section("When it goes off, the daemon", effects.off),
-        ...section("Seen on the device", policy.seen),
-        ...section("Governed by", policy.switches.map(({ key, value }) => `${key}, which is ${onOff(value)}`)),
-        ...section("Last change", [history.error?.message ?? (last
-            ? `${when(last)}, by ${who(last)}: ${wrote(last)}`
-            : "no change has a record")]));
+function showPolicy(policy) {
+    const dialog = openDialog(named(policy.key));
+    dialog.attempt(async () => {
+        const [explained, history] = await Promise.all(
+            [govctl(["explain", "--", policy.key]), govctl(["history", "--", policy.key])]);
+        const last = history.result?.writes.filter(({ result }) => result === "accepted").at(-1);
+        const effects = explained.result?.effects ?? { on: [], off: [] };
+        dialog.fill(
+            h("p", {}, `Reads ${onOff(policy.value)}: `, why(policy), "."),
+            ...explained.error ? [failure(explained)] : [],
+            ...section("When it goes on, the daemon", effects.on),
+            ...section("When it goes off, the daemon", effects.off),
+            ...section("Seen on the device", policy.seen),
+            ...section("Governed by", policy.switches.map(({ key, value }) =>
+                [named(key), `, which is ${onOff(value)}`])),
+            ...section("Last change", [history.error?.message ?? (last
+                ? [`${when(last)}, by `, foreign(who(last)), ": ", ...wrote(last)]
+                : "no change has a record")]));
+    });
 }
 
 // A row that stays in the page, so that a refresh takes no focus away.
@@ -68,7 +73,7 @@ class Row {
     ask(refresh) {
         const value = onOff(!isOn(this.policy));
         change({
-            title: `Turn ${this.policy.key} ${value}?`, verb: ["set"],
+            title: ["Turn ", named(this.policy.key), ` ${value}?`], verb: ["set"],
             operands: [this.policy.key, value], action: `Turn ${value}`,
         }, refresh);
     }
@@ -83,7 +88,7 @@ class Row {
         this.input.disabled = !writable;
         const [reads, reason, force] = this.cells;
         reads.replaceChildren(label(onOff(policy.value), policy.value ? "green" : "grey"));
-        reason.replaceChildren(foreign(why(policy)));
+        reason.replaceChildren(...[why(policy)].flat());
         force.replaceChildren(label(...FORCE[policy.force] ?? ["not known", "grey"]));
     }
 }
@@ -101,7 +106,9 @@ async function applyFile(event, refresh) {
     const [file] = event.target.files;
     const input = await file.text();
     event.target.value = ""; // the same file can be chosen again
-    change({ title: `Apply ${file.name}?`, verb: ["apply"], operands: ["-"], input, action: "Apply" }, refresh);
+    change({
+        title: ["Apply ", named(file.name), "?"], verb: ["apply"], operands: ["-"], input, action: "Apply",
+    }, refresh);
 }
 
 export function policiesView(refresh) {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-import { foreign, h, onOff, table, tableBody, tableRow, toggle } from "./dom.js";
+import { clipped, h, named, onOff, table, tableBody, tableRow, toggle } from "./dom.js";
 import { change } from "./dialog.js";
 
 const TITLES = ["Switch", "Governs", "On"];
@@ -8,20 +8,24 @@ const TITLES = ["Switch", "Governs", "On"];
 class Row {
     constructor(key, refresh) {
         this.governs = h("span");
-        [this.input, this.toggle] = toggle(`${key} is on`, () => {
+        [this.input, this.toggle] = toggle(`${clipped(key)} is on`, () => {
             const value = onOff(!this.value);
             change({
-                title: `Turn the switch ${key} ${value}?`, verb: ["switch", "set"],
+                title: ["Turn the switch ", named(key), ` ${value}?`], verb: ["switch", "set"],
                 operands: [key, value], action: `Turn ${value}`,
             }, refresh);
         });
-        this.element = tableRow(TITLES, [foreign(key), this.governs, this.toggle]);
+        this.element = tableRow(TITLES, [named(key), this.governs, this.toggle]);
     }
 
     update({ value, policies }, writable) {
+        const shown = JSON.stringify([value, policies, writable]);
+        if (shown === this.shown)
+            return;
+        this.shown = shown;
         this.value = this.input.checked = value;
         this.input.disabled = !writable;
-        this.governs.replaceChildren(foreign(policies.join(", ")));
+        this.governs.replaceChildren(policies.join(", "));
     }
 }
 
@@ -35,9 +39,12 @@ export function switchesView(refresh) {
         update({ switches, writable }) {
             none.hidden = switches.length > 0;
             list.hidden = !none.hidden;
-            for (const key of [...rows.keys()].filter((name) => !switches.some((item) => item.key === name))) {
-                rows.get(key).element.remove();
-                rows.delete(key);
+            const keys = new Set(switches.map(({ key }) => key));
+            for (const [key, { element }] of rows) {
+                if (!keys.has(key)) {
+                    element.remove();
+                    rows.delete(key);
+                }
             }
             for (const item of switches) {
                 if (!rows.has(item.key)) {

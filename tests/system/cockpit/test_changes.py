@@ -3,12 +3,15 @@
 """What a person with administrative access does in the page."""
 
 import pytest
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.keys import Keys
 
-from testbed import govctl
+from testbed import govctl, unit
 from testbed.browser import Browser, add_user
-from testbed.bus import read_of, write_of
+from testbed.bus import SWITCH, read_of, write_of
 from testbed.files import write
 from testbed.plugins import FILE_LOCK_FILE
+from testbed.processes import held
 from testbed.waiting import wait_until
 
 CAMERA = "CameraEnabled"
@@ -50,6 +53,42 @@ def test_nothing_is_changed_without_confirmation(page, root):
     assert page.toggle(CAMERA).is_selected()
     assert value_of(root, CAMERA) is True
     assert writes_of(CAMERA) == before
+
+
+def test_other_change_in_between_is_confirmed_anew(page, root):
+    page.ask(CAMERA)
+    assert root.ask(write_of("lens", False, address=SWITCH)) == (True,)
+    page.press("Turn off")
+    page.patiently(lambda: "changed meanwhile" in page.words())
+    assert "CameraEnabled: on → off" not in page.words()
+    assert govctl.run("export", "--json").result["policy"][CAMERA] is True
+    page.confirm("Turn off")
+    assert govctl.run("export", "--json").result["policy"][CAMERA] is False
+
+
+def test_window_stays_during_a_change(page):
+    page.ask(CAMERA)
+    with held([unit.main_pid()]):
+        page.press("Turn off")
+        ActionChains(page.driver).send_keys(Keys.ESCAPE, Keys.ESCAPE).perform()
+    page.patiently(lambda: "The change was made" in page.words())
+    page.press("Close")
+
+
+def test_answer_of_another_client_is_told(page):
+    """The page says what went wrong, and goes on when the client is the right one again."""
+    page.ask(CAMERA)
+    page.run("""window.spawn = cockpit.spawn;
+        cockpit.spawn = (words, options) => window.spawn(["echo", "{}"], options);""")
+    page.press("Turn off")
+    page.patiently(lambda: "could not go on" in page.words())
+    page.press("Close")
+    assert govctl.run("set", NFC, "off").code in (0, 8)
+    page.patiently(lambda: "could not go on" in page.text("#notices"))
+    page.run("cockpit.spawn = window.spawn")
+    assert govctl.run("set", "BackupEnabled", "off").code in (0, 8)
+    page.patiently(lambda: page.row("BackupEnabled")[1] == page.row(NFC)[1] == "off")
+    assert page.run("return document.getElementById('notices').textContent") == ""
 
 
 def test_lock_is_seen_and_refuses(page):
@@ -106,7 +145,8 @@ def choose(page, file, text):
 
 def test_file_is_applied_when_that_is_confirmed(page, root, file):
     said = choose(page, file, "[policy]\nCameraEnabled=false\n[switch]\nlens=false\n")
-    assert "CameraEnabled: on → off" in said and "lens: on → off" in said
+    assert "policy CameraEnabled: on → off" in said and "switch lens: on → off" in said
+    assert "Not listed: what the switches force" in said
     assert value_of(root, CAMERA) is True
     page.confirm("Apply")
     assert govctl.run("export", "--json").result["switch"] == {"lens": False}
