@@ -53,8 +53,10 @@ class Browser:
         self._folder.cleanup()
 
     def _log_in(self, user):
-        self.driver.get(self.address + "/govd")
-        self.one("#login-user-input").send_keys(user)
+        def loaded():  # not at once where the network's addresses have just changed
+            self.driver.get(self.address + "/govd")
+            return self.driver.find_element(By.ID, "login-user-input")
+        self.patiently(loaded).send_keys(user)
         self.one("#login-password-input").send_keys(PASSWORD)
         self.one("#login-button").click()
         self.enter_page()
