@@ -12,6 +12,7 @@ CHECKOUT = pathlib.Path(__file__).parents[2]
 PACKAGES = CHECKOUT / "build" / "packages"
 DEVICES = [f"device{number}" for number in range(1, 9)]
 KIOSKS = DEVICES[-2:]
+REPOSITORY = DEVICES[5]  # the device with an apt repository of the packages
 BASELINE = {"CameraEnabled": False, "UsbStorageEnabled": False, "BrowserEnabled": True}
 EXCEPTIONS = {"CameraEnabled": True, "BrowserEnabled": False}
 SSH = ["-i", os.path.join(os.environ["GOVD_FLEET"], "key"), "-o", "UserKnownHostsFile=/dev/null",
@@ -37,6 +38,7 @@ class Fleet:
     def __init__(self, directory):
         self._directory = directory
         hosts = {name: {"ansible_host": address_of(name)} for name in DEVICES}
+        hosts[REPOSITORY]["govd_directory"] = ""
         inventory = {"devices": {
             "hosts": hosts,
             "vars": {"ansible_user": "root", "ansible_python_interpreter": "/usr/bin/python3",
@@ -83,6 +85,18 @@ class Fleet:
     def playbook(self, name, *options):
         """Runs a playbook of the collection."""
         return self.finish(self.start("ansible-playbook", f"govd.device.{name}", *options))
+
+
+def make_repository(device):
+    """Gives a device an apt repository of the packages."""
+    subprocess.run(["scp", *SSH, "-q", "-r", PACKAGES, f"root@{address_of(device)}:/srv/packages"],
+                   check=True)
+    on(device, """
+        set -e; cd /srv/packages
+        dpkg-scanpackages . >Packages
+        echo "deb [trusted=yes] file:/srv/packages ./" >/etc/apt/sources.list.d/govd.list
+        apt-get update -o Dir::Etc::SourceList=sources.list.d/govd.list -o Dir::Etc::SourceParts=-
+    """)
 
 
 def address_of(device):

@@ -10,8 +10,8 @@ import pytest
 
 from testbed.waiting import wait_until
 from testbed.policies import KEYS
-from tests.fleet.fleet import (BASELINE, CHECKOUT, DEVICES, EXCEPTIONS, KIOSKS, Fleet, everywhere,
-                               govctl, on, values)
+from tests.fleet.fleet import (BASELINE, CHECKOUT, DEVICES, EXCEPTIONS, KIOSKS, REPOSITORY, Fleet,
+                               everywhere, govctl, make_repository, on, values)
 
 ALL = set(DEVICES)
 
@@ -25,7 +25,8 @@ def bare(tmp_path_factory):
 
 @pytest.fixture(scope="session")
 def installation(bare):
-    """The results of the first run of the playbook."""
+    """The results of the first run of the playbook. One device has the packages in a repository."""
+    make_repository(REPOSITORY)
     return bare.playbook("fleet")
 
 
@@ -175,7 +176,7 @@ def test_service_that_fails_fails_its_device_alone_and_stays_told(fleet, broken)
 
 
 def test_device_without_daemon_fails_alone(fleet):
-    device = DEVICES[5]
+    device = DEVICES[6]
     on(device, "systemctl stop govd")
     state, facts = fleet.module("state", policies={}), fleet.module("state_facts")
     on(device, "systemctl start govd")
