@@ -29,12 +29,13 @@ PROCESS_FILE = pathlib.Path("/run/dbus/pid")  # there while the bus runs
 START = pathlib.Path(__file__).parents[1] / "scripts/sandbox.d/bus"
 POLICIES = pathlib.Path("/etc/dbus-1/system.d")  # what the bus reads after all packages' files
 
-# What the bus answers in the place of a service that is absent, and of one that ends in a call.
-ABSENT, DIED = (
-    ("The name is not activatable", "Remote peer disconnected")
+# What the bus answers in the place of a service that is absent, and of one that ends in a call; and
+# whether it limits the calls of a client that have no answer.
+ABSENT, DIED, LIMITS_CALLS = (
+    ("The name is not activatable", "Remote peer disconnected", False)
     if os.environ.get("GOVD_BUS") == "dbus-broker" else
     ("The name {} was not provided by any .service files",
-     "Message recipient disconnected from message bus without replying"))
+     "Message recipient disconnected from message bus without replying", True))
 
 # The services around the daemon.
 SERVICES = ("com.meego.usb_moded", "net.connman", "org.brinos.DeviceSentry1",
