@@ -84,8 +84,3 @@ def test_completion_knows_where_it_is(process, switches, line, candidates):
     process.start()
     found = govctl.run("complete", "--json", "--", *line.split(" ")).result["candidates"]
     assert " ".join(candidate["word"] for candidate in found) == candidates
-
-
-def test_completion_needs_no_daemon():
-    candidate, = govctl.run("complete --json -- get Camera").result["candidates"]
-    assert candidate["word"] == "CameraEnabled"

@@ -24,6 +24,7 @@ def test_status_lists_differences(process, lock_plugin):
     lock = lock_plugin(CAMERA)
     process.start()
     lock.set_locked(CAMERA)
+    assert govctl.run("status").code == 0
     write(POLICY_FILE, POLICY_FILE.read_text().replace("VpnEnabled=true", "VpnEnabled=false"))
     text = govctl.run("status")
     assert text.code == 1
@@ -33,31 +34,17 @@ def test_status_lists_differences(process, lock_plugin):
         "lock", "file"]
 
 
-def test_status_compares_nothing_that_it_may_not_read(process):
+@pytest.mark.parametrize("harm, code, words, file", [
+    (lambda: POLICY_FILE.parent.chmod(0o700), 0, "this user may not read", "unreadable"),
+    (lambda: write(POLICY_FILE, "x\n"), 1, "is malformed: nothing can be saved", "malformed"),
+    (POLICY_FILE.unlink, 0, "is missing", "missing")], ids=["unreadable", "malformed", "missing"])
+def test_status_tells_of_the_file(process, harm, code, words, file):
     process.start()
-    POLICY_FILE.parent.chmod(0o700)
+    harm()
     text = govctl.run("status", user="guest")
-    assert text.code == 0
-    assert "policy.conf, which this user may not read\n" in text.out
-    assert govctl.result("status", user="guest")["file"] == "unreadable"
-
-
-def test_status_sees_a_malformed_file(process):
-    process.start()
-    write(POLICY_FILE, "this is no key file\n")
-    text = govctl.run("status")
-    assert text.code == 1
-    assert "policy.conf, which is malformed: nothing can be saved\n" in text.out
-    assert govctl.result("status")["file"] == "malformed"
-
-
-def test_status_sees_that_a_file_is_missing(process):
-    process.start()
-    POLICY_FILE.unlink()
-    text = govctl.run("status")
-    assert text.code == 0
-    assert "policy.conf, which is missing\n" in text.out
-    assert govctl.result("status")["file"] == "missing"
+    assert text.code == code
+    assert f"policy.conf, which {words}\n" in text.out
+    assert govctl.result("status", user="guest")["file"] == file
 
 
 def test_status_knows_what_it_does_not_know():

@@ -123,6 +123,7 @@ def test_policy_under_a_switch_can_be_set(process, switches):
     assert (same.code, same.lines[0]) == (0, still + "on already, and was saved again")
     other = govctl.run("set CameraEnabled off")
     assert (other.code, other.lines[0]) == (0, still + "now off")
+    assert "it is stored off as well" in govctl.run("explain CameraEnabled").out
     assert govctl.result("set CameraEnabled off")["changed"] is False
     assert govctl.result("set CameraEnabled on")["changed"] is True
 

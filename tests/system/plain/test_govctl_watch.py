@@ -205,3 +205,34 @@ def test_command_leaves_json_alone(process):
         outcome = watch.finish()
     assert len(results(outcome)) == 1
     assert "noise\n" in outcome.err
+
+
+def test_some_keys(process, switches):
+    switches.set_switch("radio", [4], True)
+    process.start()
+    with govctl.watch("Camera*", "radio") as watch:
+        process.change("VpnEnabled", False)
+        process.change(CAMERA, False)
+        process.set_switch("radio", False)
+        watch.wait_for_out("switch   radio  off\n")
+        first, second = watch.out.splitlines()
+    assert first.endswith("policy   CameraEnabled  off") and "switch   radio  off" in second
+    assert govctl.run("watch nothing --once").code == 2
+
+
+@pytest.mark.parametrize("key, pattern", [("a/b", "a*"), ("x[1]", "x[1]")])
+def test_switches_with_unusual_keys(process, switches, key, pattern):
+    switches.set_switch(key, [4], True)
+    process.start()
+    with govctl.watch(pattern) as watch:
+        switches.announce(key, False)
+        watch.wait_for_out(f"switch   {key}  off\n")
+
+
+def test_waits_for_a_daemon(process):
+    assert govctl.run("watch --once").code == 5
+    with govctl.watch("--wait") as watch:
+        process.start()
+        watch.wait_for_out("service")
+        process.change(CAMERA, False)
+        watch.wait_for_out("policy   CameraEnabled  off\n")
