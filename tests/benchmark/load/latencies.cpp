@@ -9,9 +9,11 @@
 
 namespace {
 
-/// The smallest value that is not below the share @p part of all; @p sorted is not empty.
+/// The smallest value that is not below the share @p part of all; 0 when there is none.
 double percentile(const std::vector<double> &sorted, double part)
 {
+    if (sorted.empty())
+        return 0;
     const auto rank = std::ceil(part * static_cast<double>(sorted.size()));
     return sorted[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
 }
@@ -27,16 +29,8 @@ std::string Latencies::json() const
 {
     std::vector<double> sorted = m_microseconds;
     std::sort(sorted.begin(), sorted.end());
-    const double seconds = std::chrono::duration<double>(m_total).count();
     std::ostringstream text;
-    text << std::fixed << std::setprecision(1);
-    text << "{\"calls\": " << sorted.size();
-    if (!sorted.empty()) {
-        text << ", \"median\": " << percentile(sorted, 0.5)
-             << ", \"p90\": " << percentile(sorted, 0.9)
-             << ", \"p99\": " << percentile(sorted, 0.99)
-             << ", \"per_second\": " << static_cast<double>(sorted.size()) / seconds;
-    }
-    text << "}";
+    text << std::fixed << std::setprecision(1) << "{\"median\": " << percentile(sorted, 0.5)
+         << ", \"p99\": " << percentile(sorted, 0.99) << "}";
     return text.str();
 }

@@ -9,7 +9,7 @@
 
 using Clock = std::chrono::steady_clock;
 
-/// The latencies of calls, and the total time.
+/// The latencies of calls.
 class Latencies
 {
 public:
@@ -17,14 +17,12 @@ public:
     explicit Latencies(std::size_t count) { m_microseconds.reserve(count); }
 
     void add(Clock::duration duration);
-    void setTotal(Clock::duration duration) { m_total = duration; }
 
-    /// One line of JSON: calls, median, p90 and p99 in microseconds, calls for each second.
+    /// One line of JSON: median and p99 in microseconds.
     std::string json() const;
 
 private:
     std::vector<double> m_microseconds;
-    Clock::duration m_total{};
 };
 
 #endif

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/load/load.h"
+#include "benchmark/load/latencies.h"
+#include "benchmark/load/operation.h"
+#include "benchmark/load/subscribe.h"
 
 #include <getopt.h>
 #include <iostream>
@@ -13,7 +15,6 @@ struct Arguments
     std::string key = "LocationEnabled";
     unsigned calls = 1000;
     unsigned warmUp = 100;
-    unsigned outstanding = 1;
     unsigned subscribers = 0;
     std::string operation;
 };
@@ -30,7 +31,6 @@ void printUsage()
                  "  --key KEY          policy that is read or written\n"
                  "  --calls N          how many calls are measured\n"
                  "  --warm-up N        how many are made before\n"
-                 "  --outstanding N    how many may be without a reply at one time\n"
                  "  --subscribers N    make no calls, but receive changes on N connections\n";
 }
 
@@ -41,7 +41,6 @@ Arguments parse(int argc, char **argv)
         {"key", required_argument, nullptr, 'k'},
         {"calls", required_argument, nullptr, 'c'},
         {"warm-up", required_argument, nullptr, 'w'},
-        {"outstanding", required_argument, nullptr, 'o'},
         {"subscribers", required_argument, nullptr, 'n'},
         {"help", no_argument, nullptr, 'h'},
         {nullptr, 0, nullptr, 0},
@@ -64,9 +63,6 @@ Arguments parse(int argc, char **argv)
         case 'w':
             result.warmUp = number();
             break;
-        case 'o':
-            result.outstanding = number();
-            break;
         case 'n':
             result.subscribers = number();
             break;
@@ -80,17 +76,31 @@ Arguments parse(int argc, char **argv)
     return result;
 }
 
+Latencies measure(sd_bus *bus, const Operation &operation, unsigned count)
+{
+    constexpr uint64_t Forever = UINT64_MAX;
+    Latencies latencies(count);
+    for (unsigned index = 0; index < count; ++index) {
+        const Clock::time_point sent = Clock::now();
+        const Bus::Message message = operation.call(bus, index);
+        Bus::Error error;
+        sd_bus_message *reply = nullptr;
+        sd_bus_call(bus, message.get(), Forever, error.slot(), &reply);
+        latencies.add(Clock::now() - sent);
+        const Bus::Message owner(reply);
+        operation.verify(reply, error.slot());
+    }
+    return latencies;
+}
+
 void run(const Arguments &arguments)
 {
     if (arguments.subscribers > 0)
         subscribe(arguments.subscribers);
     const Operation operation(arguments.operation, arguments.service, arguments.key);
     const Bus::Connection bus = Bus::connect();
-    callInTurn(bus.get(), operation, arguments.warmUp);
-    const Latencies latencies = arguments.outstanding > 1
-        ? callAhead(bus.get(), operation, arguments.calls, arguments.outstanding)
-        : callInTurn(bus.get(), operation, arguments.calls);
-    std::cout << latencies.json() << std::endl;
+    measure(bus.get(), operation, arguments.warmUp);
+    std::cout << measure(bus.get(), operation, arguments.calls).json() << std::endl;
 }
 
 } // namespace

@@ -24,7 +24,7 @@ Bus::Message newCall(sd_bus *bus, const char *service, const char *path, const c
 
 const char *Operation::names()
 {
-    return "ping, id, read, write, unchanged, refused";
+    return "id, read, write, unchanged, refused";
 }
 
 Operation::Operation(const std::string &name, std::string service, std::string key)
@@ -32,9 +32,9 @@ Operation::Operation(const std::string &name, std::string service, std::string k
     , m_key(std::move(key))
 {
     static const std::map<std::string, Kind> kinds{
-        {"ping", Kind::Ping},           {"id", Kind::Id},
-        {"read", Kind::Read},           {"write", Kind::Write},
-        {"unchanged", Kind::Unchanged}, {"refused", Kind::Refused},
+        {"id", Kind::Id},           {"read", Kind::Read},
+        {"write", Kind::Write},     {"unchanged", Kind::Unchanged},
+        {"refused", Kind::Refused},
     };
     const auto kind = kinds.find(name);
     if (kind == kinds.end())
@@ -42,17 +42,10 @@ Operation::Operation(const std::string &name, std::string service, std::string k
     m_kind = kind->second;
 }
 
-Bus::Message Operation::callOfBus(sd_bus *bus) const
-{
-    return m_kind == Kind::Ping
-        ? newCall(bus, BusName, "/org/freedesktop/DBus", "org.freedesktop.DBus.Peer", "Ping")
-        : newCall(bus, BusName, "/org/freedesktop/DBus", BusName, "GetId");
-}
-
 Bus::Message Operation::call(sd_bus *bus, unsigned index) const
 {
-    if (m_kind == Kind::Ping || m_kind == Kind::Id)
-        return callOfBus(bus);
+    if (m_kind == Kind::Id)
+        return newCall(bus, BusName, "/org/freedesktop/DBus", BusName, "GetId");
     if (m_kind == Kind::Read) {
         Bus::Message message = newCall(bus, m_service.c_str(), Path, Interface, "KeyValue");
         Bus::check(sd_bus_message_append(message.get(), "s", m_key.c_str()), "cannot fill a call");
@@ -78,7 +71,6 @@ bool Operation::isExpected(sd_bus_message *reply, const sd_bus_error *error) con
     case Kind::Write:
     case Kind::Unchanged:
         return sd_bus_message_read(reply, "b", &value) > 0 && value;
-    case Kind::Ping:
     case Kind::Id:
     case Kind::Refused:
         break;

@@ -25,9 +25,8 @@ public:
     void verify(sd_bus_message *reply, const sd_bus_error *error) const;
 
 private:
-    enum class Kind { Ping, Id, Read, Write, Unchanged, Refused };
+    enum class Kind { Id, Read, Write, Unchanged, Refused };
 
-    Bus::Message callOfBus(sd_bus *bus) const;
     bool isExpected(sd_bus_message *reply, const sd_bus_error *error) const;
 
     Kind m_kind;

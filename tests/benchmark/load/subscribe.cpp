@@ -1,9 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/load/load.h"
+#include "benchmark/load/subscribe.h"
+
+#include "benchmark/bus/bus.h"
 
 #include <iostream>
 #include <poll.h>
+#include <vector>
 
 namespace {
 

@@ -11,7 +11,6 @@ import json
 import pathlib
 import sys
 
-import client
 import growth
 import latency
 import memory
@@ -81,7 +80,6 @@ def _sections(arguments, keys):
         yield latency.on_disk(programs, keys, scale, arguments.disk)
     yield startup.table(programs, keys, scale, arguments.disk)
     yield memory.table(programs, keys, scale)
-    yield client.table(programs, scale)
     yield growth.table(programs, keys, scale)
 
 

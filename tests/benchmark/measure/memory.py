@@ -18,7 +18,7 @@ def _kilobytes(pid):
 
 def _work(programs, kind, calls):
     for operation, share in (("read", 0.9), ("write", 0.1)):
-        load(programs, operation, int(calls * share), SERVICES[kind], outstanding=16)
+        load(programs, operation, int(calls * share), SERVICES[kind])
 
 
 def table(programs, keys, scale):

@@ -6,7 +6,6 @@ import json
 import os
 import pathlib
 import subprocess
-import time
 
 PATIENCE = 120  # seconds; only a process that hangs takes as long
 
@@ -60,15 +59,6 @@ def wait_for_name(name):
     run("gdbus", "wait", "--system", "--timeout", PATIENCE, name)
 
 
-def wait_for_path(path):
-    """Waits until a path exists."""
-    deadline = time.monotonic() + PATIENCE
-    while not path.exists():
-        if time.monotonic() > deadline:
-            raise Failure(f"nothing appears at {path}")
-        time.sleep(0.01)
-
-
 def identity(user):
     """The words before a command that make it run as a user."""
     if user == "root":
@@ -78,8 +68,7 @@ def identity(user):
 
 
 def load(programs, operation, calls, service="org.kvt.PolicyManager", key="LocationEnabled",
-         user="root", outstanding=1, warm_up=50):
+         user="root", warm_up=50):
     """Makes calls and returns what they took; see govd-load --help."""
     return json.loads(run(*identity(user), programs / "govd-load", "--service", service,
-                          "--key", key, "--calls", calls, "--warm-up", warm_up,
-                          "--outstanding", outstanding, operation))
+                          "--key", key, "--calls", calls, "--warm-up", warm_up, operation))

@@ -48,13 +48,6 @@ def reset():
         shutil.rmtree(path) if path.is_dir() else path.unlink()
 
 
-def fill(extra):
-    """Adds so many keys to all configuration files, which belong to no policy."""
-    lines = "".join(f"Unknown{number:05}Enabled=true\n" for number in range(extra))
-    for path in (POLICY_FILE, *REFERENCE_FILES.values()):
-        path.write_text("[policy]\n" + lines, encoding="utf-8")
-
-
 @contextlib.contextmanager
 def server(programs, kind, keys=(), environment=None):
     """Runs a server and waits until it is on the bus."""
