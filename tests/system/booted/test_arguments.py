@@ -25,7 +25,7 @@ def run(tmp_path):
 
 
 @pytest.mark.parametrize("argument", ["--help", "--version"])
-def test_question(stopped, run, argument):
+def test_question(run, argument):
     done = run(argument)
     assert (done.returncode, done.stderr) == (0, "")
     assert "govd" in done.stdout
@@ -34,7 +34,7 @@ def test_question(stopped, run, argument):
 
 @pytest.mark.parametrize("arguments", [["--halp"], ["-v"], [""], ["start"], ["start", "--help"],
                                        ["-qmljsdebugger=port:1"]])
-def test_mistake(stopped, run, arguments):
+def test_mistake(run, arguments):
     done = run(*arguments)
     assert (done.returncode, done.stdout) == (2, "")
     assert "govd" in done.stderr

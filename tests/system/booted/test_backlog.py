@@ -30,7 +30,7 @@ def serves_again():
 
 
 def test_calls_of_a_mebibyte(waiting, guest, runtime_manager):
-    guest.flood(silent(read_of("x" * MIB)), 90)
+    guest.flood(silent(read_of("x" * MIB)), 70)
     guest.settle()
     wait_until(lambda: resident(waiting) > LIBRARY_BYTES)
     runtime_manager.close()
@@ -53,7 +53,7 @@ def test_slow_log(daemon, root, guest):
     root.ask(write_of("InternetSharingEnabled", False))
     with held(processes_of("systemd-journald.service")):
         flood("guest", read_of("unknown"), 12_000)
-        guest.flood(read_of("x" * MIB), 90)
+        guest.flood(read_of("x" * MIB), 70)
         guest.settle()
         assert unit.answers(20)
     assert serves_again()

@@ -17,7 +17,7 @@ from testbed.users import run_as
 
 CAMERA = "CameraEnabled"
 WRITE = write_of(CAMERA, False)
-ATTEMPTS = 1000
+ATTEMPTS = 100
 ELEVATIONS = {"to the user root": (0o4755, "root"),
               "to the group privileged": (0o2755, "privileged")}
 
@@ -52,13 +52,11 @@ def decision_while_the_daemon_waits(daemon, program, ids):
         return verdict(caller.answer())
 
 
-def count(decision, program):
-    """How many attempts get this decision, while the daemon is not held."""
-    number = 0
+def decisions(program):
+    """The decisions on attempts while the daemon is not held."""
     for _ in range(ATTEMPTS):
         with ElevatedCaller("guest", WRITE, program) as caller:
-            number += verdict(caller.answer()) == decision
-    return number
+            yield verdict(caller.answer())
 
 
 def test_daemon_alone_is_deceived(open_bus, daemon, program, ids):
@@ -71,15 +69,12 @@ def test_bus_is_not_deceived_while_the_daemon_waits(daemon, program, ids):
     assert files.stored()[CAMERA] == "true"
 
 
-def test_daemon_alone_is_deceived_in_a_race(open_bus, daemon, program, capsys):
-    admitted = count(DONE, program)
-    with capsys.disabled():
-        print(f"{admitted} of {ATTEMPTS} admitted")
-    assert admitted > 0
+def test_daemon_alone_is_deceived_in_a_race(open_bus, daemon, program):
+    assert DONE in decisions(program)
 
 
 def test_bus_is_never_deceived(daemon, program):
-    assert count(REFUSED_BY_BUS, program) == ATTEMPTS
+    assert set(decisions(program)) == {REFUSED_BY_BUS}
     assert files.stored()[CAMERA] == "true"
 
 

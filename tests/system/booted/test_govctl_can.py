@@ -15,7 +15,7 @@ from testbed import govctl
     ("deputy", None, False, True),
     ("guest", None, False, False),
     ("guest", ["pellora-mdm"], False, True)])  # is no longer a member
-def test_answer_is_what_happens(daemon, user, groups, allowed, bus):
+def test_answer_is_what_happens(lasting_daemon, user, groups, allowed, bus):
     answer = govctl.run("can --json", user=user, groups=groups)
     assert (answer.code, answer.result["allowed"], answer.result["bus"]) == (
         0 if allowed else 1, allowed, bus)
@@ -23,7 +23,7 @@ def test_answer_is_what_happens(daemon, user, groups, allowed, bus):
     assert change.code == (0 if allowed else 4)
 
 
-def test_refusals_have_own_texts(daemon):
+def test_refusals_have_own_texts(lasting_daemon):
     by_bus = govctl.run("set CameraEnabled off", user="mdm", groups=[])
     assert by_bus.err == ("govctl: the system bus does not let this process change anything;"
                           ' "govctl can" says who may\n')

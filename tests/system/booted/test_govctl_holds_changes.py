@@ -6,6 +6,7 @@ import contextlib
 import os
 import pathlib
 import signal
+import time
 
 import pytest
 
@@ -69,7 +70,10 @@ def test_what_was_refused_ends_with_the_lock(locks, device):
     pass_time(1, hours=4)
     with camera_locked(device):
         assert not run_release()
-    wait_until(lambda: device("CameraEnabled") is True)
+    again = time.strptime(unit.shown("NextElapseUSecRealtime", TIMER), "%a %Y-%m-%d %H:%M:%S %Z")
+    assert 0 < time.mktime(again) - time.time() <= 30
+    assert run_release()
+    assert device("CameraEnabled") is True
 
 
 def test_what_ended_once_is_not_taken_back_again(locks, device):

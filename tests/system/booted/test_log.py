@@ -4,7 +4,6 @@
 
 import os
 import pathlib
-import re
 
 import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_call, new_signal
@@ -17,7 +16,6 @@ from testbed.waiting import wait_until
 AUDIT = "Policy CameraEnabled changed. Old value true. New value false."
 FAILED_READ = ('AccessSwitch plugin failed to retrieve value for key: "unknown"', "Return code: 2")
 JOURNAL_SETTINGS = pathlib.Path("/run/systemd/journald.conf.d/test.conf")
-KIB = 1 << 10
 
 # Calls of a flood, and lines that the journal accepts from a unit within 30 seconds. The journal
 # multiplies the latter by up to six, depending on the free space of its disk.
@@ -55,15 +53,7 @@ def test_reads_of_unknown_policies(daemon, root, journal):
 def test_reads_that_fail(with_switches, root, journal):
     flood("guest", read_of("unknown", SWITCH), FLOOD)
     assert records_of_a_change(root, journal)
-    wait_until(lambda: told_and_counted(journal) == 2 * FLOOD)
     assert len(journal.lines()) < FLOOD / 10
-
-
-def told_and_counted(journal):
-    """The number of lines about failing reads, those that were left out included."""
-    texts = [line.text for line in journal.lines()]
-    left_out = [int(number) for number in re.findall(r"Left out (\d+) log lines", "\n".join(texts))]
-    return sum(left_out) + len([text for text in texts if text in FAILED_READ])
 
 
 def test_writes_that_change_nothing(daemon, root, journal):
@@ -71,11 +61,6 @@ def test_writes_that_change_nothing(daemon, root, journal):
         agent.flood(silent(write_of("CameraEnabled", True)), FLOOD)
         agent.settle()
         assert records_of_a_change(root, journal)  # a caller that has left is refused
-
-
-def test_long_texts(with_switches, guest, journal):
-    assert guest.ask(read_of("x" * KIB * KIB, SWITCH)) == (("b", False),)
-    assert sum(len(line.text) for line in journal.lines()) < 3 * KIB
 
 
 def test_warnings_are_warnings(with_switches, guest, journal):

@@ -4,6 +4,7 @@
 
 import pytest
 
+from testbed import unit
 from testbed.bus import Client, write_of
 from testbed.processes import resident
 
@@ -17,9 +18,9 @@ VALUES = {"s": TEXT, "as": [TEXT], "(s)": (TEXT,), "a(s)": [(TEXT,)], "a{ss}": {
 
 
 @pytest.mark.parametrize("signature", VALUES)
-def test_values(daemon, signature):
+def test_values(lasting_daemon, signature):
     write = write_of("CameraEnabled", VALUES[signature], signature)
     with Client("mdm") as agent:
         for _ in range(WRITES):
             assert agent.ask(write) == (True,)
-    assert resident(daemon) < WRITES * MIB * 3 / 4
+    assert resident(unit.main_pid()) < WRITES * MIB * 3 / 4

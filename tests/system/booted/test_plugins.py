@@ -154,8 +154,3 @@ def test_example_for_authors(kiosk, journal):
     unit.run("systemctl", "restart", unit.UNIT)
     assert is_locked("BrowserEnabled")
     assert not [line for line in journal.lines() if line.text.startswith("kiosk:")]
-
-    shutil.rmtree(KIOSK_FOLDER)
-    unit.run("systemctl", "restart", unit.UNIT)
-    assert unit.answers()
-    assert [line for line in journal.lines() if line.text.startswith("kiosk: cannot watch")]

@@ -36,12 +36,6 @@ def test_start_that_waits_can_be_ended(silent_device_information):
     wait_until(lambda: not pathlib.Path(f"/proc/{pid}").exists(), 5)
 
 
-def test_daemon_that_serves_ends_in_good_order(daemon):
-    unit.run("systemctl", "stop", unit.UNIT)
-    assert unit.shown("Result") == "success"
-    assert unit.shown("ExecMainStatus") == "0"
-
-
 def test_no_signal_is_blocked(daemon):
     assert blocked_signals(daemon) == {"0" * 16}
 
