@@ -9,6 +9,8 @@ from testbed.bus import Client, flood, read_of, silent, write_of
 from testbed.processes import held, open_descriptors, processes_of, resident
 from testbed.waiting import wait_until
 
+pytestmark = pytest.mark.bus
+
 MIB = 1 << 20
 LIBRARY_BYTES = 63 * MIB  # unhandled bytes at which the bus library stops reading by default
 LIBRARY_DESCRIPTORS = 4096

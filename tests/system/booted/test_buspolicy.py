@@ -11,6 +11,8 @@ from jeepney import DBusAddress, new_method_call
 from testbed.bus import BUS, POLICY, SERVICE, SWITCH, read_of, write_of
 from testbed.callers import DENIED, DONE, REFUSED_BY_BUS, verdict
 
+pytestmark = pytest.mark.bus
+
 POLICY_FILE = pathlib.Path("/usr/share/dbus-1/system.d/org.kvt.PolicyManager.conf")
 
 

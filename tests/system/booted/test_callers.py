@@ -11,6 +11,8 @@ from testbed.bus import read_of, reload_bus, write_of
 from testbed.callers import REFUSED_BY_BUS, refusal, verdict
 from testbed.users import User, membership
 
+pytestmark = pytest.mark.bus
+
 CAMERA = "CameraEnabled"
 WRITE = write_of(CAMERA, False)
 WRITERS = [("root",), ("mdm",), ("agent",), ("operator",), ("guest", "privileged")]

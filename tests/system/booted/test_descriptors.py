@@ -13,6 +13,8 @@ from testbed.bus import SERVICE, Client, read_of, silent, write_of
 from testbed.processes import open_descriptors
 from testbed.waiting import wait_until
 
+pytestmark = pytest.mark.bus
+
 MOST = 16  # descriptors that dbus-daemon accepts in one message
 POLICY_FILE = pathlib.Path("/etc/policy/policy.conf")
 

@@ -15,6 +15,8 @@ from testbed.elevation import ElevatedCaller, installed_program
 from testbed.processes import held
 from testbed.users import run_as
 
+pytestmark = pytest.mark.bus
+
 CAMERA = "CameraEnabled"
 WRITE = write_of(CAMERA, False)
 ATTEMPTS = 100

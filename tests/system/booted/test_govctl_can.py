@@ -6,6 +6,8 @@ import pytest
 
 from testbed import govctl
 
+pytestmark = pytest.mark.bus
+
 
 @pytest.mark.parametrize("user, groups, allowed, bus", [
     ("root", None, True, True),

@@ -14,6 +14,8 @@ from testbed.bus import Client, read_of, with_field, write_of
 from testbed.processes import processes_of
 from testbed.waiting import wait_until
 
+pytestmark = pytest.mark.bus
+
 CONTAINER = 10  # a header field that only some libraries know, and whose type is that of a path
 OFTEN = 7  # more starts in a short time than systemd's default limit allows
 MALFORMED = with_field(read_of("CameraEnabled").serialise(serial=7), CONTAINER, "u", 1)

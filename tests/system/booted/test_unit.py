@@ -57,6 +57,7 @@ def test_comes_before_logins(enabled):
     assert wanted.is_symlink()
 
 
+@pytest.mark.bus
 def test_no_activation(stopped, root):
     """A call while the daemon does not run fails at once, and starts nothing."""
     with pytest.raises(DBusErrorResponse) as caught:

@@ -1,10 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""A daemon that no longer reads messages is restarted; one that waits for services is not.
-
-The module is the last one by name: dbus-broker, whose log is held here, may hang at its next
-refusal.
-"""
+"""A daemon that no longer reads messages is restarted; one that waits for services is not."""
 
 import contextlib
 import os
@@ -71,6 +67,7 @@ def test_deaf_daemon(watched):
     assert not CAMERA_MARKER.exists()
 
 
+@pytest.mark.bus
 def test_silent_bus(watched):
     with held(processes_of("dbus.service")):
         wait_until(lambda: unit.main_pid() != watched)
