@@ -149,3 +149,10 @@ device_information = service_fixture(small.DeviceInformation)
 device_sentry = service_fixture(small.DeviceSentry)
 developer_mode = service_fixture(small.DeveloperMode)
 storage = service_fixture(Storage)
+
+
+@pytest.fixture
+def present(storage):
+    """The storage service, on the bus."""
+    storage.appear()
+    return storage

@@ -17,13 +17,6 @@ FIRST_PAUSE = 2.0  # seconds until the library asks again by itself
 LATE_ERROR = Fault("error", delay=0.3)  # leaves time for other events before it
 
 
-@pytest.fixture
-def present(storage):
-    """The storage service, on the bus."""
-    storage.appear()
-    return storage
-
-
 def fail_to_list(storage, fault):
     """Makes the listings fail from now on."""
     storage.fail(fault, "GetManagedObjects")

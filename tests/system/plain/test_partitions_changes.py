@@ -85,13 +85,6 @@ CHANGES = {  # where it is mounted before, what happens, number of announcements
 }
 
 
-@pytest.fixture
-def present(storage):
-    """The storage service, on the bus."""
-    storage.appear()
-    return storage
-
-
 def bus(partition):
     """The bus of a partition's drive, if it is known."""
     return partition["drive"].get("connectionBus")

@@ -13,13 +13,6 @@ from testbed.services.storage import Block, Drive
 from testbed.waiting import PATIENCE, wait_until
 
 
-@pytest.fixture
-def present(storage):
-    """The storage service, on the bus."""
-    storage.appear()
-    return storage
-
-
 def test_description(present, partitions):
     present.plug(STICK)
     present.plug(block(PLACE, "/mnt", drive=STICK_PATH))

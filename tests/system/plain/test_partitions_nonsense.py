@@ -32,13 +32,6 @@ each_property = pytest.mark.parametrize("interface, name", [
 each_bad_value = pytest.mark.parametrize("value", BAD_VALUES.values(), ids=BAD_VALUES)
 
 
-@pytest.fixture
-def present(storage):
-    """The storage service, on the bus."""
-    storage.appear()
-    return storage
-
-
 @pytest.mark.parametrize("fault", [
     answer(""), answer("i", 42), answer("s", "text"), answer("a{sv}", {"a": 1}),
     answer("a{sa{sv}}", {BLOCK: {}}), answer("a{oa{sa{sv}}}s", {}, "text")],

@@ -77,13 +77,6 @@ def tree():
         yield
 
 
-@pytest.fixture
-def present(storage):
-    """The storage service, on the bus."""
-    storage.appear()
-    return storage
-
-
 def plug_drives(storage):
     """Plugs in three devices with a drive each, and one without."""
     for name, bus, is_system in ((USB, "usb", False), (CARD, "sdio", False), (DISK, "nvme", True)):

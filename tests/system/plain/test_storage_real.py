@@ -11,13 +11,11 @@ import contextlib
 
 import pytest
 
-from testbed import files
 from testbed.devices import MOUNT_POINT, PARTITIONS, LoopDevice, disk_image, upper_device
 from testbed.udisks import UDisks
 from testbed.waiting import wait_until
 
-CARD, USB = "MemoryCardEnabled", "UsbStorageEnabled"
-OTHER_PLACE = f"{MOUNT_POINT}-too"
+CARD = "MemoryCardEnabled"
 
 
 @pytest.fixture(scope="module")
@@ -91,24 +89,6 @@ def test_what_the_service_has_mounted_is_unmounted(udisks, disk, daemon):
     assert daemon.logged() == []
 
 
-def test_what_is_mounted_while_forbidden_is_unmounted(disk, daemon):
-    daemon.start()
-    daemon.change(CARD, False)
-    daemon.forget()
-    disk.mount()
-    wait_until_unmounted(disk)
-    assert len(daemon.calls()) == 1
-    assert daemon.logged() == []
-
-
-def test_what_was_forbidden_before_the_start_is_unmounted(udisks, disk, daemon):
-    mount(udisks, disk)
-    files.store({CARD: False})
-    assert disk.places()
-    daemon.start()
-    wait_until_unmounted(disk)
-
-
 def test_device_that_appears_while_forbidden_stays_usable(udisks, daemon):
     """Only the mount is removed: the device can be used later."""
     daemon.start_observed()
@@ -122,27 +102,6 @@ def test_device_that_appears_while_forbidden_stays_usable(udisks, daemon):
         daemon.transcript.settle()
         assert disk.places()
     wait_until(lambda: udisks.places(disk) is None)
-
-
-def test_policy_of_another_bus_leaves_it_mounted(udisks, disk, daemon):
-    daemon.start()
-    mount(udisks, disk)
-    daemon.forget()
-    daemon.change(USB, False)
-    assert daemon.calls() == []
-    assert disk.places()
-
-
-def test_policy_turned_on_mounts_nothing(udisks, disk, daemon):
-    daemon.start()
-    mount(udisks, disk)
-    daemon.forget()
-    daemon.change(CARD, False)
-    wait_until_unmounted(disk)
-    daemon.forget()
-    daemon.change(CARD, True)
-    assert daemon.calls() == []
-    assert not disk.places()
 
 
 def test_file_system_in_use_is_unmounted_when_it_is_free(udisks, disk, daemon):
@@ -160,7 +119,7 @@ def test_file_system_in_use_is_unmounted_when_it_is_free(udisks, disk, daemon):
     assert daemon.logged() == [complaint]
 
 
-@pytest.mark.parametrize("place", [OTHER_PLACE, MOUNT_POINT],
+@pytest.mark.parametrize("place", [f"{MOUNT_POINT}-too", MOUNT_POINT],
                          ids=["two places", "twice in one place"])
 def test_every_mount_is_unmounted(udisks, disk, daemon, place):
     daemon.start()
@@ -187,16 +146,6 @@ def test_service_that_was_killed_is_followed(udisks, disk, daemon):
     wait_until_unmounted(disk)
 
 
-def test_service_that_starts_late_is_followed(udisks, disk, daemon):
-    udisks.kill()
-    disk.mount()
-    files.store({CARD: False})
-    daemon.start()
-    assert disk.places()
-    udisks.start()
-    wait_until_unmounted(disk)
-
-
 def test_partitions_of_one_device_are_unmounted(udisks, daemon):
     with LoopDevice(disk_image(*PARTITIONS)) as disk:
         first, second = disk.add_partition(1), disk.add_partition(2)
@@ -220,26 +169,6 @@ def test_upper_device_mounted_before_is_unmounted(udisks, daemon):
         wait_until_unmounted(upper)
         assert len(daemon.calls()) == 1
         assert daemon.logged() == []
-
-
-def test_upper_device_mounted_while_forbidden_is_unmounted(udisks, daemon):
-    daemon.start_observed()
-    daemon.change(CARD, False)
-    daemon.forget()
-    with LoopDevice(disk_image()) as lower, upper_device(lower) as upper:
-        wait_until_known(udisks, upper)
-        upper.mount()
-        wait_until_unmounted(upper)
-        assert daemon.logged() == []
-
-
-def test_upper_device_of_an_upper_device_is_unmounted(udisks, daemon):
-    with (LoopDevice(disk_image()) as lower, upper_device(lower) as middle,
-          upper_device(middle) as upper):
-        mount(udisks, upper)
-        daemon.start()
-        daemon.change(CARD, False)
-        wait_until_unmounted(upper)
 
 
 def test_upper_device_of_the_system_stays_mounted(udisks, daemon):

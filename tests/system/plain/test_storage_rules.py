@@ -5,7 +5,8 @@
 import pytest
 
 from testbed import files
-from testbed.plugins import LockPlugin
+from testbed.devices import add_device, device_tree
+from testbed.services.storage import Block
 from testbed.stick import Stick
 from testbed.waiting import wait_until
 
@@ -16,12 +17,11 @@ MEMORY_CARD = Stick("card", "sdio")
 
 
 @pytest.fixture
-def plugged(storage):
+def plugged(present):
     """The storage service, on the bus, with a mounted stick and a mounted memory card."""
-    storage.appear()
-    Stick().plug(storage)
-    MEMORY_CARD.plug(storage)
-    return storage
+    Stick().plug(present)
+    MEMORY_CARD.plug(present)
+    return present
 
 
 @pytest.mark.parametrize("forbidden", [CARD, USB])
@@ -29,43 +29,31 @@ def plugged(storage):
 @pytest.mark.parametrize("system", [False, True])
 @pytest.mark.parametrize("bus", GOVERNED_BY)
 @pytest.mark.parametrize("plugged_in", ["before", "while forbidden"])
-def test_forbidden_storage_is_unmounted(daemon, storage, plugged_in, bus, system, mounted,
+def test_forbidden_storage_is_unmounted(daemon, present, plugged_in, bus, system, mounted,
                                         forbidden):
     stick = Stick(bus=bus, system=system, mounted=mounted)
     obeys = mounted and not system and GOVERNED_BY[bus] == forbidden
-    storage.appear()
     if plugged_in == "before":
-        stick.plug(storage)
+        stick.plug(present)
         daemon.start_observed()
-        assert daemon.calls(storage.NAME) == []
+        assert daemon.calls(present.NAME) == []
         daemon.forget()
         daemon.change(forbidden, False)
     else:
         daemon.start()
         daemon.change(forbidden, False)
         daemon.forget()
-        stick.plug(storage)
+        stick.plug(present)
     assert daemon.calls() == ([stick.order] if obeys else [])
-    wait_until(lambda: stick.is_mounted(storage) == (mounted and not obeys))
+    wait_until(lambda: stick.is_mounted(present) == (mounted and not obeys))
     assert daemon.logged() == []
 
 
-@pytest.mark.parametrize("bus", ["sdio", "usb", ""])
-def test_allowed_storage_is_left_alone(daemon, storage, bus):
-    stick = Stick(bus=bus)
-    storage.appear()
-    daemon.start()
-    stick.plug(storage)
-    assert daemon.calls() == []
-    assert stick.is_mounted(storage)
-
-
-def test_only_forbidden_storage_of_much_is_unmounted(daemon, storage):
+def test_only_forbidden_storage_of_much_is_unmounted(daemon, present):
     sticks = [Stick("a"), Stick("b", "sdio"), Stick("c", system=True), Stick("d", mounted=False),
               Stick("e"), Stick("f", None)]
-    storage.appear()
     for stick in sticks:
-        stick.plug(storage)
+        stick.plug(present)
     daemon.start()
     daemon.change(USB, False)
     assert daemon.calls() == [sticks[0].order, sticks[4].order]
@@ -74,14 +62,28 @@ def test_only_forbidden_storage_of_much_is_unmounted(daemon, storage):
     assert daemon.calls() == [sticks[1].order, sticks[5].order]
 
 
-def test_device_with_a_partition_table_stays_mounted(daemon, storage):
+def test_device_with_a_partition_table_stays_mounted(daemon, present):
     stick = Stick(partition_table=True)
-    storage.appear()
-    stick.plug(storage)
+    stick.plug(present)
     daemon.start()
     daemon.change(USB, False)
     assert daemon.calls() == []
-    assert stick.is_mounted(storage)
+    assert stick.is_mounted(present)
+
+
+@pytest.mark.parametrize("policy", [CARD, USB])
+def test_volume_of_two_buses_obeys_both_policies(daemon, present, policy):
+    stick, card, volume = Stick(mounted=False), Stick("card", "sdio", mounted=False), Stick("dm1")
+    stick.plug(present)
+    card.plug(present)
+    with device_tree():
+        add_device(volume.id, card.id, stick.id)
+        present.plug(Block(volume.id, system=True))
+        volume.mount(present)
+        daemon.start()
+        daemon.change(policy, False)
+        wait_until(lambda: not volume.is_mounted(present))
+        assert daemon.calls() == [volume.order]
 
 
 def test_switch_that_is_turned_off_unmounts(daemon, plugged, switches):
@@ -92,62 +94,49 @@ def test_switch_that_is_turned_off_unmounts(daemon, plugged, switches):
     wait_until(lambda: not Stick().is_mounted(plugged))
 
 
-def test_switch_that_is_turned_on_mounts_nothing(daemon, storage, switches):
-    switches.set_switch("storage", [33], False)
-    storage.appear()
-    Stick(mounted=False).plug(storage)
-    daemon.start()
-    switches.set_entries("storage", value=True)
-    switches.announce("storage", True)
-    assert daemon.calls() == []
-
-
-def test_storage_that_appears_while_its_switch_is_off_is_unmounted(daemon, storage, switches):
+def test_storage_that_appears_while_its_switch_is_off_is_unmounted(daemon, present, switches):
     switches.set_switch("storage", [33], True)
-    storage.appear()
     daemon.start()
     switches.set_entries("storage", value=False)
     daemon.forget()
-    Stick().plug(storage)
-    MEMORY_CARD.plug(storage)
+    Stick().plug(present)
+    MEMORY_CARD.plug(present)
     assert daemon.calls() == [Stick().order]
 
 
-def test_storage_that_appears_while_locked_is_unmounted(daemon, storage):
-    with LockPlugin("lock.so", "lock", [CARD]) as lock:
-        storage.appear()
-        daemon.start()
-        lock.set_locked(CARD)
-        daemon.forget()
-        Stick().plug(storage)
-        MEMORY_CARD.plug(storage)
-        assert daemon.calls() == [MEMORY_CARD.order]
+def test_storage_that_appears_while_locked_is_unmounted(daemon, present, lock_plugin):
+    lock = lock_plugin(CARD)
+    daemon.start()
+    lock.set_locked(CARD)
+    daemon.forget()
+    Stick().plug(present)
+    MEMORY_CARD.plug(present)
+    assert daemon.calls() == [MEMORY_CARD.order]
 
 
-def test_lock_unmounts_nothing(daemon, plugged):
+def test_lock_unmounts_nothing(daemon, plugged, lock_plugin):
     """A lock changes the effective value, not the enforced one: what is mounted stays."""
-    with LockPlugin("lock.so", "lock", [USB]) as lock:
-        daemon.start()
-        lock.set_locked(USB)
-        lock.announce(USB, True)
-        assert len(daemon.announcements()) == 1
-        assert daemon.calls() == []
-        assert Stick().is_mounted(plugged)
+    lock = lock_plugin(USB)
+    daemon.start()
+    lock.set_locked(USB)
+    lock.announce(USB, True)
+    assert len(daemon.announcements()) == 1
+    assert daemon.calls() == []
+    assert Stick().is_mounted(plugged)
 
 
 @pytest.mark.parametrize("stored, switch_on, locked, times", [
-    (True, True, False, 0), (False, True, False, 2), (True, False, False, 2),
-    (True, True, True, 1)], ids=["allowed", "forbidden", "switch off", "locked"])
-def test_storage_at_start(daemon, plugged, switches, stored, switch_on, locked, times):
+    (True, True, [], 0), (False, True, [], 2), (True, False, [], 2), (True, True, [USB], 1)],
+    ids=["allowed", "forbidden", "switch off", "locked"])
+def test_storage_at_start(daemon, plugged, switches, lock_plugin, stored, switch_on, locked, times):
     """Each enforcement looks for storage. There are two at start, but one for a locked policy,
     which cannot be stored. The second comes before the daemon can receive the signal of the first
     unmount. The announcement at start unmounts nothing, because unmounts are under way."""
     switches.set_switch("storage", [33], switch_on)
     files.store({USB: stored})
-    with LockPlugin("lock.so", "lock", [USB]) as lock:
-        lock.set_locked(*([USB] if locked else []))
-        daemon.start_observed()
-        wait_until(lambda: len(daemon.transcript.calls("GetManagedObjects")) == 1)
-        assert daemon.calls(plugged.NAME) == times * [Stick().order]
-        wait_until(lambda: Stick().is_mounted(plugged) == (times == 0))
-        assert MEMORY_CARD.is_mounted(plugged)
+    lock_plugin(USB).set_locked(*locked)
+    daemon.start_observed()
+    wait_until(lambda: len(daemon.transcript.calls("GetManagedObjects")) == 1)
+    assert daemon.calls(plugged.NAME) == times * [Stick().order]
+    wait_until(lambda: Stick().is_mounted(plugged) == (times == 0))
+    assert MEMORY_CARD.is_mounted(plugged)
