@@ -31,6 +31,12 @@ def block(*places, drive="/"):
     return Block("sda1", drive, mount_points=places)
 
 
+def plug_stick(storage, *places):
+    """Plugs in the stick and its block device, mounted in these places."""
+    storage.plug(STICK)
+    storage.plug(block(*places, drive=STICK_PATH))
+
+
 class Partitions:
     """The library in a process that ends with its context.
 
@@ -69,11 +75,13 @@ class Partitions:
         self.ask("application")
         self._has_application = True
 
-    def run(self):
-        """Starts the event loop of the process."""
+    def run(self, *paths):
+        """Starts the event loop of the process, and waits until it has announced these."""
         if not self._has_application:
             self.make_application()
         self.ask("run")
+        if paths:
+            self.wait_for(*paths)
 
     def end(self):
         """Ends the process by the end of its input, with all destructors; returns its exit code."""

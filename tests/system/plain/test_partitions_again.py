@@ -7,7 +7,8 @@ import time
 
 import pytest
 
-from testbed.partitions import BLOCK_PATH, MOUNTED, PLACE, STICK, STICK_PATH, block, listings
+from testbed.partitions import (BLOCK_PATH, MOUNTED, PLACE, STICK, STICK_PATH, block, listings,
+                                plug_stick)
 from testbed.services.service import ERROR, PROPERTIES, SILENCE, Fault, answer, late
 from testbed.services.storage import BLOCK, Block
 from testbed.waiting import wait_until
@@ -17,25 +18,15 @@ FIRST_PAUSE = 2.0  # seconds until the library asks again by itself
 LATE_ERROR = Fault("error", delay=0.3)  # leaves time for other events before it
 
 
-def fail_to_list(storage, fault):
-    """Makes the listings fail from now on."""
-    storage.fail(fault, "GetManagedObjects")
-
-
 def wait_for_listings(storage, count):
     """Waits until GetManagedObjects has been called so often."""
     wait_until(lambda: listings(storage) == count)
 
 
-def tell_of(storage, path):
-    """Sends a signal of the storage service that a device has changed."""
-    storage.signal(path, PROPERTIES, "PropertiesChanged", "sa{sv}as", BLOCK, {}, [])
-
-
 def fail_repeatedly(storage, partitions):
     """Lets the listings fail until the library waits for several seconds between them. Returns
     their number."""
-    fail_to_list(storage, ERROR)
+    storage.fail(ERROR, "GetManagedObjects")
     partitions.run()
     wait_for_listings(storage, 3)
     return 3
@@ -58,9 +49,8 @@ each_fault = pytest.mark.parametrize("fault", [ERROR, answer("s", "text"), SILEN
 @each_fault
 def test_asked_again_by_the_next_call(present, partitions, fault):
     """There is no event loop yet, which would ask again after a pause."""
-    present.plug(STICK)
-    present.plug(block(PLACE, drive=STICK_PATH))
-    fail_to_list(present, fault)
+    plug_stick(present, PLACE)
+    present.fail(fault, "GetManagedObjects")
     partitions.make_application()
     assert partitions.list() == []
     present.mend()
@@ -73,9 +63,8 @@ def test_asked_again_by_the_next_call(present, partitions, fault):
 
 @each_fault
 def test_asked_again_without_an_occasion(present, partitions, fault):
-    present.plug(STICK)
-    present.plug(block(PLACE, drive=STICK_PATH))
-    fail_to_list(present, fault)
+    plug_stick(present, PLACE)
+    present.fail(fault, "GetManagedObjects")
     partitions.run()
     wait_for_listings(present, 1)
     present.mend()
@@ -83,7 +72,7 @@ def test_asked_again_without_an_occasion(present, partitions, fault):
 
 
 def test_pauses_grow(present, partitions):
-    fail_to_list(present, ERROR)
+    present.fail(ERROR, "GetManagedObjects")
     partitions.run()
     times = []
     for count in range(1, 5):
@@ -95,7 +84,7 @@ def test_pauses_grow(present, partitions):
 
 
 def test_service_that_lists_nothing_is_waited_for_once(present, partitions):
-    fail_to_list(present, SILENCE)
+    present.fail(SILENCE, "GetManagedObjects")
     partitions.make_application()
     start = time.monotonic()
     for manager in (0, 1, 0, 1):
@@ -105,9 +94,8 @@ def test_service_that_lists_nothing_is_waited_for_once(present, partitions):
 
 def test_slow_service_is_listed_in_the_end(present, partitions):
     """It answers later than a call waits for it."""
-    present.plug(STICK)
-    present.plug(block(PLACE, drive=STICK_PATH))
-    fail_to_list(present, late(1.5 * WAITING_TIME))
+    plug_stick(present, PLACE)
+    present.fail(late(1.5 * WAITING_TIME), "GetManagedObjects")
     partitions.run()
     wait_for_good_listing(present, partitions)
 
@@ -115,10 +103,8 @@ def test_slow_service_is_listed_in_the_end(present, partitions):
 @pytest.mark.parametrize("fault", [ERROR, answer("s", "text")], ids=["error", "another shape"])
 def test_value_that_could_not_be_read_is_listed_again(present, partitions, fault):
     """The service reports that the mount points have changed, but not how."""
-    present.plug(STICK)
-    present.plug(block(drive=STICK_PATH))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    plug_stick(present)
+    partitions.run(BLOCK_PATH)
     partitions.forget()
     present.fail(fault, "Get")
     present.tells = False
@@ -131,7 +117,7 @@ def test_what_a_later_listing_lacks_is_forgotten(present, partitions):
     def list_after_signals():
         partitions.ask("events")
         return partitions.list()
-    fail_to_list(present, ERROR)
+    present.fail(ERROR, "GetManagedObjects")
     partitions.make_application()
     assert partitions.list() == []
     present.plug(block())
@@ -146,8 +132,7 @@ def test_what_a_later_listing_lacks_is_forgotten(present, partitions):
 
 @pytest.mark.parametrize("occasion", ["mounted", "another device"])
 def test_signal_that_names_the_unknown(present, partitions, occasion):
-    present.plug(STICK)
-    present.plug(block(PLACE, drive=STICK_PATH))
+    plug_stick(present, PLACE)
     count = fail_repeatedly(present, partitions)
     present.mend()
     if occasion == "mounted":
@@ -161,9 +146,8 @@ def test_signal_that_names_the_unknown(present, partitions, occasion):
 
 
 def test_signal_before_the_listing_has_failed(present, partitions):
-    present.plug(STICK)
-    present.plug(block(drive=STICK_PATH))
-    fail_to_list(present, LATE_ERROR)
+    plug_stick(present)
+    present.fail(LATE_ERROR, "GetManagedObjects")
     partitions.run()
     wait_for_listings(present, 1)
     present.mend()
@@ -189,37 +173,24 @@ def test_one_listing_for_each_occasion(present, partitions):
 
 
 def test_one_listing_at_a_time(present, partitions):
-    fail_to_list(present, LATE_ERROR)
+    present.fail(LATE_ERROR, "GetManagedObjects")
     partitions.run()
     wait_for_listings(present, 1)
     for number in range(50):
-        tell_of(present, f"{BLOCK_PATH}{number}")
+        present.signal(f"{BLOCK_PATH}{number}", PROPERTIES, "PropertiesChanged", "sa{sv}as", BLOCK,
+                       {}, [])
     # However many occasions there are, only one call follows the pending one.
     wait_until(lambda: listings(present) > 1)
     partitions.list()
     assert listings(present) < 10
 
 
-def test_no_more_listings_after_a_good_one(present, partitions):
-    fail_to_list(present, ERROR)
-    partitions.make_application()
-    partitions.list()
-    present.mend()
-    partitions.list()
-    assert listings(present) == 2
-    partitions.list()
-    partitions.run()
-    tell_of(present, BLOCK_PATH)
-    partitions.settle(present)
-    assert listings(present) == 2
-
-
 def test_signals_count_without_any_listing(present, partitions):
     """A service that never lists must not delay its signals."""
-    fail_to_list(present, ERROR)
+    present.fail(ERROR, "GetManagedObjects")
     partitions.run()
     wait_for_listings(present, 1)
-    fail_to_list(present, SILENCE)
+    present.fail(SILENCE, "GetManagedObjects")
     present.plug(STICK)
     wait_for_listings(present, 2)
     present.plug(block(PLACE, drive=STICK_PATH))

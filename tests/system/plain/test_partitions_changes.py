@@ -6,7 +6,7 @@ import dbus
 import pytest
 
 from testbed.partitions import (BLOCK_PATH, EXTERNAL, MOUNTED, PLACE, STICK, STICK_PATH, SYSTEM,
-                                UNMOUNTED, block)
+                                UNMOUNTED, block, plug_stick)
 from testbed.services.service import PROPERTIES
 from testbed.services.storage import (BLOCK, DRIVE, FILESYSTEM, OBJECT_MANAGER, PARTITION_TABLE,
                                       ROOT, Drive, mount_points, object_path)
@@ -112,10 +112,8 @@ NEW_KINDS = {  # what happens to what is on a stick; its type and its bus after 
 
 @pytest.mark.parametrize("before, action, announcements, status", CHANGES.values(), ids=CHANGES)
 def test_change(present, partitions, before, action, announcements, status):
-    present.plug(STICK)
-    present.plug(block(*before, drive=STICK_PATH))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    plug_stick(present, *before)
+    partitions.run(BLOCK_PATH)
     partitions.forget()
     action(present)
     wait_until(lambda: [each["status"] for each in partitions.list()] == [status])
@@ -130,10 +128,8 @@ def test_change(present, partitions, before, action, announcements, status):
 @pytest.mark.parametrize("action, type_, number", NEW_KINDS.values(), ids=NEW_KINDS)
 def test_other_kind_of_storage(present, partitions, action, type_, number, is_mounted):
     """A mounted partition is announced again, because another policy can apply now."""
-    present.plug(STICK)
-    present.plug(block(*[PLACE] * is_mounted, drive=STICK_PATH))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    plug_stick(present, *[PLACE] * is_mounted)
+    partitions.run(BLOCK_PATH)
     partitions.forget()
     action(present)
     partitions.settle(present)
@@ -168,8 +164,7 @@ def test_drive_that_is_named_later(present, partitions):
 
 
 def test_what_is_pulled_out_is_forgotten(present, partitions):
-    present.plug(STICK)
-    present.plug(block(drive=STICK_PATH))
+    plug_stick(present)
     partitions.run()
     assert len(partitions.list()) == 1
     present.set_filesystem(BLOCK_PATH, False)
@@ -183,10 +178,8 @@ def test_what_is_pulled_out_is_forgotten(present, partitions):
 
 
 def test_signal_of_another_service(present, partitions, audio_policy, transcript):
-    present.plug(STICK)
-    present.plug(block(drive=STICK_PATH))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    plug_stick(present)
+    partitions.run(BLOCK_PATH)
     audio_policy.appear()
     transcript.clear()
     audio_policy.signal(BLOCK_PATH, PROPERTIES, "PropertiesChanged", "sa{sv}as", FILESYSTEM,

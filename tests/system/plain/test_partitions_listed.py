@@ -6,21 +6,21 @@ import threading
 
 import pytest
 
-from testbed.partitions import (BLOCK_PATH, EXTERNAL, MOUNTED, PLACE, STICK, STICK_PATH, SYSTEM,
-                                UNMOUNTED, block, listings)
+from testbed.partitions import (BLOCK_PATH, EXTERNAL, MOUNTED, PLACE, STICK_PATH, SYSTEM, UNMOUNTED,
+                                block, listings, plug_stick)
 from testbed.services.service import on_loop
 from testbed.services.storage import Block, Drive
 from testbed.waiting import PATIENCE, wait_until
 
 
 def test_description(present, partitions):
-    present.plug(STICK)
-    present.plug(block(PLACE, "/mnt", drive=STICK_PATH))
+    odd = "/run/media/m\u00fcll with blanks"
+    plug_stick(present, odd, "/mnt")
     vda = present.plug(Block("vda", system=True))
     partitions.make_application()
     drive = {"connectionBus": 1, "vendor": "Maker", "model": "Model", "removable": True}
     assert partitions.list() == [
-        {"path": BLOCK_PATH, "device": "/dev/sda1", "place": PLACE, "drive": drive,
+        {"path": BLOCK_PATH, "device": "/dev/sda1", "place": odd, "drive": drive,
          "type": EXTERNAL, "status": MOUNTED},
         {"path": vda, "device": "/dev/vda", "place": "", "drive": {}, "type": SYSTEM,
          "status": UNMOUNTED}]
@@ -43,13 +43,6 @@ def test_missing_drive(present, partitions, drive):
     present.plug(block(drive=drive))
     partitions.make_application()
     assert partitions.only()["drive"] == {}
-
-
-def test_name_of_a_file(present, partitions):
-    odd = "/run/media/m\u00fcll with blanks"
-    present.plug(block(odd))
-    partitions.make_application()
-    assert partitions.only()["place"] == odd
 
 
 @pytest.mark.parametrize("types, names", [
@@ -83,12 +76,10 @@ def test_one_listing_is_enough_for_hundreds(storage, partitions):
 
 
 def test_first_look_is_when_the_loop_starts(present, partitions):
-    present.plug(STICK)
-    present.plug(block(PLACE, drive=STICK_PATH))
+    plug_stick(present, PLACE)
     partitions.make_application()
     assert present.calls == []
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     announced, = partitions.announced()
     assert announced["status"] == MOUNTED
     assert announced["drive"]["connectionBus"] == 1
@@ -97,14 +88,12 @@ def test_first_look_is_when_the_loop_starts(present, partitions):
 
 
 def test_nothing_is_lost_after_an_early_listing(present, partitions):
-    present.plug(STICK)
-    present.plug(block(drive=STICK_PATH))
+    plug_stick(present)
     partitions.make_application()
     assert partitions.status() == UNMOUNTED
     assert partitions.announced() == []
     present.set_mount_points(BLOCK_PATH, PLACE)  # nothing of this is seen before the loop runs
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
+    partitions.run(BLOCK_PATH, BLOCK_PATH)
     assert [each["status"] for each in partitions.announced()] == [UNMOUNTED, MOUNTED]
     assert partitions.status() == MOUNTED
     assert listings(present) == 1

@@ -5,8 +5,8 @@
 import dbus
 import pytest
 
-from testbed.partitions import (BLOCK_PATH, EXTERNAL, MOUNTED, PLACE, STICK, STICK_PATH, SYSTEM,
-                                UNMOUNTED, block, calls_of)
+from testbed.partitions import (BLOCK_PATH, EXTERNAL, MOUNTED, PLACE, STICK_PATH, SYSTEM, UNMOUNTED,
+                                block, calls_of, plug_stick)
 from testbed.services.service import PROPERTIES, answer
 from testbed.services.storage import (BLOCK, DRIVE, FILESYSTEM, OBJECT_MANAGER, ROOT, file_name,
                                       mount_points)
@@ -66,8 +66,7 @@ def test_property_in_the_listing(present, partitions, interface, name, value):
     else:
         properties[name] = value
     present.fail(answer("a{oa{sa{sv}}}", objects))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     found = partitions.only()
     assert found["device"] == ("" if name == "Device" else "/dev/sda1")
     assert found["type"] == (EXTERNAL if name == "HintSystem" else SYSTEM)
@@ -83,10 +82,8 @@ def test_property_in_the_listing(present, partitions, interface, name, value):
 @each_property
 def test_property_that_changes(present, partitions, interface, name, value):
     """The known value stays as it was."""
-    present.plug(STICK)
-    present.plug(block(PLACE, drive=STICK_PATH))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    plug_stick(present, PLACE)
+    partitions.run(BLOCK_PATH)
     known = partitions.only()
     present.signal(STICK_PATH if interface == DRIVE else BLOCK_PATH, PROPERTIES, CHANGED,
                    "sa{sv}as", interface, {} if value is None else {name: value}, [])
@@ -120,8 +117,7 @@ def test_property_that_changes(present, partitions, interface, name, value):
     (BLOCK_PATH, PROPERTIES, CHANGED, "sa{sv}as", (FILESYSTEM, {}, ["Size"]))])
 def test_signal(present, partitions, path, interface, member, signature, arguments):
     present.plug(block())
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     present.signal(path, interface, member, signature, *arguments)
     partitions.settle(present)
     assert partitions.paths() == [BLOCK_PATH]
@@ -134,8 +130,7 @@ def test_signal(present, partitions, path, interface, member, signature, argumen
     ids=["nothing", "bare list", "text", "texts"])
 def test_answer_about_mount_points(present, partitions, fault):
     present.plug(block())
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     present.fail(fault, "Get")
     present.tells = False
     present.set_mount_points(BLOCK_PATH, PLACE)

@@ -6,8 +6,7 @@ import time
 
 import pytest
 
-from testbed.partitions import (BLOCK_PATH, PLACE, STICK, STICK_PATH, Partitions, block, calls_of,
-                                listings)
+from testbed.partitions import BLOCK_PATH, PLACE, Partitions, block, calls_of, listings
 from testbed.relay import Relay
 from testbed.services.service import DEATH, ERROR
 from testbed.services.storage import Block
@@ -42,19 +41,6 @@ def test_service_is_never_started(storage, partitions, transcript):
     assert not [call for call in calls if call.member == "StartServiceByName"]
 
 
-def test_service_that_comes_and_goes(storage, partitions):
-    partitions.run()
-    assert partitions.list() == []
-    storage.plug(STICK)
-    storage.plug(block(PLACE, drive=STICK_PATH))
-    storage.appear()
-    partitions.wait_for(BLOCK_PATH)
-    assert len(partitions.list()) == 1
-    storage.leave()
-    wait_until(lambda: partitions.list() == [])
-    assert partitions.paths() == [BLOCK_PATH]
-
-
 def test_service_that_returns_is_announced_again(storage, partitions):
     storage.plug(block())
     partitions.run()
@@ -78,8 +64,7 @@ def test_death_while_listing(storage, partitions):
     assert partitions.list() == []
     storage.mend()
     storage.appear()
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
 
 
 def test_manager_older_than_the_application_object(storage, partitions):
@@ -89,24 +74,17 @@ def test_manager_older_than_the_application_object(storage, partitions):
     partitions.unmount("")
     partitions.make_application()
     assert storage.calls == []
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     assert listings(storage) == 1
 
 
-def test_end_without_application_object(storage, partitions):
+@pytest.mark.parametrize("has_application", [False, True])
+def test_end_without_loop(storage, partitions, has_application):
     storage.appear()
     assert partitions.list() == []
     partitions.unmount("")
-    assert partitions.end() == 0
-    assert storage.calls == []
-
-
-def test_end_without_loop(storage, partitions):
-    storage.appear()
-    assert partitions.list() == []
-    partitions.unmount("")
-    partitions.make_application()
+    if has_application:
+        partitions.make_application()
     assert partitions.end() == 0
     assert storage.calls == []
 
@@ -155,8 +133,7 @@ def test_manager_that_comes_later(storage, partitions):
     """It announces what others have announced before."""
     storage.appear()
     storage.plug(block(PLACE))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     partitions.forget()
     assert len(partitions.list(manager=1)) == 1
     partitions.wait_for(BLOCK_PATH, manager=1)

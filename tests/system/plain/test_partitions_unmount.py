@@ -6,8 +6,8 @@ import time
 
 import pytest
 
-from testbed.partitions import (BLOCK_PATH, MOUNTED, PLACE, STICK, STICK_PATH, UNMOUNTED,
-                                Partitions, block, calls_of)
+from testbed.partitions import (BLOCK_PATH, MOUNTED, PLACE, UNMOUNTED, Partitions, block, calls_of,
+                                plug_stick)
 from testbed.services.service import SILENCE, Fault, error
 from testbed.services.storage import FILESYSTEM, Block
 from testbed.waiting import wait_until
@@ -17,11 +17,10 @@ FIRST_PAUSE = 2.0  # seconds to the first reminder
 
 
 @pytest.fixture
-def mounted(storage):
+def mounted(present):
     """The storage service, on the bus, with a mounted block device."""
-    storage.appear()
-    storage.plug(block(PLACE))
-    return storage
+    present.plug(block(PLACE))
+    return present
 
 
 @pytest.fixture
@@ -51,15 +50,13 @@ def wait_for_complaint(partitions):
     assert wait_until(partitions.take_log) == [complaint()]
 
 
-def test_unmounted(storage, partitions):
-    storage.appear()
-    storage.plug(STICK)
-    storage.plug(block(PLACE, drive=STICK_PATH))
+def test_unmounted(present, partitions):
+    plug_stick(present, PLACE)
     partitions.run()
     assert partitions.status() == MOUNTED
     partitions.unmount(BLOCK_PATH)
     wait_until(lambda: partitions.status() == UNMOUNTED)
-    assert storage.blocks[BLOCK_PATH].mount_points == ()
+    assert present.blocks[BLOCK_PATH].mount_points == ()
 
 
 def test_options(mounted, partitions):
@@ -73,14 +70,6 @@ def test_options(mounted, partitions):
     assert call.error == ""  # the service has checked the types of the arguments
 
 
-def test_no_partition(storage, partitions):
-    storage.appear()
-    partitions.run()
-    partitions.unmount("")
-    partitions.settle(storage)
-    assert len(storage.calls) == 1
-
-
 def test_nobody_waits(mounted, partitions):
     mounted.fail(SILENCE, "Unmount")
     partitions.run()
@@ -91,22 +80,20 @@ def test_nobody_waits(mounted, partitions):
     wait_for_unmounts(mounted, 1)
 
 
-def test_nothing_to_unmount(storage, partitions):
+def test_nothing_to_unmount(present, partitions):
     """It is no failure that the device is not mounted, or that the service has left."""
-    storage.appear()
-    storage.plug(block())
+    present.plug(block())
     partitions.run()
     partitions.list()
     partitions.unmount(BLOCK_PATH)
-    wait_for_unmounts(storage, 1)
-    storage.leave()
+    wait_for_unmounts(present, 1)
+    present.leave()
     wait_until(lambda: partitions.list() == [])
     partitions.unmount(BLOCK_PATH)
 
 
-def test_every_failure_is_told_to_who_wants_it(storage):
-    storage.appear()
-    storage.plug(block())
+def test_every_failure_is_told_to_who_wants_it(present):
+    present.plug(block())
     with Partitions(QT_LOGGING_RULES="systemsettings.debug=true") as partitions:
         partitions.run()
         partitions.list()
@@ -117,29 +104,24 @@ def test_every_failure_is_told_to_who_wants_it(storage):
         assert "org.freedesktop.UDisks2.Error.NotMounted" in line
 
 
-def test_from_the_announcement(storage, partitions):
-    storage.appear()
+def test_from_the_announcement(present, partitions):
     partitions.unmount_announced()
     partitions.run()
-    storage.plug(STICK)
-    storage.plug(block(PLACE, drive=STICK_PATH))
+    plug_stick(present, PLACE)
     for times in (1, 2, 3):
-        wait_for_unmounts(storage, times)
+        wait_for_unmounts(present, times)
         wait_until(lambda: partitions.status() == UNMOUNTED)
-        storage.set_mount_points(BLOCK_PATH, PLACE)
+        present.set_mount_points(BLOCK_PATH, PLACE)
 
 
 @pytest.mark.parametrize("places, fault, reason", [
     ([PLACE], error(BUSY), BUSY), (100 * [PLACE], Fault(), "still mounted")],
     ids=["it fails", "it changes nothing"])
-def test_reminders_come_at_growing_intervals(storage, partitions, places, fault, reason):
+def test_reminders_come_at_growing_intervals(present, partitions, places, fault, reason):
     """A manager that unmounts again in vain and one that does not get the same reminders."""
-    storage.appear()
-    storage.plug(STICK)
-    storage.plug(block(*places, drive=STICK_PATH))
-    storage.fail(fault, "Unmount")
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    plug_stick(present, *places)
+    present.fail(fault, "Unmount")
+    partitions.run(BLOCK_PATH)
     start = time.monotonic()
     partitions.unmount_announced(manager=1)
     partitions.wait_for(*4 * [BLOCK_PATH])
@@ -152,30 +134,19 @@ def test_reminders_come_at_growing_intervals(storage, partitions, places, fault,
     partitions.wait_for(*4 * [BLOCK_PATH], manager=1)
     assert reminders[-1]["status"] == MOUNTED
     assert reminders[-1]["drive"]["connectionBus"] == 1
-    wait_for_unmounts(storage, 4)
+    wait_for_unmounts(present, 4)
     assert partitions.take_log() == [complaint(reason)]
 
 
 def test_reminders_end_when_nobody_unmounts(busy, partitions):
     """The next failure is the first one again."""
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     for count in (2, 3):
         partitions.unmount(BLOCK_PATH)
         start = time.monotonic()
         partitions.wait_for(*count * [BLOCK_PATH])
         assert time.monotonic() - start < 1.9 * FIRST_PAUSE
     assert partitions.take_log() == [complaint(BUSY)]
-
-
-def test_what_becomes_free_is_unmounted(busy, partitions):
-    partitions.unmount_announced()
-    partitions.run()
-    wait_for_unmounts(busy, 1)
-    wait_for_complaint(partitions)
-    busy.mend()
-    wait_until_unmounted(busy)
-    assert len(calls_of(busy, "Unmount")) == 2
 
 
 def test_first_failure_only_is_logged(busy, partitions):
@@ -199,8 +170,7 @@ def test_first_failure_only_is_logged(busy, partitions):
 
 def test_reminder_whoever_was_asked_to_unmount(busy, partitions):
     """The reminder does not depend on the manager that was asked, which is removed here."""
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH)
+    partitions.run(BLOCK_PATH)
     partitions.list(manager=1)
     partitions.unmount(BLOCK_PATH, manager=1)
     wait_for_complaint(partitions)
@@ -212,8 +182,7 @@ def test_reminder_whoever_was_asked_to_unmount(busy, partitions):
 def test_no_reminder_of_what_is_not_mounted(busy, partitions, end):
     """A second partition, which fails later, shows when a reminder would have come."""
     clock = busy.plug(Block("sdb1", mount_points=(PLACE,)))
-    partitions.run()
-    partitions.wait_for(BLOCK_PATH, clock)
+    partitions.run(BLOCK_PATH, clock)
     for path in (BLOCK_PATH, clock):
         partitions.unmount(path)
         wait_until(partitions.take_log)
@@ -238,16 +207,15 @@ def test_no_reminder_while_the_service_is_gone(busy, partitions):
     assert len(calls_of(busy, "Unmount")) == 2
 
 
-def test_other_places_are_announced_at_once(storage, partitions):
-    storage.appear()
-    storage.plug(block("/a", "/b", "/c"))
+def test_other_places_are_announced_at_once(present, partitions):
+    present.plug(block("/a", "/b", "/c"))
     partitions.unmount_announced()
     start = time.monotonic()
     partitions.run()
-    wait_until_unmounted(storage)
+    wait_until_unmounted(present)
     assert time.monotonic() - start < FIRST_PAUSE
-    assert len(calls_of(storage, "Unmount")) == 3
-    partitions.settle(storage)
+    assert len(calls_of(present, "Unmount")) == 3
+    partitions.settle(present)
     assert partitions.paths() == 3 * [BLOCK_PATH]
 
 
@@ -262,16 +230,4 @@ def test_what_is_being_unmounted_is_not_announced(mounted, partitions):
     assert partitions.paths() == [BLOCK_PATH]
     mounted.unplug(BLOCK_PATH)
     mounted.plug(block(PLACE))
-    partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
-
-
-def test_reminder_of_a_second_mount_in_the_same_place(storage, partitions):
-    """The service sends no signal for one mount less, because it lists each place once."""
-    storage.appear()
-    storage.plug(block(PLACE, PLACE))
-    partitions.unmount_announced()
-    partitions.run()
-    wait_until(lambda: storage.blocks[BLOCK_PATH].mount_points == (PLACE,))
-    wait_until_unmounted(storage)
-    assert len(calls_of(storage, "Unmount")) == 2
     partitions.wait_for(BLOCK_PATH, BLOCK_PATH)
