@@ -30,24 +30,6 @@ QStringList ownMethods(const QMetaObject &meta)
     return result;
 }
 
-QString classInfo(const QMetaObject &meta, const char *name)
-{
-    return QString::fromLatin1(meta.classInfo(meta.indexOfClassInfo(name)).value());
-}
-
-/// The interface element of the description file that is installed for clients.
-QString installedDescription(const QString &interface)
-{
-    QFile file(QStringLiteral("/usr/share/dbus-1/interfaces/%1.xml").arg(interface));
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("no file %1").arg(file.fileName());
-    QString text = QString::fromUtf8(file.readAll());
-    text.remove(QRegularExpression(QStringLiteral(" *<!--.*-->\\n"),
-                                   QRegularExpression::DotMatchesEverythingOption));
-    const int start = text.indexOf(QStringLiteral("  <interface"));
-    return text.mid(start, text.indexOf(QStringLiteral("</node>")) - start);
-}
-
 } // namespace
 
 /// The members and their order, on which queued calls, the bus and plugin authors rely.
@@ -59,8 +41,6 @@ private Q_SLOTS:
     void policyManager();
     void adaptors_data();
     void adaptors();
-    void descriptions_data();
-    void descriptions();
     void enforcer();
     void restrictions();
     void accessSwitches();
@@ -112,24 +92,6 @@ void tst_MetaObjects::adaptors()
     QCOMPARE(ownMethods(*meta), methods);
     QCOMPARE(meta->classInfoCount() - meta->classInfoOffset(), 2);
     QCOMPARE(meta->superClass()->className(), "QDBusAbstractAdaptor");
-}
-
-void tst_MetaObjects::descriptions_data()
-{
-    QTest::addColumn<const QMetaObject *>("meta");
-    QTest::addColumn<QString>("interface");
-    QTest::newRow("policy") << &PolicyAdaptor::staticMetaObject
-                            << QStringLiteral("org.kvt.PolicyManager.Policy");
-    QTest::newRow("switch") << &SwitchAdaptor::staticMetaObject
-                            << QStringLiteral("org.kvt.PolicyManager.Switch");
-}
-
-void tst_MetaObjects::descriptions()
-{
-    QFETCH(const QMetaObject *, meta);
-    QFETCH(QString, interface);
-    QCOMPARE(classInfo(*meta, "D-Bus Interface"), interface);
-    QCOMPARE(classInfo(*meta, "D-Bus Introspection"), installedDescription(interface));
 }
 
 void tst_MetaObjects::enforcer()

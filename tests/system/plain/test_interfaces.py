@@ -8,7 +8,7 @@ import xml.etree.ElementTree
 import pytest
 from jeepney import DBusAddress, HeaderFields, new_method_call
 
-from testbed import files
+from testbed import files, manuals
 from testbed.bus import POLICY, SERVICE, SWITCH, introspection, read_of, silent, write_of
 from testbed.daemon import changed
 from testbed.files import POLICY_FILE
@@ -131,6 +131,19 @@ def test_file_for_clients_says_what_is_sent():
     described_as_sent = DESCRIPTIONS[SWITCH.interface].replace("type=i ", "type=b ")
     assert [line for child in node for line in outline(child)] == [
         *DESCRIPTIONS[POLICY.interface].splitlines(), *described_as_sent.splitlines()]
+
+
+@pytest.mark.parametrize("name", DESCRIPTIONS)
+def test_manual_page_has_every_member(name):
+    """In the form "KeyValue(in s key, out v value)", with the types that are sent."""
+    file = pathlib.Path(f"/usr/share/dbus-1/interfaces/{SERVICE}.xml")
+    interface = xml.etree.ElementTree.parse(file).getroot().find(f"interface[@name='{name}']")
+    forms = ["{direction} {type} {name}", "{type} {name}"]
+    headings = [f"{member.get('name')}(" + ", ".join(
+        forms[member.tag == "signal"].format(**argument.attrib)
+        for argument in member.findall("arg")) + ")" for member in interface]
+    page = manuals.entries(manuals.source(f"{name}.5"))
+    assert sorted(headings) == sorted(heading for heading in page if "(" in heading)
 
 
 @pytest.mark.parametrize("member, signature, arguments", OF_THE_MANAGER)

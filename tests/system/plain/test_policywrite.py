@@ -78,14 +78,15 @@ def test_key_of_no_policy_is_not_enforced(daemon):
     assert daemon.logged() == []
 
 
-def test_key_is_compared_with_its_letter_case(daemon):
+@pytest.mark.parametrize("key", ["cameraEnabled", "CAMERAENABLED", "1", "C\u0430meraEnabled",
+                                 "Pellora::PolicyValue::CameraEnabled"])
+def test_similar_key_is_another_one(daemon, key):
     daemon.start()
-    daemon.change("cameraEnabled", False)
-    assert daemon.policy("cameraEnabled") is False
+    daemon.change(key, False)
+    assert daemon.policy(key) is False
     assert daemon.policy(CAMERA) is True
     assert CAMERA_MARKER.exists()
-    values = files.stored()
-    assert (values[CAMERA], values["cameraEnabled"]) == ("true", "false")
+    assert (files.stored()[CAMERA], files.stored()[key]) == ("true", "false")
 
 
 def test_locked_policy_is_refused_silently(daemon, lock_plugin):

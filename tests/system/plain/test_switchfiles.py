@@ -106,12 +106,13 @@ def test_plugin_gets_all_keys_in_order(daemon, switches):
 
 
 def test_values_that_are_no_booleans_are_skipped(daemon, switches):
-    files.store({"lens": "yes", "radio": True}, SWITCH_FILE)
+    odd = {"lens": "yes", "a": "True", "b": "", "c": "2"}
+    files.store({**odd, "radio": True}, SWITCH_FILE)
     switches.set_switch("lens", [], False)
     switches.set_switch("radio", [], False)
     daemon.start_observed()
     assert told(switches) == ["setKeyValue radio true"]
-    assert SWITCH_FILE.read_text() == "[policy]\nlens=yes\nradio=true\n"
+    assert files.stored(SWITCH_FILE) == {**odd, "radio": "true"}
     assert daemon.complaints() == []
 
 

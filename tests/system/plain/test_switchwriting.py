@@ -213,7 +213,9 @@ def test_malformed_file_is_left_as_it_is(daemon, switches):
 @pytest.mark.parametrize("content, key, shown", [
     ("", "a=b", "a=b"), ("", "", ""), ("", "#a", "#a"), ("", "a ", "a "),
     ("", "a\nb=true\nc", r"a\nb=true\nc"), ("", "Encoding", "Encoding"),
-    ("[policy]\nb=true\n", "Encoding", "Encoding"), ("no key file\n", "a=b", "a=b")])
+    ("[policy]\nb=true\n", "Encoding", "Encoding"),
+    ("[policy]\nEncoding=UTF-8\nb=true\n", "Encoding", "Encoding"),
+    ("no key file\n", "a=b", "a=b")])
 def test_key_that_the_file_cannot_hold(daemon, switches, content, key, shown):
     """The plugin is not called: it would keep and announce a value that is then refused."""
     switches.set_switch(key, [1], True)
