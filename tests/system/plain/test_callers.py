@@ -3,10 +3,9 @@
 """Who may change a value, and how the daemon finds out."""
 
 import pytest
-from jeepney import new_method_call
 
 from testbed import files
-from testbed.bus import POLICY, SWITCH, read_of, write_of
+from testbed.bus import POLICY, SWITCH, write_of
 from testbed.callers import asked, denial, process_query, queries, refusal
 from testbed.daemon import announcement, event
 from testbed.files import CAMERA_MARKER, SWITCH_FILE
@@ -105,17 +104,6 @@ def test_refusal_goes_before_a_lock(daemon, guest, lock_plugin):
     assert lock.calls(before) == []
     assert daemon.set(CAMERA, True) is False
     assert lock.calls(before) != []
-
-
-def test_reading_is_open_to_everybody(daemon, guest, switches):
-    switches.set_switch("cellular", [1], True)
-    daemon.start()
-    assert guest.ask(read_of(CAMERA)) == (("b", True),)
-    assert guest.ask(read_of("cellular", SWITCH)) == (("b", True),)
-    assert guest.ask(new_method_call(SWITCH, "Keys")) == (["cellular"],)
-    assert guest.ask(new_method_call(SWITCH, "KeyPolicyTypes", "s", ("cellular",))) == ([1],)
-    assert daemon.messages() == [("reply", True), ("reply", True), ("reply", ["cellular"]),
-                                 ("reply", [1])]
 
 
 @pytest.mark.parametrize("then, now, count, is_allowed", CHANGED, ids=name_of)

@@ -57,13 +57,6 @@ def test_all_switches_count_for_readers(daemon, camera_switches, stored, first, 
     assert camera_switches.calls(before) == questions(keys[:asked])
 
 
-def test_reading_does_not_ask_other_switches(daemon, camera_switches):
-    daemon.start()
-    before = len(camera_switches.calls())
-    assert daemon.policy("WlanEnabled") is True
-    assert camera_switches.calls(before) == ["keyPolicyTypes"]
-
-
 def test_reading_takes_a_failing_switch_for_off(daemon, switches):
     switches.set_switch("a", [1], 4)
     daemon.start()
@@ -100,6 +93,8 @@ def test_reading_no_policy_type_asks_switches_of_type_0(daemon, switches):
     for key in (OTHER, "cameraenabled", "NoPolicy"):
         assert daemon.policy(key) is False
     assert daemon.policy("CameraEnabled") is True
+    switches.set_entries("zero", value=True)
+    assert daemon.has_no_value("cameraenabled")
 
 
 @pytest.mark.parametrize("a, b", [(True, True), (False, True), (True, False)])

@@ -6,7 +6,7 @@ import pytest
 
 from testbed import files
 from testbed.bus import write_of
-from testbed.daemon import announcement, changed, event, event_text
+from testbed.daemon import changed, event, event_text
 from testbed.files import CAMERA_MARKER, POLICY_FILE
 from testbed.services.service import ERROR
 from testbed.systemlog import FullSystemLog
@@ -61,23 +61,6 @@ def test_every_change_is_announced_once(daemon):
         event(CAMERA, True, True), ("reply", True), *changed(CAMERA, True, False)]
 
 
-def test_unknown_key_is_stored_saved_and_announced_but_not_enforced(daemon):
-    key = "com.example.Wish"
-    daemon.start()
-    daemon.change(key, True)
-    assert daemon.said() == changed(key, "", True)
-    assert daemon.logged() == []
-    assert daemon.policy(key) is True
-    assert files.stored()[key] == "true"
-
-
-def test_key_of_no_policy_is_not_enforced(daemon):
-    daemon.start()
-    daemon.change("NoPolicy", False)
-    assert daemon.said() == changed("NoPolicy", True, False)
-    assert daemon.logged() == []
-
-
 @pytest.mark.parametrize("key", ["cameraEnabled", "CAMERAENABLED", "1", "C\u0430meraEnabled",
                                  "Pellora::PolicyValue::CameraEnabled"])
 def test_similar_key_is_another_one(daemon, key):
@@ -87,31 +70,6 @@ def test_similar_key_is_another_one(daemon, key):
     assert daemon.policy(CAMERA) is True
     assert CAMERA_MARKER.exists()
     assert (files.stored()[CAMERA], files.stored()[key]) == ("true", "false")
-
-
-def test_locked_policy_is_refused_silently(daemon, lock_plugin):
-    lock = lock_plugin(CAMERA)
-    daemon.start()
-    lock.set_locked(CAMERA)
-    before = files.snapshot(POLICY_FILE)
-    for value in (True, False):
-        assert daemon.set(CAMERA, value) is False
-    assert daemon.said() == 2 * [("reply", False)]
-    assert daemon.records() == []
-    assert daemon.logged() == []
-    assert files.snapshot(POLICY_FILE) == before
-    assert CAMERA_MARKER.exists()
-    lock.set_locked()
-    assert daemon.policy(CAMERA) is True
-
-
-def test_effects_come_in_order_on_the_bus(daemon, device_sentry):
-    device_sentry.appear()
-    daemon.start()
-    daemon.change(USB_DEVICES, False)
-    enforcement = ("call", "Set", "org.brinos.DeviceSentry1.UsbManager", "Enabled", False)
-    assert daemon.said() == [event(USB_DEVICES, True, False), enforcement,
-                             announcement(USB_DEVICES, False), ("reply", True)]
 
 
 def test_file_is_written_before_the_system_log_and_that_before_all_else(daemon, root):
@@ -139,23 +97,3 @@ def test_value_is_stored_before_it_is_enforced(daemon, usb_modes):
     daemon.change("UsbMediaTransferEnabled", False)
     assert [call.arguments for call in usb_modes.calls if call.member == "set_whitelisted_modes"
             ] == [("developer_mode,developer_mode",)]
-
-
-@pytest.mark.parametrize("value", [True, False])
-def test_caller_that_goes_between_the_checks_leaves_the_value_unenforced(daemon, root, value):
-    files.store({CAMERA: not value})
-    daemon.start()
-    with FullSystemLog() as log:
-        root.call(write_of(CAMERA, value))
-        log.wait_for_writer(daemon.pid)
-        root.vanish()
-        log.take()
-        text = files.text_of(value)
-        warning = f'warning|default|Failed to enforce policy: "{CAMERA}" = {text}'
-        daemon.wait_for_log(warning)
-    assert daemon.logged() == [warning]
-    assert CAMERA_MARKER.exists() is not value
-    # Everything else is done.
-    assert daemon.announcements() == [announcement(CAMERA, value)]
-    assert daemon.policy(CAMERA) is value
-    assert files.stored()[CAMERA] == text
