@@ -59,14 +59,6 @@ def test_event_goes_to_the_right_object(daemon, transcript):
         "org.kvtlabs.SystemLogs", "/org/kvtlabs/SystemLogs", "org.kvtlabs.SystemLogs", "sss")
 
 
-def test_first_value_has_no_old_text(daemon):
-    key = "com.example.Wish"
-    daemon.start()
-    daemon.change(key, False)
-    assert daemon.records() == ["Policy com.example.Wish changed. Old value . New value false."]
-    assert daemon.said() == changed(key, "", False)
-
-
 def test_events_give_the_history(daemon):
     daemon.start()
     for signature, value in [("b", False), ("i", 5), ("s", "five"), ("s", ""), ("i", -1),
@@ -86,14 +78,6 @@ def test_text_is_filled_in_one_after_the_other(daemon, system_logs, key, old, ne
     assert daemon.set(key, new, "s") is True
     assert daemon.records() == [text]
     wait_until(lambda: system_logs.events and system_logs.events[-1] == (KIND, LEVEL, text))
-
-
-def test_event_needs_no_service(daemon):
-    daemon.start()
-    daemon.change(CAMERA, False)
-    assert daemon.records() == [event_text(CAMERA, True, False)]
-    assert daemon.said() == changed(CAMERA, True, False)
-    assert daemon.logged() == []
 
 
 def test_service_that_comes_later_gets_later_events(daemon, system_logs):
@@ -143,10 +127,11 @@ def test_writes_do_not_wait_for_the_service(daemon, transcript, system_logs):
 
 @pytest.mark.parametrize("file", [None, files.POLICY_FILE,
                                   files.POLICY_FILE.parent / "policy.d/seed.conf"])
-def test_start_records_no_policies(daemon, transcript, file):
+def test_start_neither_records_nor_announces_policies(daemon, transcript, file):
     if file:
         files.store({CAMERA: False, "BrowserEnabled": True}, file)
     daemon.start_observed()
     assert daemon.records() == []
     assert transcript.calls("sendEventStringAlt") == []
+    assert daemon.announcements() == []
     assert daemon.policy(CAMERA) is (file is None)

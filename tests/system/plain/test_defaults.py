@@ -40,13 +40,6 @@ def test_defaults_are_recorded_in_the_platforms_order(daemon):
     assert list(files.POLICY_FILE.parent.iterdir()) == [files.POLICY_FILE]
 
 
-def test_defaults_are_neither_recorded_as_events_nor_announced(daemon):
-    daemon.start_observed()
-    assert daemon.records() == []
-    assert [words for words in daemon.said() if "sendEventStringAlt" in words] == []
-    assert daemon.announcements() == []
-
-
 def test_stored_policies_keep_their_values(daemon):
     stored = {"MessagesEnabled": False, "CameraEnabled": False, USER_REPORT: True,
               "NoPolicy": False}
@@ -70,19 +63,6 @@ def test_second_start_finds_the_defaults_as_stored(daemon, device_information):
     daemon.start_observed()
     assert daemon.policy(USER_REPORT) is False
     assert files.POLICY_FILE.read_bytes() == content
-
-
-def test_locked_policy_gets_no_default(daemon, lock_plugin):
-    """When the lock is gone, the policy has no value."""
-    locked = ("CameraEnabled", USER_REPORT)
-    lock = lock_plugin(*locked)
-    lock.set_locked(*locked)
-    daemon.start_observed()
-    assert [daemon.policy(key) for key in locked] == [False, False]
-    assert files.stored().keys() == set(KEYS) - set(locked)
-    assert not files.CAMERA_MARKER.exists()
-    lock.set_locked()
-    assert daemon.has_no_value(*locked)
 
 
 @pytest.mark.parametrize("is_certified, fault, allowed", [

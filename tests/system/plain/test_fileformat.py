@@ -6,7 +6,6 @@ import pytest
 
 from testbed import files
 from testbed.files import POLICY_FILE
-from testbed.policies import KEYS
 
 CAMERA, MICROPHONE = "CameraEnabled", "MicrophoneEnabled"
 SEED = POLICY_FILE.parent / "policy.d/seed.conf"
@@ -30,12 +29,6 @@ NO_KEY_FILE = [b"", b"CameraEnabled: false\n", b"CameraEnabled=false\n",
                b"[policy\nCameraEnabled=false\n", b"\x7fELF\0\0[policy]\nCameraEnabled=false\n"]
 
 
-def defaults_beside(*already):
-    """The lines that the defaults add to a file that has these lines already."""
-    return "".join(f"{key}={files.text_of(key != 'UserReportExportEnabled')}\n"
-                   for key in KEYS if key not in already)
-
-
 @pytest.mark.parametrize("value, is_allowed", [(value, False) for value in FALSE]
                          + [(value, True) for value in NOT_FALSE])
 def test_values_are_booleans(daemon, value, is_allowed):
@@ -56,14 +49,6 @@ def test_lines_that_do_not_name_the_policy(daemon, content):
     assert daemon.policy(CAMERA) is True
     assert files.stored()[CAMERA] == "true"
     assert daemon.complaints() == []
-
-
-def test_bad_value_leaves_others_alone(daemon):
-    files.store({CAMERA: "yes", "UserReportExportEnabled": "yes", "MessagesEnabled": False})
-    daemon.start()
-    assert daemon.policy(CAMERA) is True
-    assert daemon.policy("UserReportExportEnabled") is False
-    assert daemon.policy("MessagesEnabled") is False
 
 
 def test_broken_seed_is_used_up_to_the_error(daemon):
@@ -91,26 +76,3 @@ def test_broken_seed_leaves_other_seeds_alone(daemon):
     files.store({MICROPHONE: False}, SEED.with_name("z"))
     daemon.start()
     assert daemon.policy(CAMERA) is daemon.policy(MICROPHONE) is False
-
-
-def test_rewriting_keeps_keys_and_groups(daemon):
-    files.write(POLICY_FILE, "[first]\nanswer=42\n\n[policy]\nSomethingElse=maybe\n"
-                             "CameraEnabled=0\n\n[last]\nCameraEnabled=true\n")
-    daemon.start()
-    assert POLICY_FILE.read_text() == (
-        "[first]\nanswer=42\n\n[policy]\nSomethingElse=maybe\nCameraEnabled=false\n"
-        + defaults_beside(CAMERA) + "\n[last]\nCameraEnabled=true\n")
-
-
-def test_rewriting_drops_comments_and_blank_lines(daemon):
-    files.write(POLICY_FILE, "# of the device's owner\n\n[policy]\n# no pictures\n\n"
-                             "CameraEnabled=false\n\n# the end\n")
-    daemon.start()
-    assert POLICY_FILE.read_text() == "[policy]\nCameraEnabled=false\n" + defaults_beside(CAMERA)
-
-
-def test_unknown_key_is_not_read(daemon):
-    files.store({"TelepathyEnabled": True, "cameraenabled": False})
-    daemon.start()
-    assert daemon.has_no_value("TelepathyEnabled", "cameraenabled")
-    assert len(files.stored()) == len(KEYS) + 2

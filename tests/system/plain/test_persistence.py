@@ -135,13 +135,6 @@ def test_file_is_replaced_as_a_whole(daemon):
                                                        b"\nCameraEnabled=false\n")
 
 
-def test_nothing_else_is_left_in_the_folder(daemon):
-    daemon.start()
-    for value in (False, False, True):
-        daemon.change(CAMERA, value)
-    assert os.listdir(FOLDER) == ["policy.conf"]
-
-
 def test_link_is_replaced_by_a_file(daemon):
     target = FOLDER / "elsewhere"
     daemon.start()
@@ -152,16 +145,6 @@ def test_link_is_replaced_by_a_file(daemon):
     assert not POLICY_FILE.is_symlink()
     assert POLICY_FILE.read_text() == "[policy]\nA=true\nCameraEnabled=false\n"
     assert target.read_text() == "[policy]\nA=true\n"
-
-
-def test_first_start_writes_every_policy(daemon):
-    daemon.start()
-    values = files.stored()
-    assert len(values) == 46
-    assert values.pop("UserReportExportEnabled") == "false"
-    assert set(values.values()) == {"true"}
-    content = POLICY_FILE.read_text()
-    assert (content.count("["), content.count("\n")) == (1, 47)  # one group
 
 
 def test_policy_write_does_not_touch_the_switch_file(daemon):
@@ -184,18 +167,6 @@ def test_change_outlives_the_daemon(daemon, end):
     assert daemon.policy(CAMERA) is False
     assert daemon.policy("BrowserEnabled") is True
     assert POLICY_FILE.read_bytes() == content
-
-
-def test_folder_is_not_read_once_the_file_is_there(daemon):
-    files.store({CAMERA: False}, SEED)
-    daemon.start()
-    assert daemon.policy(CAMERA) is False
-    assert POLICY_FILE.read_text().startswith("[policy]\nCameraEnabled=false\n")
-    daemon.change(CAMERA, True)
-    assert daemon.stop() == 0
-    daemon.start()
-    assert daemon.policy(CAMERA) is True
-    assert SEED.read_text() == "[policy]\nCameraEnabled=false\n"
 
 
 def test_read_only_folder(daemon):

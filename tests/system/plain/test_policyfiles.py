@@ -83,15 +83,6 @@ def test_files_are_applied_in_turn(daemon, application_sandbox):
         ("AddToGlobalDenylist", camera)]
 
 
-def test_files_of_a_folder_add_up(daemon):
-    files.store({CAMERA: False}, FOLDER / "one")
-    files.store({MICROPHONE: False}, FOLDER / "two")
-    daemon.start()
-    assert daemon.policy(CAMERA) is daemon.policy(MICROPHONE) is False
-    assert POLICY_FILE.read_text().startswith(
-        "[policy]\nCameraEnabled=false\nMicrophoneEnabled=false\n")
-
-
 @pytest.mark.parametrize("name, is_read", [
     ("seed.txt", True), ("seed", True), ("seed.conf~", True), ("a 'seed' \"file\"", True),
     (".seed.conf", False), ("below/seed.conf", False)])
@@ -109,12 +100,6 @@ def test_places_without_entries(daemon, make):
     assert daemon.policy(CAMERA) is True
     assert len(files.stored()) == len(KEYS)
     assert daemon.complaints() == []
-
-
-def test_values_from_files_are_not_announced(daemon):
-    files.store({CAMERA: False})
-    daemon.start_observed()
-    assert daemon.announcements() == []
 
 
 def test_locked_policy_is_not_taken_from_a_file(daemon, lock_plugin):

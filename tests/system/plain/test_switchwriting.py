@@ -88,14 +88,6 @@ def test_unreadable_old_value_is_recorded_as_false(daemon, switches):
     assert daemon.records() == [event_text("cellular", False, True)]
 
 
-def test_unreadable_and_refused(daemon, switches):
-    switches.set_switch("cellular", [], 5)
-    switches.set_entries("cellular", result=6)
-    daemon.start()
-    assert daemon.set_switch("cellular", True) is False
-    assert daemon.logged() == unreadable('"cellular"', 5) + refused('"cellular"', 6)
-
-
 def test_announcement_inside_goes_before_the_file(daemon, switches, root, system_log):
     """Holds the daemon at the announcement: the plugin has the value, the file does not."""
     switches.set_switch("cellular", [1], True)
@@ -161,18 +153,6 @@ def test_other_kinds_of_values(daemon, switches, signature, value, text, saved):
     assert files.stored(files.SWITCH_FILE)["cellular"] == saved
     assert daemon.records() == [event_text("cellular", True, text)]
     assert daemon.running
-
-
-def test_file_keeps_other_content(daemon, switches):
-    switches.set_switch("cellular", [], True)
-    switches.set_switch("new", [], True)
-    daemon.start()
-    files.write(files.SWITCH_FILE, "# a comment\n[other]\ncellular=7\n\n[policy]\nunknown=yes\n"
-                                   "cellular=1\nlast=true\n")
-    assert daemon.set_switch("cellular", True) is True
-    assert daemon.set_switch("new", False) is True
-    assert files.SWITCH_FILE.read_text() == (
-        "[other]\ncellular=7\n\n[policy]\nunknown=yes\ncellular=true\nlast=true\nnew=false\n")
 
 
 @pytest.mark.parametrize("value", [True, False])
