@@ -52,19 +52,6 @@ def test_policy_without_handlers_waits_for_no_service(daemon, services, key):
     assert daemon.logged() == []
 
 
-@pytest.mark.parametrize("seed", range(4))
-def test_direct_route_comes_first(daemon, services, seed):
-    """In every order that the daemon's hash tables can have."""
-    daemon.environment["QT_HASH_SEED"] = str(seed)
-    daemon.start()
-    for key in ("BrowserEnabled", "DeveloperModeEnabled"):
-        daemon.forget()
-        daemon.change(key, False)
-        direct, waiting = calls_of(key, False, DIRECT), calls_of(key, False, WATCHED)
-        assert daemon.calls()[:len(direct)] == direct
-        assert sorted(daemon.calls()[len(direct):]) == sorted(waiting)
-
-
 def test_state_of_a_service_is_that_of_all_its_policies(daemon, application_sandbox):
     application_sandbox.appear()
     daemon.start()

@@ -58,13 +58,6 @@ def test_without_a_folder_everything_is_free(daemon):
     daemon.change(CAMERA, False)
 
 
-def test_folder_without_plugins_is_silent(daemon):
-    files.write(LOCK_PLUGINS / "readme", "No plugin\n")
-    daemon.start_observed()
-    assert plugin_lines(daemon) == []
-    assert daemon.policy(CAMERA) is True
-
-
 @pytest.mark.parametrize("file, loaded", [
     ("lock.so", True), ("lock.1.so", True), ("my löck.so", True), ("lock.so.1", False),
     ("lock.so~", False), ("lock", False), ("lockso", False), (".lock.so", False)])

@@ -56,16 +56,6 @@ def test_lock_is_asked_anew_each_time(daemon, lock_plugin):
     assert plugin.calls(before) == 3 * [QUESTION]
 
 
-def test_lock_needs_no_announcement(daemon, lock_plugin):
-    plugin = lock_plugin(CAMERA)
-    daemon.start()
-    for locked in (True, False, True):
-        plugin.set_locked(*[CAMERA] * locked)
-        assert daemon.policy(CAMERA) is not locked
-        assert daemon.set(CAMERA, True) is not locked
-    assert daemon.announcements() == []
-
-
 def test_second_source_is_asked_only_when_the_first_is_free(daemon, lock_plugin):
     """The order of the two differs between runs, so both orders are tried."""
     plugins = [lock_plugin(CAMERA, file=f"{name}.so", name=name) for name in ("one", "two")]

@@ -51,23 +51,6 @@ def test_replay_keeps_the_order_of_policies_and_happens_once(daemon, application
     assert daemon.logged() == []
 
 
-def test_each_service_has_a_queue_of_its_own(daemon, audio_policy, application_sandbox):
-    daemon.start()
-    daemon.change(MICROPHONE, False)
-    daemon.forget()
-    audio_policy.appear()
-    assert states(daemon) == [*START, "disabled"]
-    daemon.change(MICROPHONE, True)
-    assert states(daemon) == [*START, "disabled", "enabled"]
-    assert len(daemon.calls()) == 4
-    daemon.forget()
-    application_sandbox.appear()
-    assert [call[3] for call in daemon.calls()][-2:] == ["AddToGlobalDenylist",
-                                                         "RemoveFromGlobalDenylist"]
-    assert [call[-1] for call in daemon.calls()][-2:] == [[], []]
-    assert len(daemon.calls()) == 2 * 6 + 2
-
-
 def test_new_task_waits_for_the_replay_to_end(daemon, audio_policy, transcript):
     audio_policy.fail(late(0.1))
     daemon.start()
@@ -96,18 +79,6 @@ def test_other_names_change_nothing(daemon, root, name):
     assert daemon.logged() == []
 
 
-def test_service_that_comes_back_gets_nothing_again(daemon, audio_policy):
-    daemon.start_observed()
-    audio_policy.appear()
-    assert states(daemon) == START
-    daemon.forget()
-    for _ in range(2):
-        audio_policy.leave()
-        audio_policy.appear()
-    assert states(daemon) == []
-    assert daemon.logged() == []
-
-
 def test_service_that_has_left_still_gets_its_tasks(daemon, audio_policy):
     audio_policy.appear()
     daemon.start()
@@ -120,17 +91,6 @@ def test_service_that_has_left_still_gets_its_tasks(daemon, audio_policy):
     daemon.forget()
     audio_policy.appear()
     assert states(daemon) == []
-
-
-def test_service_that_comes_back_gets_new_tasks(daemon, audio_policy):
-    audio_policy.appear()
-    daemon.start()
-    audio_policy.leave()
-    audio_policy.appear()
-    daemon.forget()
-    daemon.change(MICROPHONE, False)
-    assert states(daemon) == ["disabled"]
-    assert daemon.logged() == []
 
 
 def test_tasks_of_a_service_that_leaves_at_once_are_lost(daemon, audio_policy):

@@ -6,7 +6,7 @@ import pytest
 
 from testbed import files
 from testbed.bus import SERVICE
-from testbed.handlers import HANDLERS, TETHERING, USB_DEVICES, one_pass
+from testbed.handlers import HANDLERS, USB_DEVICES, one_pass
 from testbed.services.small import (ApplicationSandbox, DeveloperMode, DeviceSentry,
                                     NetworkTechnology, RuntimeManager)
 
@@ -61,14 +61,6 @@ def test_stored_values_go_before_defaults_in_the_first_pass(daemon, application_
                                                      messages, *second]
 
 
-def test_service_that_appears_later_gets_both_passes(daemon, network):
-    files.store({TETHERING.key: False})
-    daemon.start_observed()
-    assert daemon.calls(network.NAME) == []
-    network.appear()
-    assert daemon.calls(network.NAME) == 2 * TETHERING.calls(False)
-
-
 def test_policy_that_is_off_by_a_switch_is_enforced_as_off(daemon, device_sentry, switches):
     files.store({USB_DEVICES.key: True})
     switches.set_switch("port", [45], False)
@@ -76,14 +68,6 @@ def test_policy_that_is_off_by_a_switch_is_enforced_as_off(daemon, device_sentry
     daemon.start_observed()
     assert daemon.calls() == 2 * USB_DEVICES.calls(False)
     assert files.stored()[USB_DEVICES.key] == "true"
-
-
-def test_locked_policy_is_enforced_once_as_off(daemon, device_sentry, lock_plugin):
-    files.store({USB_DEVICES.key: True})
-    lock_plugin(USB_DEVICES.key).set_locked(USB_DEVICES.key)
-    device_sentry.appear()
-    daemon.start_observed()
-    assert daemon.calls() == USB_DEVICES.calls(False)
 
 
 def test_services_are_looked_for_before_any_policy(daemon, system_logs, application_sandbox,
@@ -101,11 +85,3 @@ def test_services_are_looked_for_before_any_policy(daemon, system_logs, applicat
                    if member == "RemoveFromGlobalDenylist"]
     log = calls.index(("GetNameOwner", "org.kvtlabs.SystemLogs"))
     assert log < watch[0] < calls.index(("ListNames",)) < enforcement[0]
-
-
-def test_start_neither_asks_for_nor_refuses_callers(daemon, transcript):
-    daemon.start_observed()
-    own = transcript.owner(SERVICE)
-    assert transcript.calls("GetConnectionUnixProcessID", own) == []
-    assert transcript.calls("GetConnectionUnixUser", own) == []
-    assert daemon.complaints() == []
