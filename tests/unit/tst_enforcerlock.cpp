@@ -52,15 +52,15 @@ public:
     /// Whether the thread waits for a mutex that is a part of @p object.
     template <typename T> bool waitsForLockOf(const T &object) const
     {
-        // The number of the system call and its arguments: the first one of futex is the address.
+        // A system call and its arguments: the first one of futex is the address. Its number is not
+        // looked at, because an emulator calls the kernel by another one.
         QFile file(QStringLiteral("/proc/self/task/%1/syscall").arg(m_id.load()));
         if (!file.open(QIODevice::ReadOnly))
             return false;
         const QList<QByteArray> words = file.readAll().split(' ');
         const auto address = words.value(1).toULongLong(nullptr, 16);
         const auto begin = reinterpret_cast<quintptr>(&object);
-        return words.at(0) == QByteArray::number(SYS_futex) && address >= begin
-            && address < begin + sizeof object;
+        return address >= begin && address < begin + sizeof object;
     }
 
 private:
