@@ -159,11 +159,12 @@ QStringList sharedModeNotes(const Snapshot &snapshot, int type, bool value)
     QStringList notes;
     const auto others = sharingUsbMode(type);
     for (const int other : others) {
-        const PolicyState &policy = stateOf(snapshot, KnownPolicies::key(other));
+        const QString key = KnownPolicies::key(other);
+        const PolicyState &policy = stateOf(snapshot, key);
         if (policy.value.value_or(false) != value)
             notes.append(QStringLiteral("the USB mode is shared with %1, which reads %2: the mode "
                                         "follows the one that was enforced last, so it is %3")
-                             .arg(policy.key, onOff(policy.value),
+                             .arg(key, onOff(policy.value),
                                   value ? QStringLiteral("allowed") : QStringLiteral("forbidden")));
     }
     return notes;
