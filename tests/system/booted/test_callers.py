@@ -78,19 +78,9 @@ def test_session_from_before_the_membership_may_not(lasting_daemon, client, earl
     expect_refusal(client(earlier_session), by_bus=True)
 
 
-@pytest.mark.parametrize("process", WRITERS, ids="-".join)
-def test_daemon_alone_lets_writers(open_bus, lasting_daemon, client, process):
-    expect_change(client(User(*process)))
-
-
 def test_daemon_alone_goes_by_the_present_membership(open_bus, lasting_daemon, client,
                                                      earlier_session):
     expect_change(client(earlier_session))
-
-
-@pytest.mark.parametrize("process", [("deputy",), *STRANGERS], ids="-".join)
-def test_daemon_alone_refuses(open_bus, lasting_daemon, client, process):
-    expect_refusal(client(User(*process)), by_bus=False)
 
 
 def test_missing_group_affects_only_its_members(without_group, lasting_daemon, client):

@@ -128,13 +128,6 @@ def test_what_is_no_write_over_the_bus(with_plugins, root, agent, journal):
     assert [found["GOVD_KEY"] for found in records(journal, 1)] == [CAMERA]
 
 
-def test_audit_line_stays(daemon, agent, journal):
-    assert agent.ask(write_of(CAMERA, False)) == (True,)
-    records(journal, 1)
-    text = f"Policy {CAMERA} changed. Old value true. New value false."
-    wait_until(lambda: [line.priority for line in journal.lines() if line.text == text] == [6], 10)
-
-
 def test_long_texts_are_cut(daemon, agent, journal):
     assert agent.ask(write_of("k" * LONG, "v" * LONG, "s")) == (True,)
     found, = records(journal, 1)
@@ -168,17 +161,11 @@ def test_journal_that_hangs(open_bus, daemon, agent, guest, journal):
 
 
 def test_message_is_explained(daemon, agent, journal):
+    """Without text of the caller, which would go to the terminal as it is."""
     unit.run("journalctl", "--update-catalog")
     assert agent.ask(write_of(CAMERA, False)) == (True,)
-    records(journal, 1)
+    agent.ask(write_of("Key\x1b[2J", "Value\nSubject: forged", "s"))
+    records(journal, 2)
     explained = unit.run("journalctl", "--no-pager", "-x", f"MESSAGE_ID={unit.WRITE}")
     assert "Subject: Write of a policy over the bus: accepted" in explained
-
-
-def test_explanation_has_no_text_of_the_caller(daemon, agent, journal):
-    """It would go to the terminal as it is."""
-    unit.run("journalctl", "--update-catalog")
-    agent.ask(write_of("Key\x1b[2J", "Value\nSubject: forged", "s"))
-    records(journal, 1)
-    explained = unit.run("journalctl", "--no-pager", "-x", f"MESSAGE_ID={unit.WRITE}")
     assert "\x1b" not in explained and "Subject: forged" not in explained

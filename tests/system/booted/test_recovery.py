@@ -9,7 +9,7 @@ import time
 
 import pytest
 
-from testbed import unit
+from testbed import files, unit
 from testbed.bus import Client, read_of, with_field, write_of
 from testbed.processes import processes_of
 from testbed.waiting import wait_until
@@ -59,6 +59,16 @@ def test_ended_in_good_order(daemon):
     unit.comes_back(daemon)
     unit.run("systemctl", "stop", unit.UNIT)
     assert (unit.shown("Result"), unit.shown("ExecMainStatus")) == ("success", "0")
+
+
+def test_terminated_during_a_call(daemon, root, runtime_manager):
+    """It saves first."""
+    root.send(write_of("MessagesEnabled", False))
+    runtime_manager.next_call()
+    os.kill(daemon, signal.SIGTERM)
+    runtime_manager.close()
+    unit.comes_back(daemon)
+    assert files.stored()["MessagesEnabled"] == "false"
 
 
 def test_loss_of_the_bus(daemon, journal):

@@ -114,15 +114,6 @@ def test_policy_turned_off_unmounts(storage, root, listener):
         wait_until_gone(root, disk)
 
 
-def test_disk_inserted_while_forbidden_is_unmounted(storage, root, listener):
-    assert root.ask(MEMORY_CARDS_OFF) == (True,)
-    with LoopDevice(disk_image()) as disk:
-        wait_until_told(listener, disk)
-        wait_until(lambda: udisks.known_places(root, disk) == [])
-        mount(disk)
-        wait_until_gone(root, disk)
-
-
 def test_upper_disk_is_unmounted(storage, root, listener):
     """Under the unit, the daemon can read in /sys on which device another one rests."""
     with LoopDevice(disk_image()) as lower, upper_device(lower) as upper:

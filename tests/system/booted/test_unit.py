@@ -91,11 +91,5 @@ def test_read_only_configuration(read_only_configuration, root, journal):
     assert starts_and_refuses(root, journal, "Error saving key file")
 
 
-def test_malformed_policy_file(stopped, root, journal):
-    POLICY_FILE.write_text("no key file")
-    assert starts_and_refuses(root, journal, "Error loading key file")
-    assert POLICY_FILE.read_text() == "no key file"
-
-
 def test_stopped_system_log(without_log, root):
     assert root.ask(write_of("CameraEnabled", False)) == (True,)

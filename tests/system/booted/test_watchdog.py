@@ -10,17 +10,17 @@ import socket
 import time
 
 import pytest
-from jeepney import DBusAddress, new_method_call, new_method_return
+from jeepney import new_method_return
 
 from testbed import unit
-from testbed.bus import POLICY, SERVICE, Client, write_of
+from testbed.bus import Client, introspection, write_of
+from testbed.files import CAMERA_MARKER
 from testbed.processes import Frozen, held, processes_of, thread_of
 from testbed.waiting import holds_for, wait_until
 
 TIME_ALLOWED = 3  # seconds of the watchdog
 SYSTEM_LOG = pathlib.Path("/run/systemd/journal/dev-log")
 LOG_QUEUE = 100  # more messages than the kernel queues for a log that does not read
-CAMERA_MARKER = pathlib.Path("/var/lib/govd/camera_enabled")
 
 
 @pytest.fixture
@@ -96,13 +96,11 @@ def test_slow_service(watched):
 
 
 def test_never_idle(watched):
-    introspection = DBusAddress(POLICY.object_path, SERVICE, "org.freedesktop.DBus.Introspectable")
-    call = new_method_call(introspection, "Introspect")
     end = time.monotonic() + 3 * TIME_ALLOWED
     with Client("guest") as stranger:
-        stranger.flood(call, 60)
+        stranger.flood(introspection(), 60)
         while time.monotonic() < end:
-            stranger.flood(call, 60)
+            stranger.flood(introspection(), 60)
             for _ in range(60):
                 stranger.receive(timeout=TIME_ALLOWED)
     assert (unit.main_pid(), unit.restarts()) == (watched, 0)
