@@ -8,7 +8,7 @@ import statistics
 
 import servers
 from processes import DEVICE, Process, load, wait_for_name
-from servers import ALL, BARE, DAEMON, MANDATED, QT, SERVICES, WRITERS
+from servers import ALL, BARE, DAEMON, QT, SERVICES
 from table import Table
 
 
@@ -25,7 +25,7 @@ class Row:
 
 READS = (Row("bus", "id", (DAEMON,)), Row("read", "read"))
 WRITES = (Row("write that changes", "write"), Row("write of the same value", "unchanged"))
-REFUSED = Row("write, refused", "refused", WRITERS, user="guest")
+REFUSED = Row("write, refused", "refused", (QT, DAEMON), user="guest")
 SERVED = Row("write that calls a service", "write", (DAEMON,), "VoiceCallsEnabled")
 
 
@@ -66,12 +66,11 @@ def collect(programs, rows, scale):
 def _add(table, samples):
     for sample in samples:
         table.add(sample.row.name, *(sample.median(kind) for kind in ALL), sample.ratio(BARE),
-                  sample.ratio(MANDATED), sample.ratio(QT), sample.median(DAEMON, "p99"))
+                  sample.ratio(QT), sample.median(DAEMON, "p99"))
 
 
 def _table(place):
-    return Table(f"Latency in microseconds, configuration {place}", *ALL, "/ bare", "/ mandated",
-                 "/ qt", "p99")
+    return Table(f"Latency in microseconds, configuration {place}", *ALL, "/ bare", "/ qt", "p99")
 
 
 @contextlib.contextmanager

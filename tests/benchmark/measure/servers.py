@@ -11,19 +11,16 @@ from processes import Process, run, wait_for_name
 
 DAEMON = "govd"
 BARE = "bare"
-MANDATED = "mandated"
 QT = "qt"
-ALL = (BARE, MANDATED, QT, DAEMON)
-WRITERS = (MANDATED, QT, DAEMON)  # those that take every step of a write
+ALL = (BARE, QT, DAEMON)
 
 SERVICES = {DAEMON: "org.kvt.PolicyManager",
             BARE: "org.kvt.Benchmark.Bare",
-            MANDATED: "org.kvt.Benchmark.Mandated",
             QT: "org.kvt.Benchmark.Qt"}
 
 CONFIGURATION = pathlib.Path("/etc/policy")
 POLICY_FILE = CONFIGURATION / "policy.conf"
-REFERENCE_FILES = {kind: CONFIGURATION / f"reference-{kind}.conf" for kind in (MANDATED, QT)}
+REFERENCE_FILE = CONFIGURATION / "reference.conf"
 
 
 def platform_keys(programs):
@@ -39,7 +36,7 @@ def command(programs, kind, keys=()):
     if kind == DAEMON:
         return ["/usr/sbin/govd"]
     reference = [programs / f"govd-reference-{kind}", SERVICES[kind]]
-    return reference if kind == BARE else [*reference, REFERENCE_FILES[kind], *keys]
+    return reference if kind == BARE else [*reference, REFERENCE_FILE, *keys]
 
 
 def reset():

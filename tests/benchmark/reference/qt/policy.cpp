@@ -3,7 +3,6 @@
 #include "benchmark/reference/qt/policy.h"
 
 #include "benchmark/reference/keyfile.h"
-#include "benchmark/reference/markers.h"
 #include "serviceproxy.h"
 
 #include <QDBusArgument>
@@ -13,16 +12,42 @@
 #include <QFile>
 #include <QLibraryInfo>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <syslog.h>
+#include <unistd.h>
 
 namespace {
 
+const std::string Markers = "/var/lib/govd-reference-qt";
+
+void mark(const std::string &path, bool present)
+{
+    const bool exists = access(path.c_str(), F_OK) == 0;
+    if (present && !exists)
+        close(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    else if (!present && exists)
+        unlink(path.c_str());
+}
+
+void markFeature(const char *name, bool enabled)
+{
+    if (enabled)
+        mkdir(Markers.c_str(), 0755);
+    mark(Markers + "/" + name, enabled);
+}
+
+/// Enforces the policies of the direct route as the daemon does.
 void enforce(const QString &key, bool value)
 {
-    if (key != QLatin1String("UsbDevicesEnabled")) {
-        markPolicy("/var/lib/govd-reference-qt", key.toStdString(), value);
+    if (key == QLatin1String("CameraEnabled"))
+        markFeature("camera_enabled", value);
+    else if (key == QLatin1String("UserReportExportEnabled"))
+        markFeature("user_report_enabled", value);
+    else if (key == QLatin1String("DeveloperShellEnabled"))
+        mark(Markers + "/.disable", !value);
+    if (key != QLatin1String("UsbDevicesEnabled"))
         return;
-    }
     ServiceProxy usbManager(Names::UsbManagerProperties);
     usbManager.call(QStringLiteral("Set"), Names::UsbManager, QStringLiteral("Enabled"),
                     QVariant::fromValue(QDBusVariant(value)));
