@@ -1,11 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/load/latencies.h"
 #include "benchmark/load/operation.h"
 #include "benchmark/load/subscribe.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <getopt.h>
 #include <iostream>
+#include <vector>
 
 namespace {
 
@@ -76,21 +79,33 @@ Arguments parse(int argc, char **argv)
     return result;
 }
 
-Latencies measure(sd_bus *bus, const Operation &operation, unsigned count)
+/// Makes so many calls, one at a time; the latency of each in microseconds, sorted.
+std::vector<double> measure(sd_bus *bus, const Operation &operation, unsigned count)
 {
+    using Clock = std::chrono::steady_clock;
     constexpr uint64_t Forever = UINT64_MAX;
-    Latencies latencies(count);
+    std::vector<double> latencies(count);
     for (unsigned index = 0; index < count; ++index) {
         const Clock::time_point sent = Clock::now();
         const Bus::Message message = operation.call(bus, index);
         Bus::Error error;
         sd_bus_message *reply = nullptr;
         sd_bus_call(bus, message.get(), Forever, error.slot(), &reply);
-        latencies.add(Clock::now() - sent);
+        latencies[index] = std::chrono::duration<double, std::micro>(Clock::now() - sent).count();
         const Bus::Message owner(reply);
         operation.verify(reply, error.slot());
     }
+    std::sort(latencies.begin(), latencies.end());
     return latencies;
+}
+
+/// The smallest value that is not below the share @p part of all; 0 when there is none.
+double percentile(const std::vector<double> &sorted, double part)
+{
+    if (sorted.empty())
+        return 0;
+    const auto rank = std::ceil(part * static_cast<double>(sorted.size()));
+    return sorted[static_cast<std::size_t>(rank) - 1];
 }
 
 void run(const Arguments &arguments)
@@ -100,7 +115,9 @@ void run(const Arguments &arguments)
     const Operation operation(arguments.operation, arguments.service, arguments.key);
     const Bus::Connection bus = Bus::connect();
     measure(bus.get(), operation, arguments.warmUp);
-    std::cout << measure(bus.get(), operation, arguments.calls).json() << std::endl;
+    const std::vector<double> latencies = measure(bus.get(), operation, arguments.calls);
+    std::cout << "{\"median\": " << percentile(latencies, 0.5)
+              << ", \"p99\": " << percentile(latencies, 0.99) << "}" << std::endl;
 }
 
 } // namespace
