@@ -107,24 +107,18 @@ void TestGovctlText::patterns_data()
     QTest::addColumn<QString>("pattern");
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("matches");
-    QTest::newRow("name") << "ab"
-                          << "ab" << true;
-    QTest::newRow("part of it") << "a"
-                                << "ab" << false;
-    QTest::newRow("any letters") << "a*"
-                                 << "abc" << true;
-    QTest::newRow("any letters, a slash") << "a*"
-                                          << "a/b" << true;
-    QTest::newRow("any letter, a slash") << "a?b"
-                                         << "a/b" << true;
-    QTest::newRow("slash") << "a/*"
-                           << "a/b" << true;
-    QTest::newRow("other than a slash") << "a/*"
-                                        << "a.b" << false;
-    QTest::newRow("set") << "x[12]"
-                         << "x1" << true;
-    QTest::newRow("set, as a name") << "x[12]"
-                                    << "x[12]" << true;
+    const auto row = [](const char *what, const char *pattern, const char *name, bool matches) {
+        QTest::newRow(what) << pattern << name << matches;
+    };
+    row("name", "ab", "ab", true);
+    row("part of it", "a", "ab", false);
+    row("any letters", "a*", "abc", true);
+    row("any letters, a slash", "a*", "a/b", true);
+    row("any letter, a slash", "a?b", "a/b", true);
+    row("slash", "a/*", "a/b", true);
+    row("other than a slash", "a/*", "a.b", false);
+    row("set", "x[12]", "x1", true);
+    row("set, as a name", "x[12]", "x[12]", true);
 }
 
 void TestGovctlText::patterns()

@@ -89,9 +89,7 @@ void TestRemovableStorage::taskUnmountsWhatItForbids_data()
     QTest::addColumn<QStringList>("unmounted");
     const QStringList none;
     QTest::newRow("no policy, off") << 0 << false << none;
-    QTest::newRow("no policy, on") << 0 << true << none;
     QTest::newRow("other policy, off") << 5 << false << none;
-    QTest::newRow("other policy, on") << 5 << true << none;
     QTest::newRow("memory card, off") << 32 << false << QStringList{OnUnknownBus, OnCardBus};
     QTest::newRow("memory card, on") << 32 << true << none;
     QTest::newRow("USB storage, off") << 33 << false << QStringList{OnUsb};
