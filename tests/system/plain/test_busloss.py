@@ -22,13 +22,6 @@ def bus():
     start_bus()
 
 
-@pytest.fixture
-def process():
-    """The daemon, not yet launched."""
-    with Process() as one:
-        yield one
-
-
 def test_without_bus_everything_else_is_done(process):
     files.store({"DeveloperShellEnabled": False})
     stop_bus()

@@ -24,17 +24,35 @@ IN_FORCE_AGAIN = f"info|default|filelock: {FILE} is good: it is in force"
 KIOSK_FOLDER = pathlib.Path("/run/kiosk")
 MARKER = KIOSK_FOLDER / "active"
 
-DAMAGES = {  # kind of damage, and its text in the log
-    "malformed": "is malformed",
-    "zero bytes": "is malformed",
-    "empty": "is empty",
-    "of another owner": "cannot be read (Permission denied)",
-    "pipe": "is no regular file",
-    "endless device": "is no regular file",
-    "link to nothing": "is a link to what the daemon does not see",
-    "link to itself": "cannot be read (Too many levels of symbolic links)",
-    "endless": "is larger than a mebibyte",
+
+def owned_by_another(path):
+    """A file that the daemon may not read."""
+    path.write_text("[lock]\npolicies=\n")
+    path.chmod(0o600)
+    os.chown(path, 7006, 7006)
+
+
+def endless(path):
+    """A file that is too long to be read."""
+    path.write_text(CAMERA_LOCKED)
+    os.truncate(path, 1 << 40)
+
+
+DAMAGES = {  # kind of damage, its text in the log, and what makes it
+    "malformed": ("is malformed", lambda path: path.write_text("[lock]\npolicies=NoSuchPolicy\n")),
+    "zero bytes": ("is malformed", lambda path: path.write_bytes(b"[lock]\npolicies=" + bytes(20))),
+    "empty": ("is empty", pathlib.Path.touch),
+    "of another owner": ("cannot be read (Permission denied)", owned_by_another),
+    "pipe": ("is no regular file", os.mkfifo),
+    "endless device": ("is no regular file", lambda path: os.mknod(
+        path, stat.S_IFCHR | 0o666, os.makedev(1, 5))),
+    "link to nothing": ("is a link to what the daemon does not see",
+                        lambda path: path.symlink_to("/srv/not/there")),
+    "link to itself": ("cannot be read (Too many levels of symbolic links)",
+                       lambda path: path.symlink_to(FILE)),
+    "endless": ("is larger than a mebibyte", endless),
 }
+each_damage = pytest.mark.parametrize("kind", DAMAGES)
 
 
 @pytest.fixture
@@ -47,30 +65,12 @@ def kiosk():
 
 
 def damage(kind):
-    """Replaces the file in one step by an object of another kind."""
+    """Replaces the file in one step by an object of another kind; its text in the log."""
+    fault, make = DAMAGES[kind]
     draft = FILE.with_suffix(".draft")
-    if kind == "malformed":
-        draft.write_text("[lock]\npolicies=NoSuchPolicy\n")
-    elif kind == "zero bytes":
-        draft.write_bytes(b"[lock]\npolicies=" + bytes(20))
-    elif kind == "empty":
-        draft.touch()
-    elif kind == "of another owner":
-        draft.write_text("[lock]\npolicies=\n")
-        draft.chmod(0o600)
-        os.chown(draft, 7006, 7006)
-    elif kind == "pipe":
-        os.mkfifo(draft)
-    elif kind == "endless device":
-        os.mknod(draft, stat.S_IFCHR | 0o666, os.makedev(1, 5))
-    elif kind == "link to nothing":
-        draft.symlink_to("/srv/not/there")
-    elif kind == "link to itself":
-        draft.symlink_to(FILE)
-    else:
-        draft.write_text(CAMERA_LOCKED)
-        os.truncate(draft, 1 << 40)
+    make(draft)
     draft.rename(FILE)
+    return fault
 
 
 def kept(fault):
@@ -134,20 +134,13 @@ def test_malformed_file_is_logged_once(daemon, file_lock, transcript):
     assert lines(daemon).count(kept("is malformed")) == 1
 
 
-def test_unknown_policy_is_no_lock(daemon, file_lock):
-    daemon.start()
-    files.replace(FILE, f"[lock]\npolicies={CAMERA};BrowserEnabledd\n")
-    daemon.wait_for_log(never_good("is malformed"))
-    assert daemon.policy(CAMERA) is True
-
-
-@pytest.mark.parametrize("kind, fault", DAMAGES.items())
-def test_damaged_file_keeps_what_it_held(daemon, file_lock, kind, fault):
+@each_damage
+def test_damaged_file_keeps_what_it_held(daemon, file_lock, kind):
     FILE.write_text(CAMERA_LOCKED)
     daemon.wrapper = ["setpriv", "--bounding-set=-all"]
     daemon.start_observed()
     assert lines(daemon) == []
-    damage(kind)
+    fault = damage(kind)
     daemon.wait_for_log(kept(fault))
     assert daemon.policy(CAMERA) is False
     assert daemon.stop() == 0
@@ -159,9 +152,9 @@ def test_damaged_file_keeps_what_it_held(daemon, file_lock, kind, fault):
     assert lines(daemon) == [kept(fault)]
 
 
-@pytest.mark.parametrize("kind, fault", DAMAGES.items())
-def test_file_damaged_from_the_first_counts_for_nothing(daemon, file_lock, kind, fault):
-    damage(kind)
+@each_damage
+def test_file_damaged_from_the_first_counts_for_nothing(daemon, file_lock, kind):
+    fault = damage(kind)
     daemon.wrapper = ["setpriv", "--bounding-set=-all"]
     daemon.start_observed()
     assert daemon.policy(CAMERA) is True
@@ -172,13 +165,13 @@ def test_file_damaged_from_the_first_counts_for_nothing(daemon, file_lock, kind,
 def test_mended_file_is_in_force(daemon, file_lock):
     FILE.write_text(CAMERA_LOCKED)
     daemon.start()
-    damage("pipe")
-    daemon.wait_for_log(kept("is no regular file"))
+    fault = damage("pipe")
+    daemon.wait_for_log(kept(fault))
     files.replace(FILE, f"[lock]\npolicies={VPN}\n")
     daemon.wait_for_log(IN_FORCE_AGAIN)
     assert daemon.set(CAMERA, True) is True
     assert daemon.set(VPN, True) is False
-    assert lines(daemon) == [kept("is no regular file"), IN_FORCE_AGAIN]
+    assert lines(daemon) == [kept(fault), IN_FORCE_AGAIN]
 
 
 def test_removed_file_is_forgotten(daemon, file_lock):
@@ -230,8 +223,7 @@ def test_check_of_the_plugin_changes_nothing(daemon, file_lock):
     FILE.write_text(CAMERA_LOCKED)
     daemon.wrapper = ["setpriv", "--bounding-set=-all"]
     daemon.start()
-    damage("of another owner")
-    daemon.wait_for_log(kept(DAMAGES["of another owner"]))
+    daemon.wait_for_log(kept(damage("of another owner")))
     shown = pathlib.Path("/run/govd/filelock.json")
     before = files.snapshot(KEPT), files.snapshot(shown)
     subprocess.run(["govd-plugin-check", FILE_LOCK], check=True, stdout=subprocess.DEVNULL)
@@ -244,8 +236,7 @@ def test_state_that_could_not_be_kept_is_kept_later(daemon, file_lock):
     with files.read_only("/var/lib/govd"):
         files.replace(FILE, CAMERA_LOCKED)
         wait_until(lambda: daemon.set(CAMERA, True) is False)
-    damage("malformed")
-    daemon.wait_for_log(kept("is malformed"))
+    daemon.wait_for_log(kept(damage("malformed")))
     wait_until(lambda: KEPT.exists() and KEPT.read_text() == CAMERA_LOCKED)
 
 

@@ -2,7 +2,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Access switches that are kept in a file."""
 
-import pathlib
 import shutil
 
 import pytest
@@ -10,10 +9,10 @@ import pytest
 from testbed import files
 from testbed.files import CAMERA_MARKER
 from testbed.plugins import FILE_SWITCH, SWITCH_PLUGIN, installed
+from testbed.plugins import FILE_SWITCH_FILE as FILE
 from testbed.waiting import wait_until
 
 CAMERA = "CameraEnabled"
-FILE = pathlib.Path("/etc/govd/fileswitch.conf")
 OFF = f"[lens]\npolicies={CAMERA}\nvalue=false\n"
 ON = f"[lens]\npolicies={CAMERA}\nvalue=true\n"
 

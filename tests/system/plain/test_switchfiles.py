@@ -54,20 +54,6 @@ def test_files_are_not_opened_without_a_plugin(daemon):
     assert not SWITCH_FILE.exists()
 
 
-def test_single_file_is_read_alone(daemon, switches):
-    files.store({"lens": True}, SWITCH_FILE)
-    files.store({"radio": True}, SEED)
-    switches.set_switch("lens", [1], False)
-    switches.set_switch("radio", [5], False)
-    folder, file = OpenWatch(FOLDER), OpenWatch(SWITCH_FILE)
-    daemon.start()
-    assert told(switches) == ["setKeyValue lens true"]
-    assert folder.count == 0
-    assert file.count > 0
-    assert daemon.switch("lens") is True
-    assert daemon.switch("radio") is False
-
-
 def test_folder_is_read_without_the_single_file(daemon, switches):
     files.store({"lens": True}, FOLDER / "seed")
     files.store({"radio": True}, FOLDER / ".hidden")
@@ -84,15 +70,6 @@ def test_folder_is_read_without_the_single_file(daemon, switches):
     files.store({"lens": False}, FOLDER / "seed")
     daemon.start()
     assert told(switches) == 2 * ["setKeyValue lens true"]
-
-
-def test_files_are_applied_by_name_without_case(daemon, switches):
-    for name, value in [("B.conf", False), ("a.conf", True), ("c.conf", True)]:
-        files.store({"lens": value}, FOLDER / name)
-    switches.set_switch("lens", [], False)
-    daemon.start()
-    assert told(switches) == ["setKeyValue lens true", "setKeyValue lens false",
-                              "setKeyValue lens true"]
 
 
 def test_plugin_gets_all_keys_in_order(daemon, switches):

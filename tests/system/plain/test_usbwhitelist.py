@@ -8,7 +8,6 @@ import pytest
 
 from testbed import files
 from testbed.handlers import one_pass, usb_mode
-from testbed.plugins import LockPlugin
 from testbed.services.service import DEATH, ERROR, answer, error, late
 from testbed.services.small import UsbModes
 
@@ -67,12 +66,12 @@ def test_whitelist_has_the_allowed_modes(daemon, usb_modes, values):
     assert daemon.logged() == []
 
 
-def test_locked_policy_counts_as_forbidden(daemon, usb_modes):
-    with LockPlugin("lock.so", "lock", [USB_MEDIA_TRANSFER, USB_DEVELOPER_MODE]) as lock:
-        daemon.start_observed()
-        lock.set_locked(USB_MEDIA_TRANSFER)
-        usb_modes.appear()
-        assert sent_modes(daemon) == [DEVELOPER, DEVELOPER]
+def test_locked_policy_counts_as_forbidden(daemon, usb_modes, lock_plugin):
+    lock = lock_plugin(USB_MEDIA_TRANSFER, USB_DEVELOPER_MODE)
+    daemon.start_observed()
+    lock.set_locked(USB_MEDIA_TRANSFER)
+    usb_modes.appear()
+    assert sent_modes(daemon) == [DEVELOPER, DEVELOPER]
 
 
 def test_policy_without_its_switch_counts_as_forbidden(daemon, usb_modes, switches):
