@@ -2,15 +2,75 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "handlers.h"
 #include "partitions.h"
+#include "platform/systemsettings/partitionprivate.h"
 #include "policymanager.h"
-#include "tests/unit/partitionstandin.h"
+
+#include <systemsettings/partitionmanager.h>
 
 #include <QtTest>
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace {
+
+/// Replaces the library's partition managers: they show the partitions of the test and record what
+/// they are asked.
+struct PartitionStandIn
+{
+    /// The only object: every manager shows the same partitions.
+    static PartitionStandIn &instance()
+    {
+        static PartitionStandIn standIn; // the daemon builds a manager before main()
+        return standIn;
+    }
+
+    /// A partition with that object path; without @p bus its drive has no connection bus.
+    static Partition partition(const QString &path, int storageType, int status,
+                               std::optional<int> bus)
+    {
+        auto *data = new PartitionPrivate;
+        data->objectPath = path;
+        data->storageType = static_cast<Partition::StorageType>(storageType);
+        data->status = static_cast<Partition::Status>(status);
+        data->drive.insert(QStringLiteral("removable"), true);
+        if (bus)
+            data->drive.insert(QStringLiteral("connectionBus"), *bus);
+        return Partition(data);
+    }
+
+    /// The object paths of the partitions that were to be unmounted.
+    QStringList unmountedPaths() const
+    {
+        QStringList paths;
+        for (const Order &order : orders)
+            paths.append(order.path);
+        return paths;
+    }
+
+    void forget()
+    {
+        questions.clear();
+        orders.clear();
+    }
+
+    struct Question
+    {
+        const PartitionManager *manager;
+        int types;
+    };
+    struct Order
+    {
+        const PartitionManager *manager;
+        QString path;
+        QVariantMap options;
+    };
+
+    QVector<Partition> partitions; ///< listed for all types
+    QVector<Question> questions; ///< for partitions, since forget()
+    QVector<Order> orders; ///< to unmount, since forget()
+};
 
 const QString MemoryCard = QStringLiteral("MemoryCardEnabled");
 const QString UsbStorage = QStringLiteral("UsbStorageEnabled");
@@ -41,6 +101,31 @@ QVector<Partition> everyKind()
 }
 
 } // namespace
+
+// The members of the library's class: definitions in the executable take precedence over those in
+// the library.
+
+struct PartitionManagerPrivate
+{
+};
+
+PartitionManager::PartitionManager(QObject *parent)
+    : QObject(parent)
+{
+}
+
+PartitionManager::~PartitionManager() = default;
+
+QVector<Partition> PartitionManager::partitions(Partition::StorageTypes types) const
+{
+    PartitionStandIn::instance().questions.append({this, int(types)});
+    return PartitionStandIn::instance().partitions;
+}
+
+void PartitionManager::unmount(const Partition &partition, const QVariantMap &options)
+{
+    PartitionStandIn::instance().orders.append({this, partition.objectPath(), options});
+}
 
 /// Which partitions are unmounted, and by which calls of the platform library.
 class TestRemovableStorage : public QObject

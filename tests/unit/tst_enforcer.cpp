@@ -1,9 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
+#include "handlers.h"
 #include "names.h"
 #include "policyenforcer.h"
-#include "tests/unit/recordingservice.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <QSemaphore>
 #include <QThread>
 #include <QtTest>
@@ -16,6 +19,63 @@
 #include <unistd.h>
 
 namespace {
+
+/// A service on the bus that answers every call with an empty reply. It runs in a thread of its
+/// own, so that the caller may block. It is on the bus from appear() until its destruction.
+class RecordingService : public QDBusVirtualObject
+{
+public:
+    /// @p whenCalled is run in the service's thread before each answer.
+    explicit RecordingService(const QString &name, std::function<void()> whenCalled = {})
+        : m_name(name)
+        , m_whenCalled(std::move(whenCalled))
+    {
+        moveToThread(&m_thread);
+        m_thread.start();
+    }
+
+    ~RecordingService() override
+    {
+        // The bus may notice the loss of a connection later than the next call.
+        QDBusConnection(m_name).unregisterService(m_name);
+        QDBusConnection::disconnectFromBus(m_name);
+        m_thread.quit();
+        m_thread.wait();
+    }
+
+    /// Takes the name. False when that fails.
+    [[nodiscard]] bool appear()
+    {
+        bool isThere = false;
+        const auto take = [&] {
+            auto bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_name);
+            isThere = bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath)
+                && bus.registerService(m_name);
+        };
+        // The bus library adds a child to the object, which has to be in the same thread.
+        QMetaObject::invokeMethod(this, take, Qt::BlockingQueuedConnection);
+        return isThere;
+    }
+
+    /// The number of calls so far.
+    int calls() const { return m_calls; }
+
+    QString introspect(const QString &) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        ++m_calls;
+        if (m_whenCalled)
+            m_whenCalled();
+        return connection.send(message.createReply());
+    }
+
+private:
+    const QString m_name;
+    const std::function<void()> m_whenCalled;
+    std::atomic<int> m_calls{0};
+    QThread m_thread;
+};
 
 /// Waits for @p condition without an event loop, because a bus signal handled there would make this
 /// thread wait for the lock, too. Returns whether it became true.
@@ -105,17 +165,20 @@ private:
 
 } // namespace
 
-/// Which calls wait while the handler of a service runs in another thread.
-class TestEnforcerLock : public QObject
+/// What no caller of the daemon can bring about: handlers in several threads, handlers without a
+/// policy manager, and a handler that is called for a policy of others.
+class TestEnforcer : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void onlyWatchedNamesWaitForTheHandler_data();
     void onlyWatchedNamesWaitForTheHandler();
+    void usbModesAreLeftAloneWithoutAManager();
+    void tetheringIsLeftAloneForOtherPolicies();
 };
 
-void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler_data()
+void TestEnforcer::onlyWatchedNamesWaitForTheHandler_data()
 {
     QTest::addColumn<bool>("isTaskOld");
     QTest::addColumn<QString>("name");
@@ -132,7 +195,7 @@ void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler_data()
     }
 }
 
-void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler()
+void TestEnforcer::onlyWatchedNamesWaitForTheHandler()
 {
     QFETCH(bool, isTaskOld);
     QFETCH(QString, name);
@@ -164,5 +227,32 @@ void TestEnforcerLock::onlyWatchedNamesWaitForTheHandler()
     QVERIFY(waitFor([&] { return other->isDone(); }));
 }
 
-QTEST_GUILESS_MAIN(TestEnforcerLock)
-#include "tst_enforcerlock.moc"
+void TestEnforcer::usbModesAreLeftAloneWithoutAManager()
+{
+    RecordingService modes(Names::UsbModes.service);
+    QVERIFY(modes.appear());
+
+    for (int run = 0; run < 2; ++run) {
+        QTest::ignoreMessage(QtWarningMsg, "PolicyManager wasn't set");
+        updateUsbModes({PolicyTypes::UsbMediaTransfer, false});
+    }
+
+    QCOMPARE(modes.calls(), 0);
+}
+
+/// The enforcer never makes this call, because the table lists one policy for the service.
+void TestEnforcer::tetheringIsLeftAloneForOtherPolicies()
+{
+    RecordingService wifi(Names::WifiTechnology.service);
+    QVERIFY(wifi.appear());
+
+    for (const auto type : {PolicyTypes::None, PolicyTypes::Camera, PolicyTypes::DeveloperMode})
+        disableTethering({type, false});
+    QCOMPARE(wifi.calls(), 0);
+
+    disableTethering({PolicyTypes::InternetSharing, false});
+    QCOMPARE(wifi.calls(), 1);
+}
+
+QTEST_GUILESS_MAIN(TestEnforcer)
+#include "tst_enforcer.moc"
