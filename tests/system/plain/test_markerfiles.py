@@ -2,40 +2,12 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Marker files, which exist while a feature is allowed; one exists while it is forbidden."""
 
-import pathlib
-from dataclasses import dataclass
-
 import pytest
 
 from testbed import files
 from testbed.daemon import announcement, event
+from testbed.markers import MARKERS
 
-
-@dataclass(frozen=True)
-class Marker:
-    """A policy's file."""
-    key: str
-    path: pathlib.Path
-    there: bool  # the value with which it exists
-    cannot_create: str
-    cannot_remove: str
-
-    def __str__(self):
-        return self.path.name
-
-
-def feature(key, name):
-    """The marker of a feature that is allowed."""
-    path = files.MARKERS / name
-    return Marker(key, path, True, f'warning|default|Failed to create file: "{path}"',
-                  f'warning|default|Failed to remove file: "{path}"')
-
-
-MARKERS = (feature("CameraEnabled", "camera_enabled"),
-           feature("UserReportExportEnabled", "user_report_enabled"),
-           Marker("DeveloperShellEnabled", files.DEVELOPER_SHELL_MARKER, False,
-                  "warning|default|Failed to disable devel-su",
-                  "warning|default|Failed to enable devel-su"))
 each_marker = pytest.mark.parametrize("marker", MARKERS, ids=str)
 
 
@@ -141,48 +113,6 @@ def test_file_in_place_of_the_folder(daemon, marker):
     daemon.change(marker.key, not marker.there)
     assert marker.path.parent.read_text() == "no folder\n"
     assert daemon.logged() == [marker.cannot_create]
-
-
-@each_marker
-def test_folder_that_cannot_be_made(daemon, marker):
-    store(False)
-    daemon.start()
-    with files.read_only(marker.path.parent.parent):
-        daemon.change(marker.key, marker.there)
-        assert daemon.logged() == [marker.cannot_create]
-        assert not marker.path.parent.exists()
-    daemon.change(marker.key, not marker.there)
-    daemon.change(marker.key, marker.there)  # a failure has no later effect
-    assert marker.path.exists()
-    assert daemon.logged() == [marker.cannot_create]
-
-
-@each_marker
-def test_file_that_cannot_be_made(daemon, marker):
-    store(False)
-    marker.path.parent.mkdir()
-    daemon.start()
-    with files.read_only(marker.path.parent):
-        daemon.change(marker.key, marker.there)
-        assert daemon.logged() == [marker.cannot_create]
-        daemon.change(marker.key, not marker.there)  # nothing to remove
-        assert daemon.logged() == [marker.cannot_create]
-    daemon.change(marker.key, marker.there)
-    assert marker.path.exists()
-    assert daemon.logged() == [marker.cannot_create]
-
-
-@each_marker
-def test_file_that_cannot_be_removed(daemon, marker):
-    store(True)
-    daemon.start()
-    with files.read_only(marker.path.parent):
-        daemon.change(marker.key, not marker.there)
-        assert daemon.logged() == [marker.cannot_remove]
-        assert daemon.policy(marker.key) is not marker.there
-        assert marker.path.exists()
-        daemon.change(marker.key, marker.there)  # it is there already
-        assert daemon.logged() == [marker.cannot_remove]
 
 
 @each_marker
