@@ -15,6 +15,9 @@ import socket
 import struct
 import subprocess
 
+# The users of the sandbox, and whether they may change policies.
+MAY_WRITE = {"root": True, "operator": True, "deputy": False, "mdm": True, "agent": True,
+             "pretender": False, "guest": False}
 PR_SET_DUMPABLE = 4
 IDS = struct.Struct("II")  # a user and a group
 

@@ -11,11 +11,11 @@ from jeepney import DBusAddress, new_method_call
 from testbed import files
 from testbed.bus import POLICY, SERVICE, SWITCH, introspection, read_of, silent, write_of
 from testbed.processes import open_descriptors, resident
+from testbed.users import MAY_WRITE
 
 EVERYTHING = 1_000_000 if "GOVD_HOLD" in os.environ else 100_000
 FIRST = 10_000
 UNANSWERED = 100  # calls of one client at a time, so that the bus does not refuse more
-USERS = ("root", "operator", "deputy", "mdm", "agent", "pretender", "guest")
 
 
 def odd_calls():
@@ -33,7 +33,7 @@ def test_memory_and_descriptors_stay_as_they_are(process, client):
     keys = ("NfcEnabled", "WlanEnabled", "VpnEnabled", "CloudSyncEnabled", "BackupEnabled",
             "DeveloperShellEnabled")
     process.start()
-    clients = [client(user) for user in USERS]
+    clients = [client(user) for user in MAY_WRITE]
     messages = [*odd_calls(), *(read_of(key) for key in keys[:2]),
                 *(write_of(key, value) for key in keys for value in (False, True))]
 
@@ -62,5 +62,3 @@ def test_flood_costs_others_time_and_nothing_else(process, client):
     process.signal(signal.SIGCONT)
     assert client("mdm").ask(read_of("NfcEnabled"), 600) == (("b", True),)
     assert files.snapshot(files.POLICY_FILE) == before
-
-

@@ -15,11 +15,10 @@ from jeepney.fds import FileDescriptor
 
 from testbed import files
 from testbed.bus import POLICY, SERVICE, SWITCH, Client, introspection
+from testbed.users import MAY_WRITE
 
 CAMERA = "CameraEnabled"
 STANDARD = "org.freedesktop.DBus."
-MAY_WRITE = {"root": True, "operator": True, "deputy": False, "mdm": True, "agent": True,
-             "pretender": False, "guest": False}
 DENIED, UNKNOWN = "AccessDenied", "UnknownMethod"
 
 # The result of each member for each kind of caller, called with valid arguments: the types of the

@@ -14,11 +14,10 @@ from testbed import files
 from testbed.bus import read_of, write_of
 from testbed.daemon import announcement, event
 from testbed.policies import KEYS
+from testbed.users import MAY_WRITE
 
 LONG = "GOVD_HOLD" in os.environ
 SEED = 20260101
-MAY_WRITE = {"root": True, "operator": True, "deputy": False, "mdm": True, "agent": True,
-             "pretender": False, "guest": False}
 NEVER_ANSWERED = 60  # calls of one client at a time, so that the bus does not refuse more
 
 
@@ -71,7 +70,7 @@ class History:
         self.changes = collections.defaultdict(list)  # by key: (place, new value)
         for place, (key, old, new) in enumerate(events, 1):
             assert old == str(files.text_of(self.now[key])), (key, old, self.now[key])
-            value = {"true": True, "false": False}.get(new) if new in ("true", "false") else int(new)
+            value = new == "true" if new in ("true", "false") else int(new)
             self.announcements.append(event(key, self.now[key], value))
             if self.now[key] != value:
                 self.announcements.append(announcement(key, bool(value)))
@@ -114,8 +113,8 @@ def test_everything_fits_to_one_order_of_the_writes(daemon, client, system_logs)
                                    for _, value in changes)
     assert accepted == happened and sum(accepted.values()) > calls
     # The signals give the same history.
-    assert history.announcements == [
-        words for words in daemon.said() if words[0] == "signal" or words[1] == "sendEventStringAlt"]
+    assert history.announcements == [words for words in daemon.said() if words[0] == "signal"
+                                     or words[1] == "sendEventStringAlt"]
     # The calls of each client fit into it.
     for user, done in zip(users, deeds):
         place = 0

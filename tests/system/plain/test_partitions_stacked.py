@@ -30,17 +30,12 @@ class Stacked:
 
 STACKS = {  # from the bottom to the top; the place of the top one
     "decrypted stick": ([Stacked(TOP, USB)], ["external 1"]),
-    "decrypted card": ([Stacked(TOP, CARD)], ["external 0"]),
     "decrypted disk": ([Stacked(TOP, DISK)], ["system 3"]),
     "decrypted file": ([Stacked(TOP, "loop0")], ["external"]),
     "decrypted disk that says it is removable": (
         [Stacked(TOP, DISK, system=False)], ["system 3"]),
     "volume on a stick": ([Stacked(TOP, below=(USB,))], ["external 1"]),
     "volume on a disk": ([Stacked(TOP, below=(DISK,))], ["system 3"]),
-    "volume on a decrypted stick": (
-        [Stacked("dm-0", USB), Stacked(TOP, below=("dm-0",))], ["external 1"]),
-    "decrypted volume on a stick": (
-        [Stacked("dm-0", below=(USB,)), Stacked(TOP, "dm-0")], ["external 1"]),
     "many storeys": (
         [Stacked("dm-0", below=(USB,)), Stacked("dm-1", "dm-0"), Stacked("dm-2", below=("dm-1",)),
          Stacked(TOP, "dm-2")], ["external 1"]),

@@ -12,11 +12,9 @@ from jeepney import MessageType
 
 from testbed import files
 from testbed.bus import Client, write_of
-from testbed.users import User
+from testbed.users import MAY_WRITE, User
 
 KEY = "NfcEnabled"  # a policy without a handler
-MAY_WRITE = {"root": True, "operator": True, "deputy": False, "mdm": True, "agent": True,
-             "pretender": False, "guest": False}
 DEATHS = 5000 if "GOVD_HOLD" in os.environ else 500
 
 
