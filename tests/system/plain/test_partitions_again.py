@@ -83,8 +83,10 @@ def test_pauses_grow(present, partitions):
         True, True, True]
 
 
-def test_service_that_lists_nothing_is_waited_for_once(present, partitions):
-    present.fail(SILENCE, "GetManagedObjects")
+@pytest.mark.parametrize("fault", [SILENCE, Fault("error", delay=0.9 * WAITING_TIME)],
+                         ids=["no answer", "late error"])
+def test_service_that_lists_nothing_is_waited_for_once(present, partitions, fault):
+    present.fail(fault, "GetManagedObjects")
     partitions.make_application()
     start = time.monotonic()
     for manager in (0, 1, 0, 1):

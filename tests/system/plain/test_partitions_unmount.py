@@ -70,6 +70,13 @@ def test_options(mounted, partitions):
     assert call.error == ""  # the service has checked the types of the arguments
 
 
+def test_no_partition(present, partitions):
+    partitions.run()
+    partitions.unmount("")
+    partitions.settle(present)
+    assert len(present.calls) == 1
+
+
 def test_nobody_waits(mounted, partitions):
     mounted.fail(SILENCE, "Unmount")
     partitions.run()
