@@ -4,12 +4,16 @@
 
 import collections
 import os
+import platform
 import signal
 import subprocess
 import tempfile
 from dataclasses import dataclass
 
 from testbed.waiting import PATIENCE
+
+# The system call by which the C library describes an open file.
+FSTAT = "fstat" if platform.libc_ver() >= ("glibc", "2.39") else "newfstatat"
 
 
 def failing(call, number, error, path=None):

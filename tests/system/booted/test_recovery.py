@@ -99,10 +99,12 @@ def test_bus_stopped_and_started(enabled):
 
 
 def test_started_without_a_bus(enabled):
-    """When systemd gives up the bus socket, it gives up the daemon too, until there is a bus."""
+    """With the bus socket, systemd gives up the daemon until there is a bus; a newer systemd goes on
+    starting it."""
     with broken_bus():
         unit.run("systemctl", "start", "--no-block", unit.UNIT)
-        wait_until(lambda: unit.restarts() and unit.shown("ActiveState") == "inactive")
+        wait_until(lambda: unit.restarts() >= OFTEN
+                   or unit.restarts() and unit.shown("ActiveState") == "inactive")
     wait_until(unit.answers)
     wait_until(is_active)
 

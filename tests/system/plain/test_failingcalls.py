@@ -11,7 +11,7 @@ import pytest
 from testbed import files
 from testbed.daemon import announcement, event
 from testbed.files import CAMERA_MARKER
-from testbed.systemcalls import SystemCalls, failing, injected, number_of
+from testbed.systemcalls import FSTAT, SystemCalls, failing, injected, number_of
 
 SWITCHED_OFF = [announcement("CameraEnabled", False), ("signal", "SwitchChanged", "lens", False)]
 
@@ -62,7 +62,7 @@ def make_with(daemon, write, call, text, error):
 
 
 @rows(("file not opened", "openat", '"FILE"', "EIO EACCES EMFILE ENOMEM"),
-      ("file not described", "newfstatat", "<FILE>", "EIO"),
+      ("file not described", FSTAT, "<FILE>", "EIO"),
       ("file not read", "read", "<FILE>", "EIO"),
       ("new file not opened", "openat", '"FILE.', "ENOSPC EMFILE EROFS EACCES EIO"),
       ("content not written", "write", "<FILE.", "ENOSPC EIO EDQUOT EFBIG"),

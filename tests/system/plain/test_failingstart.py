@@ -7,11 +7,12 @@ import pytest
 from testbed import files
 from testbed.files import CAMERA_MARKER
 from testbed.policies import KEYS
-from testbed.systemcalls import failing, traced
+from testbed.systemcalls import FSTAT, failing, traced
 
 CAMERA, VPN = "CameraEnabled", "VpnEnabled"
 LOOKING = pytest.mark.parametrize("error", ["EIO", "EACCES", "ENOMEM", "EMFILE"])
-LOOKING_CALL = pytest.mark.parametrize("call", ["newfstatat", "statx", "access", "openat", "read"])
+LOOKING_CALL = pytest.mark.parametrize(
+    "call", sorted({FSTAT, "newfstatat", "statx", "access", "openat", "read"}))
 SAVING = pytest.mark.parametrize("error", ["ENOSPC", "EROFS", "EIO", "EACCES"])
 
 

