@@ -6,7 +6,10 @@ import pytest
 
 from testbed import govctl, unit
 from testbed.bus import SERVICE, Client, bus_policy, read_of, service_rules, write_of
+from testbed.files import write
 from testbed.holds import HOLDS, timers
+from testbed.plugins import (FILE_LOCK, FILE_SWITCH, FILE_SWITCH_FILE, LOCK_PLUGINS, SWITCH_PLUGIN,
+                             installed)
 from testbed.waiting import wait_until
 
 
@@ -50,6 +53,27 @@ def stopped(journal):
     unit.reset()
     yield
     unit.reset()
+
+
+@pytest.fixture
+def lens(stopped):
+    """The plugin that reads access switches from a file, with one that governs a policy."""
+    write(FILE_SWITCH_FILE, "[lens]\npolicies=NfcEnabled\nvalue=true\n")
+    with installed(FILE_SWITCH, SWITCH_PLUGIN):
+        yield
+
+
+@pytest.fixture
+def file_lock(stopped):
+    """The plugin that locks what a file lists, without a file."""
+    with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
+        yield
+
+
+@pytest.fixture
+def agent(client):
+    """A client of a user who may write everything."""
+    return client("mdm")
 
 
 @pytest.fixture

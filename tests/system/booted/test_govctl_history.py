@@ -8,9 +8,8 @@ import pathlib
 import pytest
 
 from testbed import govctl, program, unit
-from testbed.bus import SWITCH, Client, read_of, write_of
-from testbed.files import POLICY_FILE, store, stored, write
-from testbed.plugins import FILE_SWITCH, SWITCH_PLUGIN, installed
+from testbed.bus import SWITCH, read_of, write_of
+from testbed.files import POLICY_FILE, store, stored
 from testbed.waiting import wait_until
 
 CAMERA = "CameraEnabled"
@@ -25,22 +24,6 @@ govctl --json history'"""
 def no_records(stopped):
     """A journal without the records of other tests."""
     unit.run("journalctl", "--quiet", "--rotate", "--vacuum-time=1us")
-
-
-@pytest.fixture
-def lens(no_records):
-    """A daemon with one switch, which governs a policy."""
-    write("/etc/govd/fileswitch.conf", "[lens]\npolicies=NfcEnabled\nvalue=true\n")
-    with installed(FILE_SWITCH, SWITCH_PLUGIN):
-        unit.start()
-        yield
-
-
-@pytest.fixture
-def agent(no_records):
-    """A user who may write everything."""
-    with Client("mdm") as client:
-        yield client
 
 
 def change(client, key, *value, **address):
@@ -98,7 +81,7 @@ def test_denied(open_bus, daemon, agent, guest):
     assert line.split("  ")[1:] == ["guest", f'"{name_of(guest)}"', CAMERA, "-> off", "denied"]
 
 
-def test_keys_and_times(lens, agent):
+def test_keys_and_times(lens, daemon, agent):
     change(agent, CAMERA, False)
     change(agent, "VpnEnabled", False)
     change(agent, "lens", False, address=SWITCH)
@@ -164,7 +147,7 @@ def test_undo_twice(daemon, agent):
     assert [found["user"] for found in history()] == ["mdm", "root", "root"]
 
 
-def test_undo_of_a_switch(lens, agent):
+def test_undo_of_a_switch(lens, daemon, agent):
     change(agent, "lens", False, address=SWITCH)
     outcome = run("undo", "lens")
     assert outcome.lines[1] == 'switch "lens": off -> on'
@@ -204,7 +187,7 @@ def test_what_is_neither_on_nor_off(daemon, agent):
     assert refused() == (3, "not-undoable")
 
 
-def test_stored_value_behind_a_switch(lens, agent):
+def test_stored_value_behind_a_switch(lens, daemon, agent):
     """A policy that a switch forced off may have been stored on, which is not recorded."""
     change(agent, "lens", False, address=SWITCH)
     change(agent, "NfcEnabled", True)
@@ -217,7 +200,7 @@ def test_stored_value_behind_a_switch(lens, agent):
     assert value_of(agent, "NfcEnabled") is False
 
 
-def test_change_of_a_stored_value_behind_a_switch(lens, agent):
+def test_change_of_a_stored_value_behind_a_switch(lens, daemon, agent):
     """It is on record as "off -> off", and undo sets back no older change instead."""
     change(agent, "lens", False, address=SWITCH)
     change(agent, "NfcEnabled", False)

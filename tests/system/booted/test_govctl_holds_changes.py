@@ -14,8 +14,7 @@ from testbed import govctl, unit
 from testbed.bus import write_of
 from testbed.files import replace, write
 from testbed.holds import RELEASE, TIMER, held, pass_time, run_release, timers
-from testbed.plugins import (FILE_LOCK, FILE_LOCK_FILE, FILE_SWITCH, LOCK_PLUGINS, SWITCH_PLUGIN,
-                             installed)
+from testbed.plugins import FILE_LOCK_FILE, FILE_SWITCH_FILE
 from testbed.waiting import wait_until
 
 BACKUP_LOCKED = "[lock]\npolicies=BackupEnabled\n"
@@ -23,24 +22,13 @@ CAMERA_OFF = "[policy]\nCameraEnabled=off\n"
 CAMERA_ON = "[policy]\nCameraEnabled=on\n"
 MESSAGES_OFF = "[policy]\nMessagesEnabled=off\n"
 SLOW_CHANGES = ["set MessagesEnabled off --for 3h", "apply - --for 3h"]
-SWITCHES = pathlib.Path("/etc/govd/fileswitch.conf")
 AWAY = pathlib.Path("/etc/govd/away")
 
 
 @pytest.fixture
-def locks(stopped):
-    """The plugin that locks what a file lists."""
+def locks(file_lock):
+    """A file with a lock."""
     write(FILE_LOCK_FILE, BACKUP_LOCKED)
-    with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
-        yield
-
-
-@pytest.fixture
-def lens(stopped):
-    """A switch that governs a policy."""
-    write(SWITCHES, "[lens]\npolicies=NfcEnabled\nvalue=true\n")
-    with installed(FILE_SWITCH, SWITCH_PLUGIN):
-        yield
 
 
 @contextlib.contextmanager
@@ -178,10 +166,10 @@ def test_change_of_a_daemon_that_dies_keeps_its_limit(device, runtime_manager, c
 
 def test_switch_without_its_plugin_stays_in_its_hold(lens, device):
     assert govctl.run("apply - --for 3h", text="[switch]\nlens=off\n").code == 0
-    SWITCHES.rename(AWAY)
+    FILE_SWITCH_FILE.rename(AWAY)
     wait_until(lambda: govctl.run("switch list --keys").out == "")
     gone = govctl.run("release --json")
     assert (gone.code, gone.error) == (3, "unknown-switch")
     assert held() == [["lens"]]
-    AWAY.rename(SWITCHES)
+    AWAY.rename(FILE_SWITCH_FILE)
     wait_until(lambda: govctl.run("switch list --keys").out == "lens\n")

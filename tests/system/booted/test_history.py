@@ -9,7 +9,7 @@ import pytest
 from testbed import unit
 from testbed.bus import POLICY, SWITCH, Client, read_of, silent, write_of
 from testbed.files import write
-from testbed.plugins import FILE_LOCK, FILE_SWITCH, LOCK_PLUGINS, SWITCH_PLUGIN, installed
+from testbed.plugins import FILE_LOCK_FILE
 from testbed.processes import held, processes_of
 from testbed.waiting import wait_until
 
@@ -20,21 +20,10 @@ LONG = 5000
 
 
 @pytest.fixture
-def with_plugins(stopped):
-    """A daemon with one switch, whose value cannot be read, and one lock."""
-    write("/etc/govd/fileswitch.conf", "[lens]\npolicies=NfcEnabled\nvalue=true\n")
-    write("/etc/govd/filelock.conf", "[lock]\npolicies=VpnEnabled\n")
-    with installed(FILE_SWITCH, SWITCH_PLUGIN), \
-            installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
-        unit.start()
-        yield
-
-
-@pytest.fixture
-def agent():
-    """A client of a user who may write everything."""
-    with Client("mdm") as client:
-        yield client
+def with_plugins(lens, file_lock):
+    """A daemon with one switch and one lock."""
+    write(FILE_LOCK_FILE, "[lock]\npolicies=VpnEnabled\n")
+    unit.start()
 
 
 def caller(client):

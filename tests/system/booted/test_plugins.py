@@ -12,14 +12,13 @@ from jeepney import new_method_call
 from testbed import files, unit
 from testbed.bus import SWITCH, Client, read_of, write_of
 from testbed.files import CAMERA_MARKER, SWITCH_FILE
-from testbed.plugins import (FILE_LOCK, FILE_SWITCH, KIOSK, LOCK_PLUGINS, SWITCH_PLUGIN, installed)
+from testbed.plugins import (FILE_LOCK_FILE, FILE_SWITCH, FILE_SWITCH_FILE, KIOSK, SWITCH_PLUGIN,
+                             installed)
 from testbed.users import run_as
 from testbed.waiting import wait_until
 
-LOCK_FILE = pathlib.Path("/etc/govd/filelock.conf")
-SWITCHES = pathlib.Path("/etc/govd/fileswitch.conf")
 TOLD = pathlib.Path("/run/govd/filelock.json")
-DRAFT = LOCK_FILE.with_suffix(".draft")
+DRAFT = FILE_LOCK_FILE.with_suffix(".draft")
 MOVED = pathlib.Path("/srv/govd/filelock.conf")
 FAMILY_ON = "[Family]\npolicies=CameraEnabled;BrowserEnabled\nvalue=true\n"
 CAMERA_LOCKED, BROWSER_LOCKED = (f"[lock]\npolicies={key}Enabled\n"
@@ -30,16 +29,9 @@ MARKER = KIOSK_FOLDER / "active"
 
 
 @pytest.fixture
-def file_lock(stopped):
-    """The plugin that locks what a file lists, without a file."""
-    with installed(FILE_LOCK, LOCK_PLUGINS / "filelock.so"):
-        yield
-
-
-@pytest.fixture
 def switches(stopped):
     """The plugin that reads access switches from a file, with one that governs the camera."""
-    files.write(SWITCHES, FAMILY_ON)
+    files.write(FILE_SWITCH_FILE, FAMILY_ON)
     with installed(FILE_SWITCH, SWITCH_PLUGIN):
         yield
 
@@ -80,7 +72,7 @@ def damage(kind):
         DRAFT.touch(0o600)
         shutil.chown(DRAFT, "guest")
     elif kind == "link":
-        files.write(MOVED, LOCK_FILE.read_text())
+        files.write(MOVED, FILE_LOCK_FILE.read_text())
         DRAFT.symlink_to(MOVED)
     else:
         os.mkfifo(DRAFT)
@@ -92,29 +84,29 @@ def damage(kind):
     ("pipe", "is no regular file"),
 ])
 def test_last_good_state_survives_restarts(file_lock, journal, kind, fault):
-    files.write(LOCK_FILE, CAMERA_LOCKED)
+    files.write(FILE_LOCK_FILE, CAMERA_LOCKED)
     unit.start()
     assert is_locked("CameraEnabled")
-    assert f"plugin    filelock: {LOCK_FILE} is good: it is in force" in status()
+    assert f"plugin    filelock: {FILE_LOCK_FILE} is good: it is in force" in status()
     assert run_as("guest", "ls", "/var/lib/govd/plugins").returncode != 0
 
     # The object replaces the file in one step: a moment without the file would clear the locks.
     damage(kind)
-    DRAFT.rename(LOCK_FILE)
+    DRAFT.rename(FILE_LOCK_FILE)
     unit.run("systemctl", "restart", unit.UNIT)
     assert is_locked("CameraEnabled")
-    line = f"filelock: {LOCK_FILE} {fault}: its last good content is in force"
+    line = f"filelock: {FILE_LOCK_FILE} {fault}: its last good content is in force"
     assert f"plugin    {line}" in status()
     assert [found for found in journal.lines() if found.text.startswith(line)]
 
-    LOCK_FILE.unlink()
-    files.write(LOCK_FILE, BROWSER_LOCKED)
+    FILE_LOCK_FILE.unlink()
+    files.write(FILE_LOCK_FILE, BROWSER_LOCKED)
     wait_until(lambda: is_locked("BrowserEnabled"))
     assert not is_locked("CameraEnabled")
 
 
 def test_lock_leaves_other_policies_alone(file_lock):
-    files.write(LOCK_FILE, CAMERA_LOCKED)
+    files.write(FILE_LOCK_FILE, CAMERA_LOCKED)
     unit.start()
     assert is_locked("CameraEnabled")
     assert not is_locked("BrowserEnabled")
@@ -134,9 +126,9 @@ def test_switches(switches, root):
     assert root.ask(write_of("Family", False, address=SWITCH)) == (True,)
     assert reads("CameraEnabled") is False
     assert not CAMERA_MARKER.exists()
-    assert "value=false" in SWITCHES.read_text().splitlines()
+    assert "value=false" in FILE_SWITCH_FILE.read_text().splitlines()
     assert files.stored(SWITCH_FILE)["Family"] == "false"
-    files.write(SWITCHES, SWITCHES.read_text().replace("value=false", "value=true"))
+    files.write(FILE_SWITCH_FILE, FILE_SWITCH_FILE.read_text().replace("value=false", "value=true"))
     wait_until(lambda: reads("CameraEnabled"))
     wait_until(CAMERA_MARKER.exists)
 
