@@ -14,7 +14,7 @@ from jeepney import HeaderFields, new_method_call
 
 from testbed import unit, udisks
 from testbed.bus import BUS, write_of
-from testbed.devices import LoopDevice, disk_image, upper_device
+from testbed.devices import LoopDevice, disk_image
 from testbed.services.storage import BLOCK
 from testbed.waiting import PATIENCE, wait_until
 
@@ -114,14 +114,9 @@ def test_policy_turned_off_unmounts(storage, root, listener):
         wait_until_gone(root, disk)
 
 
-def test_upper_disk_is_unmounted(storage, root, listener):
-    """Under the unit, the daemon can read in /sys on which device another one rests."""
-    with LoopDevice(disk_image()) as lower, upper_device(lower) as upper:
-        wait_until_told(listener, lower)
-        upper.mount()
-        wait_until(lambda: udisks.known_places(root, upper))
-        assert root.ask(MEMORY_CARDS_OFF) == (True,)
-        wait_until(lambda: not upper.places())
+def test_unit_shows_on_what_a_device_rests(daemon):
+    with LoopDevice(disk_image()) as disk:
+        assert pathlib.Path(f"/proc/{daemon}/root/sys/class/block/{disk.name}/slaves").is_dir()
 
 
 def test_storage_service_is_brought(stopped):
