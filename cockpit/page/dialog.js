@@ -74,7 +74,8 @@ function describe({ error, result = {} }) {
         result.dryRun && result.changes?.length ? [h("p", {},
             "Not listed: what the switches force, and what the daemon does on the device.")] : [],
         section("On the device", result.enforces?.flatMap(({ key, effects }) =>
-            effects.map((effect) => [named(key), `: ${effect}`]))),
+            (effects.length ? effects : ["nothing but the announcement, which programs have to heed"])
+                .map((effect) => [named(key), `: ${effect}`]))),
         section("In the way", result.obstacles?.map(({ message }) => message)),
         section("Taken back", result.takenBack?.map(step)),
         section("Note", result.notes),

@@ -25,8 +25,8 @@ options:
 attributes:
   check_mode:
     description: The client's dry run.
-    details: It cannot see a lock behind a switch that is off, nor one from before the first start
-      of the daemon, where the policy has no value. The run fails then, and takes back what it did.
+    details: It sees a lock only where it keeps a policy off that is stored as on, and that no switch
+      forces off. Elsewhere the run fails, and takes back what it did.
     support: full
   diff_mode:
     description: The policies and switches that change.
