@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The documentation as installed: manual pages are rendered, and links lead to what is installed."""
+"""The documentation as installed: manual pages are rendered, and links lead to what is there."""
 
 import pathlib
 import re

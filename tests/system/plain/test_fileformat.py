@@ -23,7 +23,6 @@ NOT_THE_POLICY = [
     "[policy]\nCameraEnabled[de]=false\n",
     "[policy]\n1=false\n",
     "[policy]\n",
-    "[policy]\nCameraEnabled=false\nCameraEnabled=true\n",
 ]
 NO_KEY_FILE = [b"", b"CameraEnabled: false\n", b"CameraEnabled=false\n",
                b"[policy\nCameraEnabled=false\n", b"\x7fELF\0\0[policy]\nCameraEnabled=false\n"]

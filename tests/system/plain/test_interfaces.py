@@ -14,7 +14,6 @@ from testbed.daemon import changed
 
 CAMERA = "CameraEnabled"
 STANDARD = "org.freedesktop.DBus."
-UNKNOWN_METHOD = "org.freedesktop.DBus.Error.UnknownMethod"
 VALUE = ("b", False)
 DESCRIPTIONS = {
     POLICY.interface: """\

@@ -71,7 +71,8 @@ def test_odd_object(daemon, switches, path, kind):
     pytest.param(content, camera, id=name) for name, content, camera in [
         ("empty", b"", True),
         ("key twice, allowed last", FORBIDDEN + b"CameraEnabled=true\n", True),
-        ("key twice, forbidden last", b"[policy]\nCameraEnabled=true\nCameraEnabled=false\n", False),
+        ("key twice, forbidden last",
+         b"[policy]\nCameraEnabled=true\nCameraEnabled=false\n", False),
         ("group twice", FORBIDDEN + b"[x]\na=1\n[policy]\nVpnEnabled=true\n", False),
         ("byte-order mark", b"\xef\xbb\xbf" + FORBIDDEN, None),
         ("DOS lines", FORBIDDEN.replace(b"\n", b"\r\n"), False),

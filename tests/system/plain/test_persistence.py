@@ -14,7 +14,6 @@ from testbed.files import CAMERA_MARKER, POLICY_FILE, SWITCH_FILE
 
 CAMERA = "CameraEnabled"
 FOLDER = POLICY_FILE.parent
-SEED = FOLDER / "policy.d/seed.conf"
 WRITES = {  # the file before a write of the camera, its value, and the file after it
     "empty file": ("", True, "[policy]\nCameraEnabled=true\n"),
     "value changes at its place": (

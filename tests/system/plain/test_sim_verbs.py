@@ -130,13 +130,6 @@ def test_applications_are_launched_once(device):
     assert state()["running"] == ["org.kvt.messages"]
 
 
-def test_certified(device):
-    do("certified yes")
-    assert state()["certified"] is True
-    do("certified no")
-    assert state()["certified"] is False
-
-
 def test_stopped_service_comes_back(device):
     for line in ("stop storage", "stop storage", "expect service storage absent", "plug card",
                  "start storage", "start storage", "expect service storage present",

@@ -8,15 +8,13 @@ from testbed import files
 from testbed.daemon import announcement
 from testbed.files import CAMERA_MARKER
 
-BOTH = pytest.mark.parametrize("value", [True, False])
-
 
 def switched(value, key="cellular"):
     """What said() has for the announcement of a switch."""
     return ("signal", "SwitchChanged", key, value)
 
 
-@BOTH
+@pytest.mark.parametrize("value", [True, False])
 @pytest.mark.parametrize("stored", [True, False])
 def test_policy_is_stored_value_and_switch_value(daemon, switches, stored, value):
     files.store({"CameraEnabled": stored})
