@@ -66,6 +66,10 @@ def test_other_change_in_between_is_confirmed_anew(page, root):
     assert govctl.run("export", "--json").result["policy"][CAMERA] is False
 
 
+def test_window_tells_that_the_daemon_does_nothing_itself(page):
+    assert "NfcEnabled: nothing but the announcement" in page.ask(NFC)
+
+
 def test_window_stays_during_a_change(page):
     page.ask(CAMERA)
     with held([unit.main_pid()]):
