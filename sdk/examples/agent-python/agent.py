@@ -85,8 +85,6 @@ class Agent:
                 say(key, word)
             self.words[key] = word
             wish = self.wishes.get(key, word)
-            if wish != word == "holds no boolean":
-                self.write(key, wish != "on")  # a boolean does not replace what reads like it
             if wish != word:
                 self.write(key, wish == "on")
         self.batch = {}
@@ -98,7 +96,8 @@ class Agent:
                   lambda error: self.report(key, error))
 
     def report(self, what, error):
-        if error.get_dbus_name() == "org.freedesktop.DBus.Error.AccessDenied":
+        denied = error.get_dbus_name() == "org.freedesktop.DBus.Error.AccessDenied"
+        if denied and what in self.wishes:
             say(what, "is not allowed:", error.get_dbus_message())
             return
         say(what, "has no answer:", error.get_dbus_name())

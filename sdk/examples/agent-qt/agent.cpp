@@ -115,8 +115,6 @@ private:
                 say(key + ' ' + word);
             m_words.insert(key, word);
             const QString wish = m_wishes.value(key, word);
-            if (wish != word && word == "holds no boolean")
-                write(key, wish != "on"); // a boolean does not replace what reads like it
             if (wish != word)
                 write(key, wish == "on");
         }
@@ -135,7 +133,7 @@ private:
 
     void report(const QString &what, const QDBusError &error)
     {
-        if (error.type() == QDBusError::AccessDenied)
+        if (error.type() == QDBusError::AccessDenied && m_wishes.contains(what))
             return say(what + " is not allowed: " + error.message());
         say(what + " has no answer: " + error.name());
         if (!m_owner.isEmpty()) // else all is read later; a new connection has no unanswered calls

@@ -17,13 +17,24 @@ namespace {
 #if SDBUS_VERSION < 2
 using ServiceName = std::string;
 using Failure = const sdbus::Error *;
+
+std::string senderTo(const sdbus::IProxy &proxy)
+{
+    return proxy.getCurrentlyProcessedMessage()->getSender();
+}
 #else
 using ServiceName = sdbus::ServiceName;
 using Failure = std::optional<sdbus::Error>;
+
+std::string senderTo(const sdbus::IProxy &proxy)
+{
+    return proxy.getCurrentlyProcessedMessage().getSender();
+}
 #endif
 
 const char *const Service = "org.kvt.PolicyManager";
 const char *const Path = "/org/kvt/PolicyManager";
+const std::string BusService = "org.freedesktop.DBus";
 constexpr std::chrono::seconds Timeout(120);
 
 using Words = std::map<std::string, std::string>; // for policies: "on", "off" and others
@@ -113,7 +124,7 @@ private:
         const auto finish = [=](Failure failure, const std::vector<std::string> &) {
             if (failure)
                 report("a read", *failure);
-            else
+            else if (batch == m_batch)
                 take(*batch);
         };
         call(org::kvt::PolicyManager::Switch_proxy::INTERFACE_NAME, "Keys", finish);
@@ -126,11 +137,8 @@ private:
                 say(key, ' ', word);
             m_words[key] = word;
             const auto wish = m_wishes.find(key);
-            if (wish == m_wishes.end() || wish->second == word)
-                continue;
-            if (word == "holds no boolean")
-                write(key, wish->second != "on"); // a boolean does not replace what reads like it
-            write(key, wish->second == "on");
+            if (wish != m_wishes.end() && wish->second != word)
+                write(key, wish->second == "on");
         }
         m_batch.reset();
         read({});
@@ -149,7 +157,8 @@ private:
 
     void report(const std::string &what, const sdbus::Error &error)
     {
-        if (error.getName() == "org.freedesktop.DBus.Error.AccessDenied")
+        const bool isDenied = error.getName() == "org.freedesktop.DBus.Error.AccessDenied";
+        if (isDenied && m_wishes.count(what) != 0)
             return say(what, " is not allowed: ", error.getMessage());
         say(what, " has no answer: ", error.getName());
         if (m_isThere) // else all is read later; a new connection has no unanswered calls
@@ -167,7 +176,7 @@ class Bus : public sdbus::ProxyInterfaces<org::freedesktop::DBus_proxy>
 {
 public:
     Bus(sdbus::IConnection &connection, Daemon &daemon)
-        : ProxyInterfaces(connection, ServiceName("org.freedesktop.DBus"),
+        : ProxyInterfaces(connection, ServiceName(BusService),
                           sdbus::ObjectPath("/org/freedesktop/DBus"))
         , m_daemon(daemon)
     {
@@ -180,7 +189,8 @@ private:
     void onNameOwnerChanged(const std::string &name, const std::string &,
                             const std::string &owner) override
     {
-        if (name == Service)
+        // Anybody can send such a signal to this connection.
+        if (name == Service && senderTo(getProxy()) == BusService)
             m_daemon.onOwner(!owner.empty());
     }
 

@@ -5,8 +5,9 @@
 import contextlib
 
 import pytest
+from jeepney import HeaderFields, new_method_call, new_signal
 
-from testbed.bus import LIMITS_CALLS, SWITCH, start_bus, stop_bus, write_of
+from testbed.bus import BUS, LIMITS_CALLS, SERVICE, SWITCH, start_bus, stop_bus, write_of
 from testbed.files import POLICY_FILE
 from testbed.plugins import BUILD
 from testbed.policies import KEYS, default_of
@@ -94,15 +95,30 @@ def test_policy_without_value_gets_one(agent, daemon, lock_plugin):
     assert "BrowserEnabled has no value\n" in running.out
 
 
-@pytest.mark.parametrize("text", ["0", "true"])
-def test_value_that_is_no_boolean(agent, daemon, text):
+@pytest.mark.parametrize("text, after", [("0", True), ("true", "true")])
+def test_value_that_is_no_boolean(agent, daemon, text, after):
+    """One that reads as is wished stays."""
     daemon.start()
     daemon.change("NfcEnabled", text == "0")
     assert daemon.set("NfcEnabled", text, "s") is True
     running = agent("NfcEnabled=on")
-    running.wait_for_out("NfcEnabled on\n")
+    running.wait_for_out("NfcEnabled is set\n")
     assert "NfcEnabled holds no boolean\n" in running.out
-    assert daemon.policy("NfcEnabled") is True
+    assert daemon.policy("NfcEnabled") == after
+    assert running.out.count("NfcEnabled is set\n") == 1
+
+
+def test_forged_change_of_the_owner_is_not_believed(agent, daemon, guest):
+    daemon.start()
+    running = agent("CameraEnabled=off")
+    wait_for_lines(running, "CameraEnabled off", 1)
+    forged = new_signal(BUS, "NameOwnerChanged", "sss", (SERVICE, ":1.0", ""))
+    for name in guest.ask(new_method_call(BUS, "ListNames"))[0]:
+        forged.header.fields[HeaderFields.destination] = name
+        guest.send(forged)
+    daemon.change("CameraEnabled", True)
+    wait_for_lines(running, "CameraEnabled off", 2)
+    assert "the daemon is away\n" not in running.out
 
 
 def test_changes_and_restarts_are_followed(agent, daemon):
