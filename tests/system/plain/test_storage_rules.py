@@ -65,7 +65,10 @@ def test_only_forbidden_storage_of_much_is_unmounted(daemon, present):
 def test_device_with_a_partition_table_stays_mounted(daemon, present):
     stick = Stick(partition_table=True)
     stick.plug(present)
-    daemon.start()
+    daemon.start_observed()
+    # It is announced like any other; while it is forbidden, it would be unmounted then.
+    daemon.transcript.wait_for(lambda message: message.signature == "a{oa{sa{sv}}}")
+    daemon.forget()
     daemon.change(USB, False)
     assert daemon.calls() == []
     assert stick.is_mounted(present)
