@@ -34,7 +34,7 @@ std::string senderTo(const sdbus::IProxy &proxy)
 
 const char *const Service = "org.kvt.PolicyManager";
 const char *const Path = "/org/kvt/PolicyManager";
-const std::string BusService = "org.freedesktop.DBus";
+const char *const BusService = "org.freedesktop.DBus";
 constexpr std::chrono::seconds Timeout(120);
 
 using Words = std::map<std::string, std::string>; // for policies: "on", "off" and others
