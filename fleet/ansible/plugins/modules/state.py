@@ -25,8 +25,8 @@ options:
 attributes:
   check_mode:
     description: The client's dry run.
-    details: It sees a lock only where it keeps a policy off that is stored as on, and that no switch
-      forces off. Elsewhere the run fails, and takes back what it did.
+    details: It sees a lock only where it keeps a policy off that is stored as on, and that no
+      switch forces off. Elsewhere the run fails, and takes back what it did.
     support: full
   diff_mode:
     description: The policies and switches that change.
