@@ -67,7 +67,12 @@ class Browser:
             self.driver.switch_to.default_content()
             self.driver.switch_to.frame(f"cockpit1:{host}/govd")
             return self.driver.find_element(By.CSS_SELECTOR, "nav [aria-current]")
-        self.patiently(entered)
+        try:
+            self.patiently(entered)
+        except TimeoutError as error:
+            self.driver.switch_to.default_content()
+            seen = self.driver.find_element(By.TAG_NAME, "body").text
+            raise AssertionError(f"no page, but: {seen}") from error
 
     def gain_access(self, host="localhost"):
         """Gains administrative access to a host with Cockpit's own button."""
