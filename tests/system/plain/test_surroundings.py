@@ -4,13 +4,11 @@
 
 import pathlib
 import signal
-import subprocess
 
 import pytest
 
 from testbed import files
 from testbed.bus import SERVICE
-from testbed.daemon import PROGRAM
 from testbed.waiting import wait_until
 
 USB_FAILURE = "warning|default|Failed to disable USB devices connection."
@@ -105,15 +103,3 @@ def test_hangup_enforces_all_policies_once_more(daemon):
         daemon.signal(signal.SIGHUP)
         wait_until(lambda: all(marker.exists() for marker in markers))
     assert daemon.policy("CameraEnabled") is True
-
-
-@pytest.mark.parametrize("argument, code", [("--help", 0), ("--version", 0), ("-x", 2),
-                                            ("/etc/policy/other.conf", 2), ("", 2)])
-def test_arguments_are_refused(argument, code):
-    """Nothing is enforced: no file is made."""
-    result = subprocess.run([PROGRAM, argument], capture_output=True, timeout=60)
-    assert result.returncode == code
-    assert (result.stdout == b"") == (code != 0)
-    assert (result.stderr == b"") == (code == 0)
-    assert not files.POLICY_FILE.exists()
-    assert not files.CAMERA_MARKER.exists()
