@@ -52,10 +52,12 @@ def mutants_of(path, text):
                     continue
                 changed = line[:match.start()] + match.expand(replacement) + line[match.end():]
                 yield Mutant(path, number, line, changed)
-        if CALL.match(line) or ROW.match(line):
+        if ROW.match(line):
             yield Mutant(path, number, line, "")
+        elif CALL.match(line):
+            yield Mutant(path, number, line, ";")  # it can be all that a condition is about
             following = lines[number] if number < len(lines) else ""
-            if CALL.match(following) and CALL.match(line) and following != line:
+            if CALL.match(following) and following != line:
                 yield Mutant(path, number, f"{line}\n{following}", f"{following}\n{line}")
 
 
