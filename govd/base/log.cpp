@@ -145,7 +145,6 @@ void beginPeriod()
 void startPeriod()
 {
     QTimer *timer = new QTimer;
-    timer->setSingleShot(true);
     QObject::connect(timer, &QTimer::timeout, beginPeriod);
     QObject::connect(timer, &QTimer::timeout, timer, &QObject::deleteLater);
     timer->moveToThread(QCoreApplication::instance()->thread());

@@ -93,7 +93,7 @@ QVariantMap readProperties(const QString &interface, const QVariantMap &received
 {
     QVariantMap properties;
     for (const Property &property : wantedProperties) {
-        if (property.interface != interface || !received.contains(property.name))
+        if (property.interface != interface)
             continue;
         const QVariant value = property.read(received.value(property.name));
         if (value.isValid())

@@ -34,7 +34,6 @@ void Retries::end(const QString &name)
     QTimer *timer = m_timers.take(name);
     if (!timer)
         return;
-    timer->stop();
     timer->deleteLater(); // it can be the one that is due at this moment
 }
 

@@ -83,6 +83,16 @@ def test_pauses_grow(present, partitions):
         True, True, True]
 
 
+def test_pauses_begin_anew_with_the_next_service(present, partitions):
+    count = fail_repeatedly(present, partitions)  # the next pause would be of four times the first
+    present.leave()
+    present.appear()
+    wait_for_listings(present, count + 1)
+    start = time.monotonic()
+    wait_for_listings(present, count + 2)
+    assert time.monotonic() - start < 3 * FIRST_PAUSE
+
+
 @pytest.mark.parametrize("fault", [SILENCE, Fault("error", delay=0.9 * WAITING_TIME)],
                          ids=["no answer", "late error"])
 def test_service_that_lists_nothing_is_waited_for_once(present, partitions, fault):

@@ -12,6 +12,21 @@ from testbed.services.service import DEATH, ERROR
 from testbed.services.storage import Block
 from testbed.waiting import wait_until
 
+UNMOUNT_FAILED = ['warning|systemsettings|Cannot unmount "/dev/sda1": '
+                  "org.freedesktop.DBus.Error.Failed"]
+
+
+@pytest.fixture
+def failing_unmounts(storage, partitions):
+    """A service whose first unmount has failed."""
+    storage.plug(block(PLACE))
+    storage.fail(ERROR, "Unmount")
+    storage.appear()
+    partitions.unmount_announced()
+    partitions.run()
+    assert wait_until(partitions.take_log) == UNMOUNT_FAILED
+    return storage
+
 
 def test_absent_service(partitions):
     partitions.run()
@@ -98,17 +113,15 @@ def test_no_bus():
         assert partitions.take_log() == []
 
 
-def test_end_before_a_reminder(storage, partitions):
-    storage.plug(block(PLACE))
-    storage.fail(ERROR, "Unmount")
-    storage.appear()
-    partitions.unmount_announced()
-    partitions.run()
-    log = wait_until(partitions.take_log)
-    assert log == ['warning|systemsettings|Cannot unmount "/dev/sda1": '
-                   "org.freedesktop.DBus.Error.Failed"]
+def test_end_before_a_reminder(failing_unmounts, partitions):
     assert partitions.end() == 0
-    assert len(calls_of(storage, "Unmount")) == 1
+    assert len(calls_of(failing_unmounts, "Unmount")) == 1
+
+
+def test_failure_with_the_next_service_is_logged_as_well(failing_unmounts, partitions):
+    failing_unmounts.leave()
+    failing_unmounts.appear()
+    assert wait_until(partitions.take_log) == UNMOUNT_FAILED
 
 
 @pytest.mark.parametrize("question", [b"GetNameOwner", b"InterfacesAdded"],

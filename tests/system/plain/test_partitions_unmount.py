@@ -156,6 +156,19 @@ def test_reminders_end_when_nobody_unmounts(busy, partitions):
     assert partitions.take_log() == [complaint(BUSY)]
 
 
+def test_pauses_begin_anew_when_it_was_unmounted(busy, partitions):
+    partitions.unmount_announced()
+    partitions.run()
+    wait_for_unmounts(busy, 3)  # the next pause would be of four times the first
+    busy.set_mount_points(BLOCK_PATH)
+    busy.set_mount_points(BLOCK_PATH, PLACE)
+    wait_for_unmounts(busy, 4)
+    start = time.monotonic()
+    wait_for_unmounts(busy, 5)
+    assert time.monotonic() - start < 3 * FIRST_PAUSE
+    assert partitions.take_log() == [complaint(), complaint()]
+
+
 def test_first_failure_only_is_logged(busy, partitions):
     partitions.run()
     partitions.list()
@@ -199,6 +212,19 @@ def test_no_reminder_of_what_is_not_mounted(busy, partitions, end):
     else:
         busy.set_mount_points(BLOCK_PATH)
     partitions.wait_for(clock)
+
+
+def test_no_reminder_of_what_was_unmounted_in_one_place(present, partitions):
+    """It is announced at once. A second partition shows when a reminder would have come."""
+    present.plug(block("/a", "/b"))
+    clock = present.plug(Block("sdb1", mount_points=(PLACE,)))
+    partitions.run(BLOCK_PATH, clock)
+    partitions.unmount(BLOCK_PATH)
+    partitions.wait_for(BLOCK_PATH, clock, BLOCK_PATH)
+    present.fail(error(BUSY), "Unmount")
+    partitions.unmount(clock)
+    wait_until(partitions.take_log)
+    partitions.wait_for(BLOCK_PATH, clock, BLOCK_PATH, clock)
 
 
 def test_no_reminder_while_the_service_is_gone(busy, partitions):
