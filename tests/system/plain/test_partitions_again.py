@@ -147,12 +147,14 @@ def test_signal_that_names_the_unknown(present, partitions, occasion):
     plug_stick(present, PLACE)
     count = fail_repeatedly(present, partitions)
     present.mend()
+    start = time.monotonic()
     if occasion == "mounted":
         present.set_mount_points(BLOCK_PATH, PLACE)
         others = []
     else:
         others = [present.plug(Block("another"))]
     wait_for_listings(present, count + 1)
+    assert time.monotonic() - start < 3 * FIRST_PAUSE  # the present pause is longer
     wait_for_good_listing(present, partitions, *others)
     assert listings(present) == count + 1
 
