@@ -85,6 +85,17 @@ def test_signal_waits_for_seeds(daemon, switches):
     assert files.stored()["DeveloperShellEnabled"] == "false"
 
 
+def test_watchdog_seldom_asks_the_bus(daemon, transcript):
+    """Once in an eighth of the time allowed, however many events there are."""
+    daemon.wrapper = ["env", "WATCHDOG_USEC=60000000"]
+    daemon.start()
+    transcript.clear()
+    for _ in range(100):
+        daemon.policy("CameraEnabled")
+    transcript.settle()
+    assert len(transcript.calls("GetId")) < 10
+
+
 def test_signal_is_not_blocked_in_children(daemon):
     daemon.start()
     status = pathlib.Path(f"/proc/{daemon.pid}/status").read_text()
