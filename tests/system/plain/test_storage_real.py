@@ -140,9 +140,6 @@ def test_service_that_was_killed_is_followed(udisks, disk, daemon):
     assert disk.places()
     udisks.start()
     wait_until_unmounted(disk)
-    wait_until(lambda: udisks.places(disk) == [])
-    disk.mount()
-    wait_until_unmounted(disk)
 
 
 def test_partitions_of_one_device_are_unmounted(udisks, daemon):
