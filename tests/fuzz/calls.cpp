@@ -78,7 +78,7 @@ std::optional<bool> acceptance(const Attempt &attempt)
 {
     if (attempt.isOfSwitch())
         return model.isSwitch(attempt.key);
-    if (Reading::isEmptySignature(attempt.value) || Attempt::BadKeys.contains(attempt.key))
+    if (Reading::cannotBeHandedOut(attempt.value) || Attempt::BadKeys.contains(attempt.key))
         return false;
     return Attempt::GoodKeys.contains(attempt.key) ? std::optional(true) : std::nullopt;
 }

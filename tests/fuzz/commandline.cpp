@@ -52,6 +52,7 @@ void checkArgument(const Argument &argument, const QString &text)
     case Argument::Kind::Policies:
         require(!KnownPolicies::matching(text).isEmpty(), "a pattern without a policy was taken");
         break;
+    case Argument::Kind::Name:
     case Argument::Kind::Names:
     case Argument::Kind::Switch:
     case Argument::Kind::Holds:
@@ -73,7 +74,9 @@ void checkRequest(const Request &request, const QStringList &line)
     }
     const QVector<Argument> &known = request.verb->arguments;
     const bool isOpen = !known.isEmpty() && known.last().isOpen();
-    require(isOpen || request.arguments.size() == known.size(),
+    const bool mayLack = !known.isEmpty() && known.last().isOptional();
+    require(isOpen || request.arguments.size() == known.size()
+                || (mayLack && request.arguments.size() == known.size() - 1),
             "a wrong number of arguments was taken");
     for (int i = 0; i < request.arguments.size(); ++i)
         checkArgument(known.at(std::min(i, known.size() - 1)), request.arguments.at(i));

@@ -58,8 +58,10 @@ bool boolean(sd_bus_message *message)
     return false;
 }
 
-bool isEmptySignature(QByteArray described)
+bool cannotBeHandedOut(QByteArray described)
 {
+    if (described.contains("hfd "))
+        return true;
     while (described.startsWith("v"))
         described = described.mid(described.indexOf('<') + 1).chopped(1);
     return described == "g ";

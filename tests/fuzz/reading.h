@@ -16,9 +16,10 @@ void enter(sd_bus_message *message);
 /// The boolean reading of the value at which @p message stands, by the documented rule.
 bool boolean(sd_bus_message *message);
 
-/// Whether the value that RandomValue describes as @p described is the one that the bus library
-/// receives and cannot send, so that no reader would ever get an answer: "g", or "v" around it.
-bool isEmptySignature(QByteArray described);
+/// Whether the value that RandomValue describes as @p described is one that no reader could get: an
+/// empty signature, also in variants, which the bus library cannot send, or one with a descriptor,
+/// of which the daemon would need one for each reader.
+bool cannotBeHandedOut(QByteArray described);
 
 } // namespace Reading
 
