@@ -38,12 +38,12 @@ Attempt::Attempt(Device &device, Choices &choices)
 {
     const QByteArray signature = chooseSignature(member, choices);
     isFitting = signature == member.arguments;
-    if (!isFitting) {
+    if (!isFitting)
         RandomValue::append(message.get(), signature, choices, GoodKeys + BadKeys);
-    } else if (!signature.isEmpty()) {
+    else if (!signature.isEmpty())
         appendKey(choices);
-        RandomValue::append(message.get(), signature.mid(1), choices, GoodKeys + BadKeys);
-    }
+    if (isFitting && isWrite())
+        appendValue(choices);
 }
 
 void Attempt::appendKey(Choices &choices)
@@ -56,6 +56,14 @@ void Attempt::appendKey(Choices &choices)
         return;
     key.clear(); // the bus takes UTF-8 only
     requireDone(sd_bus_message_append(message.get(), "s", ""), "key");
+}
+
+void Attempt::appendValue(Choices &choices)
+{
+    const QByteArray signature = RandomValue::signature(choices);
+    requireDone(sd_bus_message_open_container(message.get(), 'v', signature.constData()), "open");
+    RandomValue::append(message.get(), signature, choices);
+    requireDone(sd_bus_message_close_container(message.get()), "close");
 }
 
 void Attempt::readValue()

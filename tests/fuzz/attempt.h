@@ -39,6 +39,7 @@ public:
 
 private:
     void appendKey(Choices &choices);
+    void appendValue(Choices &choices);
 };
 
 #endif

@@ -6,7 +6,8 @@
 // event and the announcement, and what is not is found nowhere.
 //
 // An input is a series of calls: for each the member, 0 for arguments of the types that it takes or
-// 1 for others, these with their number and signatures, and the values; see Choices.
+// 1 for others, these with their number and signatures, and the values; a written value has its
+// signature before it. See Choices.
 #include "names.h"
 #include "tests/fuzz/attempt.h"
 #include "tests/fuzz/check.h"
@@ -28,6 +29,8 @@ constexpr char SwitchList[] = "[camera]\npolicies=CameraEnabled\nvalue=true\n"
 constexpr int LongestSeries = 8;
 
 const Model::Policy Allowed{"vb<b1 >", true};
+// Structures are never equal, not even to each other, so that any value is a change.
+const Model::Policy Structure{"v(b)<rb<b1 >>", false};
 
 /// What a call has changed.
 enum class Outcome { Nothing, Policy, Switch };
@@ -55,6 +58,18 @@ void write(const char *interface, const QByteArray &key, const char *signature)
     require(device->exchange({&message}).front() != nullptr, "no answer to a write");
 }
 
+/// What a switch governs begins as allowed, so that a switch that is turned off forbids it.
+void beginPolicy(const QByteArray &key)
+{
+    const Model::Policy &policy = Model::isGoverned(key) ? Allowed : Structure;
+    if (model.policyAnswer(key) == policy.value)
+        return;
+    write("Policy", key, "(b)");
+    if (policy.reading)
+        write("Policy", key, "b");
+    model.setPolicy(key, policy);
+}
+
 void begin(const Record &initial)
 {
     for (const char *key : {"camera", "radio"}) {
@@ -62,13 +77,8 @@ void begin(const Record &initial)
             write("Switch", key, "b");
         model.setSwitch(key, true);
     }
-    for (const QByteArray &key : Attempt::GoodKeys) {
-        if (model.policyAnswer(key) == Allowed.value)
-            continue;
-        write("Policy", key, "(b)"); // equal to nothing, so that the next one is stored
-        write("Policy", key, "b");
-        model.setPolicy(key, Allowed);
-    }
+    for (const QByteArray &key : Attempt::GoodKeys)
+        beginPolicy(key);
     initial.restore(Names::PolicyFile);
     device->forget();
 }
@@ -101,7 +111,8 @@ void followPolicy(const Attempt &attempt)
 {
     const std::optional<Model::Policy> before = model.policy(attempt.key);
     // Equal values of different types are no change, but only the daemon knows which are equal.
-    const bool mayBeEqual = before && before->reading == attempt.reading;
+    const bool mayBeEqual =
+        before && before->reading == attempt.reading && before->value != Structure.value;
     if (mayBeEqual && device->announcements().isEmpty())
         return;
     require(device->announcements() == model.policySignals(attempt.key, attempt.reading),

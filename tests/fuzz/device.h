@@ -15,8 +15,6 @@ class Device
 public:
     Device();
 
-    Peer &peer() { return m_peer; }
-
     /// A call of the daemon's interface @p interface ("Policy" or "Switch"), without arguments yet.
     Message call(const char *interface, const char *member);
 

@@ -25,6 +25,11 @@ std::optional<Model::Policy> Model::policy(const QByteArray &key) const
     return found == m_policies.end() ? std::nullopt : std::optional(*found);
 }
 
+bool Model::isGoverned(const QByteArray &key)
+{
+    return governed("camera").contains(key) || governed("radio").contains(key);
+}
+
 std::optional<QByteArray> Model::policyAnswer(const QByteArray &key) const
 {
     if (isForced(key))

@@ -23,6 +23,9 @@ public:
     std::optional<Policy> policy(const QByteArray &key) const;
     void setPolicy(const QByteArray &key, const Policy &policy) { m_policies.insert(key, policy); }
 
+    /// Whether there is a switch that can forbid the policy.
+    static bool isGoverned(const QByteArray &key);
+
     bool isSwitch(const QByteArray &key) const { return m_switches.contains(key); }
     bool isOn(const QByteArray &key) const { return m_switches.value(key); }
     void setSwitch(const QByteArray &key, bool value) { m_switches.insert(key, value); }
