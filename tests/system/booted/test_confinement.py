@@ -5,6 +5,7 @@
 import errno
 import pathlib
 import re
+import shutil
 
 import pytest
 
@@ -38,6 +39,16 @@ def test_markers(daemon, root, key, marker, value_with_marker):
     assert run_as("guest", "test", "-e", marker).returncode == 0
     assert root.ask(write_of(key, not value_with_marker)) == (True,)
     assert not marker.exists()
+
+
+def test_directory_of_a_marker_that_is_replaced(daemon, root):
+    """The daemon sees the directory that was there when it started."""
+    shutil.rmtree(DEVELOPER_SHELL_MARKER.parent)
+    DEVELOPER_SHELL_MARKER.parent.mkdir()
+    assert root.ask(write_of("DeveloperShellEnabled", False)) == (True,)
+    assert not DEVELOPER_SHELL_MARKER.exists()
+    unit.run("systemctl", "try-restart", unit.UNIT)
+    assert DEVELOPER_SHELL_MARKER.exists()
 
 
 def test_root_is_complete(shipped_root, daemon):
