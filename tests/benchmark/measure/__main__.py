@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""Measures the installed daemon beside the reference servers; runs in the sandbox.
+"""Measures the installed daemon beside a reference server; runs in the sandbox.
 
 scripts/bench --help describes it.
 """
@@ -18,7 +18,7 @@ import servers
 import startup
 from instructions import Profiler
 from processes import Failure
-from servers import ALL, BARE, DAEMON
+from servers import ALL, DAEMON
 from table import Table
 
 
@@ -57,8 +57,7 @@ def _counts(programs, keys, scale, kind):
     counts = {name: profiler.start() for name in ("first start", "later start")}
     with profiler.running():
         for name, operation, options in PROFILED:
-            if kind != BARE or operation == "read":
-                counts[name] = profiler.call(operation, scale.profile, **options)
+            counts[name] = profiler.call(operation, scale.profile, **options)
     return counts
 
 
@@ -67,8 +66,7 @@ def _instructions(programs, keys, scale):
                    "allocations of govd")
     counts = {kind: _counts(programs, keys, scale, kind) for kind in ALL}
     for name, mine in counts[DAEMON].items():
-        taken = (counts[kind].get(name) for kind in ALL)
-        result.add(name, *(each and each.instructions for each in taken), mine.allocations)
+        result.add(name, *(counts[kind][name].instructions for kind in ALL), mine.allocations)
     return result
 
 

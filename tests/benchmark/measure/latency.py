@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The latency of calls, of the daemon and of the reference servers."""
+"""The latency of calls, of the daemon and of the reference server."""
 
 import contextlib
 import dataclasses
@@ -8,7 +8,7 @@ import statistics
 
 import servers
 from processes import DEVICE, Process, load, wait_for_name
-from servers import ALL, BARE, DAEMON, QT, SERVICES
+from servers import ALL, DAEMON, REFERENCE, SERVICES
 from table import Table
 
 
@@ -25,7 +25,7 @@ class Row:
 
 READS = (Row("bus", "id", (DAEMON,)), Row("read", "read"))
 WRITES = (Row("write that changes", "write"), Row("write of the same value", "unchanged"))
-REFUSED = Row("write, refused", "refused", (QT, DAEMON), user="guest")
+REFUSED = Row("write, refused", "refused", user="guest")
 SERVED = Row("write that calls a service", "write", (DAEMON,), "VoiceCallsEnabled")
 
 
@@ -47,9 +47,9 @@ class Samples:
         rounds = self.results.get(kind)
         return statistics.median(entry[value] for entry in rounds) if rounds else None
 
-    def ratio(self, kind):
-        """The median over the rounds of the daemon's median over that of a reference."""
-        pairs = zip(self.results[DAEMON], self.results.get(kind, ()))
+    def ratio(self):
+        """The median over the rounds of the daemon's median over that of the reference."""
+        pairs = zip(self.results[DAEMON], self.results.get(REFERENCE, ()))
         ratios = [mine["median"] / other["median"] for mine, other in pairs]
         return statistics.median(ratios) if ratios else None
 
@@ -65,12 +65,12 @@ def collect(programs, rows, scale):
 
 def _add(table, samples):
     for sample in samples:
-        table.add(sample.row.name, *(sample.median(kind) for kind in ALL), sample.ratio(BARE),
-                  sample.ratio(QT), sample.median(DAEMON, "p99"))
+        table.add(sample.row.name, *(sample.median(kind) for kind in ALL), sample.ratio(),
+                  sample.median(DAEMON, "p99"))
 
 
 def _table(place):
-    return Table(f"Latency in microseconds, configuration {place}", *ALL, "/ bare", "/ qt", "p99")
+    return Table(f"Latency in microseconds, configuration {place}", *ALL, "ratio", "p99")
 
 
 @contextlib.contextmanager

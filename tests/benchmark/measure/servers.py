@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon and the servers that it is compared with, all with the same bus interface."""
+"""The daemon and the server that it is compared with, which has the same bus interface."""
 
 import contextlib
 import pathlib
@@ -10,13 +10,11 @@ import tempfile
 from processes import Process, run, wait_for_name
 
 DAEMON = "govd"
-BARE = "bare"
-QT = "qt"
-ALL = (BARE, QT, DAEMON)
+REFERENCE = "reference"
+ALL = (REFERENCE, DAEMON)
 
 SERVICES = {DAEMON: "org.kvt.PolicyManager",
-            BARE: "org.kvt.Benchmark.Bare",
-            QT: "org.kvt.Benchmark.Qt"}
+            REFERENCE: "org.kvt.Benchmark.Reference"}
 
 CONFIGURATION = pathlib.Path("/etc/policy")
 POLICY_FILE = CONFIGURATION / "policy.conf"
@@ -35,8 +33,7 @@ def command(programs, kind, keys=()):
     """The command line of a server."""
     if kind == DAEMON:
         return ["/usr/sbin/govd"]
-    reference = [programs / f"govd-reference-{kind}", SERVICES[kind]]
-    return reference if kind == BARE else [*reference, REFERENCE_FILE, *keys]
+    return [programs / "govd-reference", SERVICES[kind], REFERENCE_FILE, *keys]
 
 
 def reset():

@@ -6,7 +6,7 @@ import statistics
 
 import servers
 from processes import run
-from servers import ALL, BARE, DAEMON, QT, SERVICES
+from servers import ALL, DAEMON, REFERENCE, SERVICES
 from table import Table
 
 
@@ -27,13 +27,12 @@ def _rounds(programs, keys, count):
 
 def table(programs, keys, scale, directory):
     """First and later starts, in memory and, if there is a directory for it, on a disk."""
-    result = Table("Start to name owned in milliseconds", *ALL, "/ bare", "/ qt")
+    result = Table("Start to name owned in milliseconds", *ALL, "ratio")
     places = [("in memory", None)] + ([("on disk", directory)] if directory else [])
     for place, where in places:
         with servers.storage(where):
             times = _rounds(programs, keys, scale.starts)
         for start in ("first start", "later start"):
-            mine = times[start, DAEMON]
-            result.add(f"{start} {place}", *(times[start, kind] for kind in ALL),
-                       *(mine / times[start, kind] for kind in (BARE, QT)))
+            mine, reference = times[start, DAEMON], times[start, REFERENCE]
+            result.add(f"{start} {place}", reference, mine, mine / reference)
     return result

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVD_BENCHMARK_REFERENCE_QT_POLICY_H
-#define GOVD_BENCHMARK_REFERENCE_QT_POLICY_H
+#ifndef GOVD_BENCHMARK_REFERENCE_POLICY_H
+#define GOVD_BENCHMARK_REFERENCE_POLICY_H
 
-#include "benchmark/reference/qt/caller.h"
+#include "benchmark/reference/caller.h"
 #include "serviceproxy.h"
 
 #include <QDBusAbstractAdaptor>

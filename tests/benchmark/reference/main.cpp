@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/reference/qt/policy.h"
+#include "benchmark/reference/policy.h"
 #include "names.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 
-/// govd-reference-qt SERVICE FILE [KEY...]
+/// govd-reference SERVICE FILE [KEY...]
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);

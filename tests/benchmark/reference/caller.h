@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef GOVD_BENCHMARK_REFERENCE_QT_CALLER_H
-#define GOVD_BENCHMARK_REFERENCE_QT_CALLER_H
+#ifndef GOVD_BENCHMARK_REFERENCE_CALLER_H
+#define GOVD_BENCHMARK_REFERENCE_CALLER_H
 
 #include <QDBusContext>
 #include <QObject>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/reference/qt/caller.h"
+#include "benchmark/reference/caller.h"
 
 #include "names.h"
 

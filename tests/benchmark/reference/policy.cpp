@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The govd authors
 // SPDX-License-Identifier: BSD-3-Clause
-#include "benchmark/reference/qt/policy.h"
+#include "benchmark/reference/policy.h"
 
 #include "benchmark/reference/keyfile.h"
 #include "serviceproxy.h"
@@ -19,7 +19,7 @@
 
 namespace {
 
-const std::string Markers = "/var/lib/govd-reference-qt";
+const std::string Markers = "/var/lib/govd-reference";
 
 void mark(const std::string &path, bool present)
 {
