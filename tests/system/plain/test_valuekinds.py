@@ -73,7 +73,7 @@ REFUSED = [
     ("ah", [0]),
     ("a{sh}", {"in": 0}),
     ("av", [("i", 1), ("h", 0)]),
-    ("a{sv}", {"in": ("h", 0)}),
+    ("a{sv}", {"out": ("i", 1), "in": ("h", 0)}),
     ("a{sv}", DEEP),
     ("v", ("a{sv}", DEEP)),
     # The bus library cannot send these to a reader.
