@@ -74,6 +74,13 @@ class Browser:
             seen = self.driver.find_element(By.TAG_NAME, "body").text
             raise AssertionError(f"no page, but: {seen}") from error
 
+    def reload(self):
+        """Opens the page anew. Cockpit's frame around it stays: it would have to come back in 15
+        seconds, or Cockpit would end the login."""
+        self.enter_page()
+        self.run("document.body.remove(); location.reload()")
+        self.enter_page()
+
     def gain_access(self, host="localhost"):
         """Gains administrative access to a host with Cockpit's own button."""
         self.driver.switch_to.default_content()

@@ -46,8 +46,7 @@ def window():
 @pytest.fixture
 def page(daemon, window):
     """The page with administrative access, as it is when it has just been opened."""
-    window.driver.refresh()
-    window.enter_page()
+    window.reload()
     window.show("Policies")
     window.patiently(lambda: window.row("CameraEnabled")[1:4] == ["on", "as stored", "in force"])
     return window

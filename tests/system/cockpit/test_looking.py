@@ -90,8 +90,7 @@ def test_daemon_restarts_while_one_looks(page):
 
 def test_nothing_is_claimed_before_the_first_look(page):
     unit.run("systemctl", "stop", unit.UNIT)
-    page.driver.refresh()
-    page.enter_page()
+    page.reload()
     page.text("#notices .pf-m-danger")
     for view in "Switches", "Policies":
         page.show(view)
