@@ -10,7 +10,7 @@ from testbed import unit
 from testbed.bus import POLICY, SWITCH, Client, read_of, silent, write_of
 from testbed.files import write
 from testbed.plugins import FILE_LOCK_FILE
-from testbed.processes import held, processes_of
+from testbed.processes import held, open_descriptors, processes_of
 from testbed.waiting import wait_until
 
 CAMERA = "CameraEnabled"
@@ -52,12 +52,15 @@ def has_accepted(found):
 
 @pytest.mark.parametrize("name", ["root", "operator", "mdm"])
 def test_accepted(daemon, journal, name):
+    opened = []
     with Client(name) as client:
         for value in (False, True):
             assert client.ask(write_of(CAMERA, value)) == (True,)
+            opened.append(open_descriptors(daemon))
         assert records(journal, 2) == [
             record(client, "policy", CAMERA, "false", "accepted", GOVD_OLD_VALUE="true"),
             record(client, "policy", CAMERA, "true", "accepted", GOVD_OLD_VALUE="false")]
+    assert opened[0] == opened[1]
 
 
 def test_odd_values(daemon, agent, journal):
