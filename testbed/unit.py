@@ -76,7 +76,7 @@ def answers(deadline=5.0):
 
 
 def comes_back(pid, deadline=60.0):
-    """Waits until another process than `pid` answers. Raises TimeoutError after `deadline` seconds."""
+    """Waits until another process than `pid` answers; TimeoutError after `deadline` seconds."""
     wait_until(lambda: main_pid() not in (0, pid) and answers(), deadline)
 
 
@@ -130,7 +130,7 @@ class Journal:
 
 
 def line_of(entry):
-    """A line from an entry of the journal, whose text is a list of bytes when it is not printable."""
+    """A line from an entry of the journal, whose text is a list of bytes if it is not printable."""
     text = entry["MESSAGE"]
     if isinstance(text, list):
         text = bytes(text).decode(errors="replace")

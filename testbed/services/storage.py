@@ -145,8 +145,9 @@ class Storage(Service):
     def _add_filesystem(self, path):
         value = mount_points(self.blocks[path].mount_points)
         self.object(path).AddProperty(FILESYSTEM, "MountPoints", value)
-        self.add_methods(path, FILESYSTEM, [("Mount", "a{sv}", "s", lambda _: self._mount(path)),
-                                            ("Unmount", "a{sv}", "", lambda _: self._unmount(path))])
+        self.add_methods(path, FILESYSTEM, [
+            ("Mount", "a{sv}", "s", lambda _: self._mount(path)),
+            ("Unmount", "a{sv}", "", lambda _: self._unmount(path))])
 
     def _mount(self, path):
         block = self.blocks[path]

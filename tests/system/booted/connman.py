@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The govd authors
 # SPDX-License-Identifier: BSD-3-Clause
-"""The daemon and tethering beside the real connman, which has to be unpacked in the sandbox. No test
+"""Tethering by the daemon beside the real connman, which has to be unpacked in the sandbox. No test
 of the usual run: where connman is installed, it takes over the machine's network."""
 
 import os
@@ -43,7 +43,7 @@ def radio():
 
 @pytest.fixture
 def cable(tmp_path):
-    """An interface to share over, and the settings of this network's kernel, which connman writes."""
+    """An interface to share over, and the settings of the network's kernel that connman writes."""
     unit.run("ip", "link", "add", "eth0", "type", "veth", "peer", "name", "peer0")
     unit.run("ip", "link", "set", "peer0", "up")
     SETTINGS.write_text("[General]\nTetheringTechnologies=ethernet\nPersistentTetheringMode=true\n"

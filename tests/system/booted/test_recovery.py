@@ -99,7 +99,7 @@ def test_bus_stopped_and_started(enabled):
 
 
 def test_started_without_a_bus(enabled):
-    """With the bus socket, systemd gives up the daemon until there is a bus; a newer systemd goes on
+    """With the bus socket, systemd gives up the daemon until there is a bus; a newer one goes on
     starting it."""
     with broken_bus():
         unit.run("systemctl", "start", "--no-block", unit.UNIT)

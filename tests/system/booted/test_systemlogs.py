@@ -23,7 +23,7 @@ def unchanged(text):
 
 
 def escaped(text):
-    """rsyslog writes each control character of ASCII, except the last one, as three octal digits."""
+    """rsyslog writes each control character of ASCII, except the last, as three octal digits."""
     return "".join(f"#{ord(one):03o}" if one < " " else one for one in text).encode()
 
 
